@@ -1,0 +1,45 @@
+# Reads the two lists of src/core, so that the build holds no second copy of them.
+
+# KUV_VARIANTS: the codes, weakest first; KUV_FLAGS_<code>: the compiler's options for that variant's units.
+function(kuv_read_variants file)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${file})
+  file(STRINGS ${file} rows REGEX "^KUV_VARIANT_ROW\\(")
+  set(codes "")
+  foreach(row IN LISTS rows)
+    if(NOT row MATCHES "^KUV_VARIANT_ROW\\(([a-z0-9]+),.*\"([^\"]*)\"\\)")
+      message(FATAL_ERROR "${file}: cannot read ${row}")
+    endif()
+    set(code ${CMAKE_MATCH_1})
+    list(APPEND codes ${code})
+    string(REPLACE " " ";" flags "${CMAKE_MATCH_2}")
+    if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+      # The same switches under the names that Clang knows for certain.
+      string(REPLACE "-fno-tree-vectorize" "-fno-vectorize" flags "${flags}")
+      string(REPLACE "-fno-tree-slp-vectorize" "-fno-slp-vectorize" flags "${flags}")
+    endif()
+    set(KUV_FLAGS_${code} "${flags}" PARENT_SCOPE)
+  endforeach()
+  set(KUV_VARIANTS "${codes}" PARENT_SCOPE)
+endfunction()
+
+# Writes the linker's version script: exactly the listed exports are visible.
+function(kuv_write_version_script exports script)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${exports})
+  file(STRINGS ${exports} rows REGEX "^KUV_(DIRECT|DISPATCHED)\\(")
+  set(names "")
+  foreach(row IN LISTS rows)
+    string(REGEX REPLACE "^KUV_[A-Z]+\\(([A-Za-z0-9_]+).*" "    \\1;\n" name "${row}")
+    string(APPEND names "${name}")
+  endforeach()
+  file(CONFIGURE OUTPUT ${script} CONTENT "KUVCV_2017 {\n  global:\n@names@  local:\n    *;\n};\n" @ONLY)
+endfunction()
+
+# One object library per variant from the same sources, each with its own instruction set.
+function(kuv_add_variant_objects prefix options)
+  foreach(code IN LISTS KUV_VARIANTS)
+    add_library(${prefix}_${code} OBJECT ${ARGN})
+    target_link_libraries(${prefix}_${code} PRIVATE ${options})
+    target_compile_definitions(${prefix}_${code} PRIVATE KUV_VARIANT=${code})
+    target_compile_options(${prefix}_${code} PRIVATE ${KUV_FLAGS_${code}} -fno-lto)
+  endforeach()
+endfunction()

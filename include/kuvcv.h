@@ -1,0 +1,407 @@
+/** @file kuvcv.h
+ *  kuvCV: exact image and signal primitives for x86 processors.
+ *
+ *  The conventions of all functions, told once:
+ *
+ *  - **Images.** An image argument is a pointer to the first element of the region to work on and a row step: the signed
+ *    distance in bytes from one row's first element to the next row's. A region size is in pixels. Neither a pointer nor a step
+ *    need be aligned, to the sample type or to anything else.
+ *  - **Step classes.** Each function tells which steps it accepts. A: a step below 1 is refused. B: a step below the row's width
+ *    in bytes is refused. C: steps are not examined; zero and negative steps are used as they stand, row by row in order.
+ *    D: zero is refused. Refusals are #kuvStatusBadStep.
+ *  - **Statuses.** Checks run in the order in which a function lists its statuses, and the first failure is returned. After an
+ *    error no output has been written. A warning (positive) comes with a complete result.
+ *  - **Overlap.** A source and a destination that overlap without being the same image are not supported unless a function
+ *    says so.
+ *  - **Memory.** No primitive allocates, and none reads or writes a byte outside the regions it was given.
+ *  - **Threads.** Every function may be called from any number of threads at once on different data. The library starts no
+ *    thread and takes no lock.
+ *  - **Variants.** 154 of the functions exist in six variants for growing instruction sets, switched for all at once; see
+ *    kuvSetCpuFeatures(). Results agree bit for bit unless a function tells of a difference.
+ */
+#ifndef KUVCV_H
+#define KUVCV_H
+
+#if defined(__GNUC__)
+#define KUV_API __attribute__((visibility("default")))
+#else
+#define KUV_API
+#endif
+
+#ifdef __cplusplus
+#include <cstdint>
+extern "C" {
+#else
+#include <stdint.h>
+#endif
+
+/** @name Samples and values
+ *  Width, signedness and kind as the name says.
+ *  @{ */
+typedef uint8_t Kuv8u;   /**< 8 bits, unsigned */
+typedef int8_t Kuv8s;    /**< 8 bits, signed */
+typedef uint16_t Kuv16u; /**< 16 bits, unsigned */
+typedef int16_t Kuv16s;  /**< 16 bits, signed */
+typedef uint32_t Kuv32u; /**< 32 bits, unsigned */
+typedef int32_t Kuv32s;  /**< 32 bits, signed */
+typedef float Kuv32f;    /**< 32 bits, IEEE 754 binary32 */
+typedef uint64_t Kuv64u; /**< 64 bits, unsigned */
+typedef int64_t Kuv64s;  /**< 64 bits, signed */
+typedef double Kuv64f;   /**< 64 bits, IEEE 754 binary64 */
+
+/** A complex value. */
+typedef struct Kuv32fc {
+    Kuv32f re; /**< real part */
+    Kuv32f im; /**< imaginary part */
+} Kuv32fc;
+/** @} */
+
+/** @name Geometry, in pixels
+ *  @{ */
+/** A size. */
+typedef struct KuviSize {
+    Kuv32s width;  /**< pixels in a row */
+    Kuv32s height; /**< rows */
+} KuviSize;
+
+/** A rectangle. */
+typedef struct KuviRect {
+    Kuv32s x;      /**< left column */
+    Kuv32s y;      /**< top row */
+    Kuv32s width;  /**< pixels in a row */
+    Kuv32s height; /**< rows */
+} KuviRect;
+
+/** A position. */
+typedef struct KuviPoint {
+    Kuv32s x; /**< column */
+    Kuv32s y; /**< row */
+} KuviPoint;
+/** @} */
+
+/** The result of a call: 0 success, negative an error, positive a warning. */
+typedef Kuv32s KuvStatus;
+
+/** The values of KuvStatus. */
+enum {
+    kuvStatusInternal = -9999,           /**< a nested step failed, or a record's state cannot be served */
+    kuvStatusSizeOverflow = -232,        /**< a computed size does not fit a signed 32-bit value */
+    kuvStatusBadBorder = -225,           /**< border type undefined or unsupported */
+    kuvStatusBadDitherType = -224,       /**< dither type undefined for the operation */
+    kuvStatusBadRoundMode = -213,        /**< rounding mode undefined */
+    kuvStatusStepNotMultiple = -108,     /**< a row step is not a multiple of the element size */
+    kuvStatusBadHistLevels = -107,       /**< histogram level count below 2 */
+    kuvStatusBadLutLevels = -106,        /**< lookup table level count below 2 */
+    kuvStatusBadChannelOrder = -60,      /**< channel order entry out of range */
+    kuvStatusBadNoise = -55,             /**< noise percentage above 100 */
+    kuvStatusBadLevels = -54,            /**< dither level count not 2..256 */
+    kuvStatusBadChannelCount = -53,      /**< channel count not 1, 3 or 4 */
+    kuvStatusBadChannelOfInterest = -52, /**< channel of interest not 1..3 */
+    kuvStatusBadChannels = -47,          /**< channel count outside what the operation accepts */
+    kuvStatusBadShift = -32,             /**< shift count negative */
+    kuvStatusBadInterpolation = -22,     /**< interpolation selector undefined or unsupported */
+    kuvStatusBadAxis = -21,              /**< mirror axis undefined */
+    kuvStatusBadContext = -17,           /**< a record fails its identity check or is of the wrong kind */
+    kuvStatusBadFlag = -16,              /**< transform normalisation flag undefined */
+    kuvStatusBadOrder = -15,             /**< transform length out of range */
+    kuvStatusBadStep = -14,              /**< a row step is below what the function accepts */
+    kuvStatusEmptyRange = -13,           /**< vMax not above vMin */
+    kuvStatusBadDataType = -12,          /**< a data-type selector is not supported by this operation */
+    kuvStatusOutOfRange = -11,           /**< a value lies outside its permitted range */
+    kuvStatusDivByZero = -10,            /**< a divisor constant is 0 */
+    kuvStatusNullPtr = -8,               /**< a required pointer is null */
+    kuvStatusRangeOrder = -7,            /**< lower level not below upper level */
+    kuvStatusBadSize = -6,               /**< a width, height or length is below its minimum */
+    kuvStatusBadArg = -5,                /**< a selector has an undefined value */
+    kuvStatusOk = 0,                     /**< success */
+    kuvStatusNoOperation = 1,            /**< a size is 0: nothing was to be done */
+    kuvStatusSqrtOfNegative = 3,         /**< a negative input to the square root; its result is a NaN */
+    kuvStatusDivByZeroWarning = 6,       /**< a zero divisor element was met */
+    kuvStatusNotVendorCpu = 20,          /**< processor of another vendor than the one tested for */
+    kuvStatusNoCpuid = 36,               /**< processor query not available, or a mask that selects nothing */
+    kuvStatusNoCacheInfo = 37,           /**< the processor does not tell its cache sizes */
+    kuvStatusAntialiasIgnored = 46,      /**< antialiasing has no effect with the chosen interpolation */
+    kuvStatusSizeWarning = 48,           /**< a size could not be honoured in full; the covered part is computed */
+    kuvStatusFeatureMissing = 49,        /**< a requested processor feature is absent */
+    kuvStatusFeatureUnknown = 50,        /**< undefined feature bits were requested */
+    kuvStatusFeatureIncomplete = 51,     /**< a feature mask lacked bits that its variant needs; they were supplied */
+    kuvStatusRoundFlagSet = 52           /**< the flag 16 was set in a rounding selector; the record is complete */
+};
+
+/** Layout of a Bayer mosaic at image sample (0, 0): the two by two period read left to right, top row first. */
+typedef Kuv32s KuvCfaLayout;
+
+/** The values of KuvCfaLayout. */
+enum {
+    kuvCfaBGGR = 0, /**< B G over G R */
+    kuvCfaRGGB = 1, /**< R G over G B */
+    kuvCfaGBRG = 2, /**< G B over R G */
+    kuvCfaGRBG = 3  /**< G R over B G */
+};
+
+/** Data-type selectors of set-up functions. */
+enum {
+    kuvDataType8u = 1,  /**< #Kuv8u */
+    kuvDataType16u = 5, /**< #Kuv16u */
+    kuvDataType16s = 7, /**< #Kuv16s */
+    kuvDataType32f = 13 /**< #Kuv32f */
+};
+
+/** Channel selectors of set-up functions. */
+enum {
+    kuvChannelsC1 = 1, /**< one channel */
+    kuvChannelsC3 = 3, /**< three interleaved channels */
+    kuvChannelsC4 = 4, /**< four interleaved channels */
+    kuvChannelsAC4 = 9 /**< four interleaved channels, the fourth passed over */
+};
+
+/** @defgroup processor Processor features and version
+ *  @{ */
+
+/** A set of processor features, one bit each. */
+typedef Kuv64u KuvCpuFeatures;
+
+#define KUV_CPU_MMX ((KuvCpuFeatures)0x1)           /**< MMX */
+#define KUV_CPU_SSE ((KuvCpuFeatures)0x2)           /**< SSE */
+#define KUV_CPU_SSE2 ((KuvCpuFeatures)0x4)          /**< SSE2 */
+#define KUV_CPU_SSE3 ((KuvCpuFeatures)0x8)          /**< SSE3 */
+#define KUV_CPU_SSSE3 ((KuvCpuFeatures)0x10)        /**< SSSE3 */
+#define KUV_CPU_MOVBE ((KuvCpuFeatures)0x20)        /**< MOVBE */
+#define KUV_CPU_SSE41 ((KuvCpuFeatures)0x40)        /**< SSE4.1 */
+#define KUV_CPU_SSE42 ((KuvCpuFeatures)0x80)        /**< SSE4.2 */
+#define KUV_CPU_AVX ((KuvCpuFeatures)0x100)         /**< AVX, by the processor */
+#define KUV_CPU_OS_AVX ((KuvCpuFeatures)0x200)      /**< the operating system saves XMM and YMM state */
+#define KUV_CPU_AES ((KuvCpuFeatures)0x400)         /**< AES */
+#define KUV_CPU_PCLMULQDQ ((KuvCpuFeatures)0x800)   /**< PCLMULQDQ */
+#define KUV_CPU_RDRAND ((KuvCpuFeatures)0x2000)     /**< RDRAND */
+#define KUV_CPU_F16C ((KuvCpuFeatures)0x4000)       /**< F16C */
+#define KUV_CPU_AVX2 ((KuvCpuFeatures)0x8000)       /**< AVX2, BMI1, BMI2 and FMA together */
+#define KUV_CPU_ADX ((KuvCpuFeatures)0x10000)       /**< ADX */
+#define KUV_CPU_RDSEED ((KuvCpuFeatures)0x20000)    /**< RDSEED */
+#define KUV_CPU_PREFETCHW ((KuvCpuFeatures)0x40000) /**< PREFETCHW */
+#define KUV_CPU_SHA ((KuvCpuFeatures)0x80000)       /**< SHA */
+#define KUV_CPU_AVX512F ((KuvCpuFeatures)0x100000)  /**< AVX-512 F */
+#define KUV_CPU_AVX512CD ((KuvCpuFeatures)0x200000) /**< AVX-512 CD */
+#define KUV_CPU_AVX512ER ((KuvCpuFeatures)0x400000) /**< AVX-512 ER */
+#define KUV_CPU_AVX512PF ((KuvCpuFeatures)0x800000) /**< AVX-512 PF */
+#define KUV_CPU_AVX512BW ((KuvCpuFeatures)0x1000000)   /**< AVX-512 BW */
+#define KUV_CPU_AVX512DQ ((KuvCpuFeatures)0x2000000)   /**< AVX-512 DQ */
+#define KUV_CPU_AVX512VL ((KuvCpuFeatures)0x4000000)   /**< AVX-512 VL */
+#define KUV_CPU_AVX512VBMI ((KuvCpuFeatures)0x8000000) /**< AVX-512 VBMI */
+#define KUV_CPU_MPX ((KuvCpuFeatures)0x10000000)       /**< MPX */
+/** In kuvSetCpuFeatures() only: obey the mask whatever the processor offers. */
+#define KUV_CPU_FORCE ((KuvCpuFeatures)0x8000000000000000)
+
+/** Detects the processor's features and selects the best variant.
+ *
+ *  The library does so itself when it is loaded; a call at any later time replaces the effect of kuvSetCpuFeatures(), for all
+ *  threads at once.
+ *
+ *  @return #kuvStatusNotVendorCpu on a processor of another vendor than Intel, which gets the same variant all the same;
+ *          otherwise what kuvSetCpuFeatures() would return for the detected mask. */
+KUV_API KuvStatus kuvInit(void);
+
+/** Selects the variant for a set of features, for all functions and all threads at once.
+ *
+ *  The strongest of these whose feature is in the set is taken: h9 (#KUV_CPU_AVX2, or a whole AVX-512 group), g9 (#KUV_CPU_AVX),
+ *  p8 (#KUV_CPU_SSE42), s8 (SSE4.1, MOVBE or SSSE3), w7 (SSE3 or SSE2), else px. AVX, AVX2 and AVX-512 bits are dropped from
+ *  the set if the operating system does not save the wide registers. Features that the variant takes for granted are added.
+ *  A variant is selected in every case, also with a warning. Each call is served entirely by the variant that it found when it
+ *  entered; calls under way go on in theirs.
+ *
+ *  With #KUV_CPU_FORCE the set is obeyed without a look at the processor, which may then meet instructions that it does not
+ *  have. The set in force before the call then counts as detected, for kuvGetCpuFeatures() and kuvInit() too.
+ *
+ *  @param features the set
+ *  @return #kuvStatusFeatureMissing if a feature in the set is not detected, or needs wide registers that the operating system
+ *          does not save; else #kuvStatusFeatureUnknown if undefined bits are set; else #kuvStatusNoCpuid if the set selects no
+ *          row (then px is in force); else #kuvStatusFeatureIncomplete if features were added; else #kuvStatusOk. */
+KUV_API KuvStatus kuvSetCpuFeatures(KuvCpuFeatures features);
+
+/** Gives the detected features, and on request the raw words of a CPUID query.
+ *
+ *  @param features receives the detected set. If it held the eight ASCII bytes "getinfoa" before the call, `cpuidInfo` chooses
+ *         the query.
+ *  @param cpuidInfo null, or four words that receive EAX, EBX, ECX, EDX. The query is leaf 1; or, with "getinfoa", leaf
+ *         `cpuidInfo[0]`, sub-leaf `cpuidInfo[2]`.
+ *  @return #kuvStatusNoCpuid if the processor cannot be asked; #kuvStatusNullPtr if `features` is null; else #kuvStatusOk. */
+KUV_API KuvStatus kuvGetCpuFeatures(KuvCpuFeatures* features, Kuv32u* cpuidInfo);
+
+/** The version of the library, as seen by the variant in force. */
+typedef struct KuvLibraryVersion {
+    Kuv32s versionMajor;       /**< 2017 */
+    Kuv32s versionMinor;       /**< 0 */
+    Kuv32s versionUpdate;      /**< 3 */
+    Kuv32s revision;           /**< revision of the source */
+    char variantCode[4];       /**< "px", "w7", "s8", "p8", "g9" or "h9", padded with zeros */
+    const char* libraryTitle;  /**< name of library and variant */
+    const char* versionText;   /**< version and revision */
+    const char* buildDateText; /**< date */
+} KuvLibraryVersion;
+
+/** Gives the version record of the variant in force.
+ *
+ *  @return a constant record, the same one at each call under one variant; never null. */
+KUV_API const KuvLibraryVersion* kuvcvGetLibVersion(void);
+/** @} */
+
+/** @defgroup memory Aligned memory
+ *
+ *  Blocks that begin on 64-byte boundaries. A block of any of these allocators goes back by any of kuvFree(), kuviFree() and
+ *  kuvsFree(). Memory is not initialised. A failure is a null result and nothing else.
+ *  @{ */
+
+/** Allocates `length` bytes on a 64-byte boundary.
+ *
+ *  @param length bytes, 1 to 0x7FFFFFB7
+ *  @return the block; null if `length` is out of range or the heap has no room. */
+KUV_API void* kuvMalloc(Kuv32s length);
+
+/** Releases a block; null is ignored.
+ *  @param ptr null, or a block of one of this library's allocators */
+KUV_API void kuvFree(void* ptr);
+
+/** Rounds an address up: `ptr + (-ptr & (alignBytes - 1))` in integers as wide as a pointer.
+ *
+ *  @param ptr an address
+ *  @param alignBytes a power of two. Nothing is checked: 0 gives null, any other value what the formula gives, with a negative
+ *         one extended by its sign.
+ *  @return the rounded address */
+KUV_API void* kuvAlignPtr(void* ptr, Kuv32s alignBytes);
+
+/** @name Images
+ *  Allocate an image of `width` by `height` pixels whose rows all begin on 64-byte boundaries. `*stepBytes` receives the row step:
+ *  the row's bytes rounded up to a multiple of 64. Step times height must not exceed 0x7FFFFFFF.
+ *
+ *  Null is returned, in this order: if `stepBytes` is null; if `width` or `height` is below 1 or the row alone is too large, with
+ *  `*stepBytes` set to 0; if the whole image is too large or the heap has no room, with `*stepBytes` as computed.
+ *  @{ */
+KUV_API Kuv8u* kuviMalloc_8u_C1(Kuv32s width, Kuv32s height, Kuv32s* stepBytes);    /**< 1 byte a pixel */
+KUV_API Kuv8u* kuviMalloc_8u_C3(Kuv32s width, Kuv32s height, Kuv32s* stepBytes);    /**< 3 bytes a pixel */
+KUV_API Kuv8u* kuviMalloc_8u_AC4(Kuv32s width, Kuv32s height, Kuv32s* stepBytes);   /**< 4 bytes a pixel */
+KUV_API Kuv16u* kuviMalloc_16u_C1(Kuv32s width, Kuv32s height, Kuv32s* stepBytes);  /**< 2 bytes a pixel */
+KUV_API Kuv16u* kuviMalloc_16u_C3(Kuv32s width, Kuv32s height, Kuv32s* stepBytes);  /**< 6 bytes a pixel */
+KUV_API Kuv16u* kuviMalloc_16u_C4(Kuv32s width, Kuv32s height, Kuv32s* stepBytes);  /**< 8 bytes a pixel */
+KUV_API Kuv16u* kuviMalloc_16u_AC4(Kuv32s width, Kuv32s height, Kuv32s* stepBytes); /**< 8 bytes a pixel */
+KUV_API Kuv16s* kuviMalloc_16s_C1(Kuv32s width, Kuv32s height, Kuv32s* stepBytes);  /**< 2 bytes a pixel */
+KUV_API Kuv16s* kuviMalloc_16s_C3(Kuv32s width, Kuv32s height, Kuv32s* stepBytes);  /**< 6 bytes a pixel */
+KUV_API Kuv32s* kuviMalloc_32s_C1(Kuv32s width, Kuv32s height, Kuv32s* stepBytes);  /**< 4 bytes a pixel */
+KUV_API Kuv32f* kuviMalloc_32f_C1(Kuv32s width, Kuv32s height, Kuv32s* stepBytes);  /**< 4 bytes a pixel */
+KUV_API Kuv32f* kuviMalloc_32f_C3(Kuv32s width, Kuv32s height, Kuv32s* stepBytes);  /**< 12 bytes a pixel */
+/** @} */
+
+/** kuvFree() under another name.
+ *  @param ptr null, or a block of one of this library's allocators */
+KUV_API void kuviFree(void* ptr);
+
+/** Allocates a signal of `length` samples.
+ *  @param length samples, at least 1
+ *  @return the block; null if `length` is out of range or the heap has no room. */
+KUV_API Kuv8u* kuvsMalloc_8u(Kuv32s length);
+
+/** Allocates a signal of `length` samples.
+ *  @param length samples, at least 1; its bytes must not exceed 0x7FFFFFB7
+ *  @return the block; null if `length` is out of range or the heap has no room. */
+KUV_API Kuv32f* kuvsMalloc_32f(Kuv32s length);
+
+/** kuvFree() under another name.
+ *  @param ptr null, or a block of one of this library's allocators */
+KUV_API void kuvsFree(void* ptr);
+/** @} */
+
+/** @defgroup arithmetic Arithmetic
+ *  @{ */
+
+/** Adds an image to another in place: `srcDst(x, y) = srcDst(x, y) + src(x, y)`.
+ *
+ *  Each sum is the exact sum rounded once to single precision in the caller's rounding mode, in every variant. One NaN operand
+ *  gives that NaN made quiet; which of two NaN operands is kept is not stated.
+ *
+ *  Step class C: with a step of 0 the same row takes part again and again.
+ *
+ *  @param src the summand
+ *  @param srcStep row step of `src` in bytes
+ *  @param srcDst the image that is added to; may be `src` itself
+ *  @param srcDstStep row step of `srcDst` in bytes
+ *  @param roiSize size of both in pixels, at least 1 by 1
+ *  @return #kuvStatusNullPtr if `src` or `srcDst` is null; #kuvStatusBadSize if the width or height is below 1; else
+ *          #kuvStatusOk. */
+KUV_API KuvStatus kuviAdd_32f_C1IR(const Kuv32f* src, Kuv32s srcStep, Kuv32f* srcDst, Kuv32s srcDstStep, KuviSize roiSize);
+/** @} */
+
+/** @defgroup colour Camera colour
+ *  @{ */
+
+/** Reconstructs RGB from a Bayer mosaic by adaptive homogeneity-directed interpolation.
+ *
+ *  The image is interpolated twice, along rows (H) and along columns (V), and each pixel is taken whole from the direction that
+ *  is more homogeneous around it. With E the mosaic, continued beyond its borders by reflection (index -i for i, 2*last - i
+ *  beyond the last), all in 32-bit integers with shifts that round down:
+ *
+ *  1. Green at red and blue sites: `((a + b) >> 1) + ((2*E - p - q) >> 2)`, limited to the range from a to b, with a, b the
+ *     nearest and p, q the next nearest samples left and right (H) or above and below (V).
+ *  2. Red and blue in each direction from the colour differences to that direction's green G: at a green site `G + ((sum of E - G
+ *     at the two nearest sites of the colour) >> 1)`, at a site of the opposite colour `G + ((sum of E - G at the four diagonal
+ *     sites) >> 2)`, saturated.
+ *  3. `Y = (66R + 129G + 25B + 128) >> 8`, `U = (-38R - 74G + 112B + 128) >> 8`, `V = (112R - 94G - 18B + 128) >> 8`.
+ *  4. L is the absolute difference of Y and C the squared distance in (U, V) between a pixel and a neighbour. Thresholds:
+ *     `min(max(L_H(left), L_H(right)), max(L_V(up), L_V(down)))`, and likewise for C. D is the number of the four neighbours within
+ *     both thresholds in direction H less that number in direction V.
+ *  5. S is the sum of D over the 3 by 3 pixels around. S above 0 takes H, S below 0 takes V; S equal to 0 repeats the decision of
+ *     the pixel to the left, and at the left edge takes H.
+ *
+ *  The one difference between variants lies in that left edge. px has one, the region's. All others also begin afresh at the
+ *  edges of the central block that keeps a distance of 5 samples from the image's border, so that a pixel with S equal to 0 close
+ *  to the right of such an edge may take the other direction. These others agree bit for bit.
+ *
+ *  After K. Hirakawa and T. W. Parks, "Adaptive homogeneity-directed demosaicing algorithm", IEEE Transactions on Image Processing
+ *  14(3), 2005, with another luminance and chrominance space and without the final median filter.
+ *
+ *  The region is clipped to the image without a status: x or y below 1 becomes 0, width and height unchanged; what reaches beyond
+ *  the far edges is cut off; an empty region writes nothing.
+ *
+ *  An image dimension of exactly 5 makes single reflection reach one sample outside the image, which is read as it stands in
+ *  memory: the caller provides it. From 6 on nothing outside the image is read.
+ *
+ *  Step class C, for all three steps. `src`, `dst` and `tmp` must not overlap.
+ *
+ *  @param src the mosaic, at image sample (0, 0), not at the region
+ *  @param roi the region to produce
+ *  @param imageSize size of the whole mosaic, at least 5 by 5
+ *  @param srcStep row step of `src` in bytes
+ *  @param dst the first output pixel, at the region's (clipped) origin; three interleaved samples a pixel: R, G, B
+ *  @param dstStep row step of `dst` in bytes
+ *  @param layout colours of the mosaic at the image's origin
+ *  @param tmp 30 working lines, each of the clipped width + 6 samples if that width is even, + 8 if it is odd; their content is
+ *         lost. May be null if the region is empty. A variant may leave lines unused and work on up to 32 KiB of stack instead.
+ *  @param tmpStep distance of the working lines in bytes
+ *  @return #kuvStatusNullPtr if `src` or `dst` is null; #kuvStatusBadSize if the image's width, then its height, is below 5;
+ *          #kuvStatusBadArg if `layout` is not one of the four; else #kuvStatusOk. */
+KUV_API KuvStatus kuviDemosaicAHD_8u_C1C3R(const Kuv8u* src, KuviRect roi, KuviSize imageSize, Kuv32s srcStep, Kuv8u* dst,
+                                           Kuv32s dstStep, KuvCfaLayout layout, Kuv8u* tmp, Kuv32s tmpStep);
+
+/** kuviDemosaicAHD_8u_C1C3R() on 16-bit samples.
+ *
+ *  The working lines lie `tmpStep` with its lowest bit cleared apart. Squared chrominance distances wrap in 32 bits and compare as
+ *  signed numbers.
+ *
+ *  @param src the mosaic, at image sample (0, 0), not at the region
+ *  @param roi the region to produce
+ *  @param imageSize size of the whole mosaic, at least 5 by 5
+ *  @param srcStep row step of `src` in bytes
+ *  @param dst the first output pixel, at the region's (clipped) origin
+ *  @param dstStep row step of `dst` in bytes
+ *  @param layout colours of the mosaic at the image's origin
+ *  @param tmp 30 working lines as there, of two bytes a sample
+ *  @param tmpStep distance of the working lines in bytes
+ *  @return #kuvStatusNullPtr if `src` or `dst` is null; #kuvStatusBadSize if the image's width, then its height, is below 5;
+ *          #kuvStatusBadArg if `layout` is not one of the four; else #kuvStatusOk. */
+KUV_API KuvStatus kuviDemosaicAHD_16u_C1C3R(const Kuv16u* src, KuviRect roi, KuviSize imageSize, Kuv32s srcStep, Kuv16u* dst,
+                                            Kuv32s dstStep, KuvCfaLayout layout, Kuv16u* tmp, Kuv32s tmpStep);
+/** @} */
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

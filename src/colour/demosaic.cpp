@@ -1,0 +1,44 @@
+// Adaptive homogeneity-directed demosaicing: checks, clipping, and which kernel runs.
+#include "core/checks.hpp"
+#include "colour/demosaic_scalar.hpp"
+#include "colour/demosaic_vector.hpp"
+
+namespace kuv::KUV_VARIANT {
+namespace {
+
+template <class T>
+KuvStatus demosaic(const T* src, KuviRect roi, KuviSize imageSize, Kuv32s srcStep, T* dst, Kuv32s dstStep, KuvCfaLayout layout,
+                   T* tmp, Kuv32s tmpStep) {
+    if (anyNull(src, dst)) return kuvStatusNullPtr;
+    if (imageSize.width < 5 || imageSize.height < 5) return kuvStatusBadSize;
+    if (!isCfaLayout(layout)) return kuvStatusBadArg;
+
+    const ptrdiff_t x = roi.x < 1 ? 0 : roi.x, y = roi.y < 1 ? 0 : roi.y;
+    const ptrdiff_t width = x + roi.width > imageSize.width ? imageSize.width - x : roi.width;
+    const ptrdiff_t height = y + roi.height > imageSize.height ? imageSize.height - y : roi.height;
+    if (width < 1 || height < 1) return kuvStatusOk;
+
+    const DemosaicSource<T> source = {src, srcStep, imageSize.width - 1, imageSize.height - 1, redSiteOf(layout)};
+    const DemosaicTarget<T> target = {x, y, width, height, dst, dstStep};
+    if constexpr (hasVectors) {
+        demosaicVector(source, target);
+    } else {
+        demosaicScalar(source, target, tmp, tmpStep);
+    }
+    return kuvStatusOk;
+}
+
+}  // namespace
+}  // namespace kuv::KUV_VARIANT
+
+KuvStatus KUV_VARIANT_FUNCTION(kuviDemosaicAHD_8u_C1C3R)(const Kuv8u* src, KuviRect roi, KuviSize imageSize, Kuv32s srcStep,
+                                                         Kuv8u* dst, Kuv32s dstStep, KuvCfaLayout layout, Kuv8u* tmp,
+                                                         Kuv32s tmpStep) {
+    return kuv::KUV_VARIANT::demosaic(src, roi, imageSize, srcStep, dst, dstStep, layout, tmp, tmpStep);
+}
+
+KuvStatus KUV_VARIANT_FUNCTION(kuviDemosaicAHD_16u_C1C3R)(const Kuv16u* src, KuviRect roi, KuviSize imageSize, Kuv32s srcStep,
+                                                          Kuv16u* dst, Kuv32s dstStep, KuvCfaLayout layout, Kuv16u* tmp,
+                                                          Kuv32s tmpStep) {
+    return kuv::KUV_VARIANT::demosaic(src, roi, imageSize, srcStep, dst, dstStep, layout, tmp, tmpStep);
+}

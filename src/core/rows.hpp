@@ -1,0 +1,36 @@
+// Row addresses and sample access without assumptions on alignment: a step may be odd, negative or zero.
+#pragma once
+
+#include <cstddef>
+#include <type_traits>
+
+#include "core/variant.hpp"
+
+namespace kuv::KUV_VARIANT {
+namespace {
+
+using std::ptrdiff_t;
+
+template <class T>
+using ByteOf = std::conditional_t<std::is_const_v<T>, const char, char>;
+
+// The product is formed in ptrdiff_t: rows may lie further apart than 32 bits can tell.
+template <class T>
+KUV_INLINE T* rowAt(T* image, ptrdiff_t step, ptrdiff_t row) {
+    return reinterpret_cast<T*>(reinterpret_cast<ByteOf<T>*>(image) + step * row);
+}
+
+template <class T>
+KUV_INLINE T loadSample(const T* address) {
+    T value;
+    __builtin_memcpy(&value, address, sizeof(T));
+    return value;
+}
+
+template <class T>
+KUV_INLINE void storeSample(T* address, T value) {
+    __builtin_memcpy(address, &value, sizeof(T));
+}
+
+}  // namespace
+}  // namespace kuv::KUV_VARIANT

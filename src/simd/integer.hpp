@@ -1,0 +1,196 @@
+// Integer operations on vectors: one instruction where the set has one, else the shortest known sequence.
+#pragma once
+
+#include "simd/vector.hpp"
+
+namespace kuv::KUV_VARIANT {
+namespace {
+
+// result = instruction(a, b) for lanes of one type, in both widths.
+#define KUV_BINARY(operation, T, Result, instruction)                                         \
+    KUV_INLINE Vector<Result, 16> operation(Vector<T, 16> a, Vector<T, 16> b) {               \
+        return {_mm_##instruction(a.raw, b.raw)};                                             \
+    }                                                                                         \
+    KUV_AVX2(KUV_INLINE Vector<Result, 32> operation(Vector<T, 32> a, Vector<T, 32> b) {      \
+        return {_mm256_##instruction(a.raw, b.raw)};                                          \
+    })
+
+// Wrapping sums and differences.
+KUV_BINARY(add, Kuv8s, Kuv8s, add_epi8)
+KUV_BINARY(add, Kuv16s, Kuv16s, add_epi16)
+KUV_BINARY(add, Kuv32s, Kuv32s, add_epi32)
+KUV_BINARY(sub, Kuv8s, Kuv8s, sub_epi8)
+KUV_BINARY(sub, Kuv16s, Kuv16s, sub_epi16)
+KUV_BINARY(sub, Kuv32s, Kuv32s, sub_epi32)
+
+// Differences that stop at 0.
+KUV_BINARY(subSaturated, Kuv8u, Kuv8u, subs_epu8)
+KUV_BINARY(subSaturated, Kuv16u, Kuv16u, subs_epu16)
+
+KUV_BINARY(multiplyLow, Kuv16s, Kuv16s, mullo_epi16)
+KUV_BINARY(multiplyLow, Kuv16u, Kuv16u, mullo_epi16)
+KUV_BINARY(multiplyHigh, Kuv16u, Kuv16u, mulhi_epu16)
+
+// Lane i of the result: a[2i] * b[2i] + a[2i + 1] * b[2i + 1].
+KUV_BINARY(multiplyAddPairs, Kuv16s, Kuv32s, madd_epi16)
+
+// Comparisons give all ones or all zeros.
+KUV_BINARY(equal, Kuv8u, Kuv8u, cmpeq_epi8)
+KUV_BINARY(equal, Kuv8s, Kuv8s, cmpeq_epi8)
+KUV_BINARY(equal, Kuv16u, Kuv16u, cmpeq_epi16)
+KUV_BINARY(equal, Kuv16s, Kuv16s, cmpeq_epi16)
+KUV_BINARY(greater, Kuv8s, Kuv8s, cmpgt_epi8)
+KUV_BINARY(greater, Kuv16s, Kuv16s, cmpgt_epi16)
+KUV_BINARY(greater, Kuv32s, Kuv32s, cmpgt_epi32)
+
+// The lower (upper) halves of each 16 bytes of a and b, lane by lane in turn, a first.
+KUV_BINARY(interleaveLow, Kuv8u, Kuv8u, unpacklo_epi8)
+KUV_BINARY(interleaveLow, Kuv16u, Kuv16u, unpacklo_epi16)
+KUV_BINARY(interleaveHigh, Kuv8u, Kuv8u, unpackhi_epi8)
+KUV_BINARY(interleaveHigh, Kuv16u, Kuv16u, unpackhi_epi16)
+
+// Lanes of half the width with signed saturation, each 16 bytes of a before the same of b. Masks stay masks.
+KUV_BINARY(pack, Kuv16s, Kuv8s, packs_epi16)
+KUV_BINARY(pack, Kuv32s, Kuv16s, packs_epi32)
+
+#undef KUV_BINARY
+
+#define KUV_BITWISE(operation, instruction)                                                   \
+    template <class T>                                                                        \
+    KUV_INLINE Vector<T, 16> operation(Vector<T, 16> a, Vector<T, 16> b) {                    \
+        return {_mm_##instruction##_si128(a.raw, b.raw)};                                     \
+    }                                                                                         \
+    KUV_AVX2(template <class T> KUV_INLINE Vector<T, 32> operation(Vector<T, 32> a, Vector<T, 32> b) { \
+        return {_mm256_##instruction##_si256(a.raw, b.raw)};                                  \
+    })
+
+KUV_BITWISE(bitAnd, and)
+KUV_BITWISE(bitOr, or)
+KUV_BITWISE(bitXor, xor)
+KUV_BITWISE(bitAndNot, andnot)  // ~a & b
+
+#undef KUV_BITWISE
+
+// Shifts by a constant. Right shifts of signed lanes keep the sign.
+#define KUV_SHIFT(operation, T, instruction)                                                  \
+    template <int count>                                                                      \
+    KUV_INLINE Vector<T, 16> operation(Vector<T, 16> a) {                                     \
+        return {_mm_##instruction(a.raw, count)};                                             \
+    }                                                                                         \
+    KUV_AVX2(template <int count> KUV_INLINE Vector<T, 32> operation(Vector<T, 32> a) {       \
+        return {_mm256_##instruction(a.raw, count)};                                          \
+    })
+
+KUV_SHIFT(shiftLeft, Kuv16s, slli_epi16)
+KUV_SHIFT(shiftLeft, Kuv32s, slli_epi32)
+KUV_SHIFT(shiftRight, Kuv16s, srai_epi16)
+KUV_SHIFT(shiftRight, Kuv32s, srai_epi32)
+KUV_SHIFT(shiftRight, Kuv16u, srli_epi16)
+KUV_SHIFT(shiftRight, Kuv32u, srli_epi32)
+
+#undef KUV_SHIFT
+
+// Lane by lane mask ? a : b, for masks of all ones or all zeros.
+template <class T, int bytes>
+KUV_INLINE Vector<T, bytes> select(Vector<T, bytes> mask, Vector<T, bytes> a, Vector<T, bytes> b) {
+    if constexpr (bytes == 32) {
+        KUV_AVX2(return {_mm256_blendv_epi8(b.raw, a.raw, mask.raw)};)
+    } else if constexpr (hasSSE41) {
+        return {_mm_blendv_epi8(b.raw, a.raw, mask.raw)};
+    } else {
+        return bitOr(bitAnd(mask, a), bitAndNot(mask, b));
+    }
+}
+
+// Extremes. What a set lacks is made of a comparison or of the saturating difference.
+#define KUV_EXTREME(operation, T, instruction, has, otherwise)                                \
+    KUV_INLINE Vector<T, 16> operation(Vector<T, 16> a, Vector<T, 16> b) {                    \
+        if constexpr (has) {                                                                  \
+            return {_mm_##instruction(a.raw, b.raw)};                                         \
+        } else {                                                                              \
+            return otherwise;                                                                 \
+        }                                                                                     \
+    }                                                                                         \
+    KUV_AVX2(KUV_INLINE Vector<T, 32> operation(Vector<T, 32> a, Vector<T, 32> b) {           \
+        return {_mm256_##instruction(a.raw, b.raw)};                                          \
+    })
+
+KUV_EXTREME(minimum, Kuv8u, min_epu8, true, a)
+KUV_EXTREME(maximum, Kuv8u, max_epu8, true, a)
+KUV_EXTREME(minimum, Kuv16s, min_epi16, true, a)
+KUV_EXTREME(maximum, Kuv16s, max_epi16, true, a)
+KUV_EXTREME(minimum, Kuv16u, min_epu16, hasSSE41, as<Kuv16u>(sub(as<Kuv16s>(a), as<Kuv16s>(subSaturated(a, b)))))
+KUV_EXTREME(maximum, Kuv16u, max_epu16, hasSSE41, as<Kuv16u>(add(as<Kuv16s>(b), as<Kuv16s>(subSaturated(a, b)))))
+KUV_EXTREME(minimum, Kuv32s, min_epi32, hasSSE41, select(greater(a, b), b, a))
+KUV_EXTREME(maximum, Kuv32s, max_epi32, hasSSE41, select(greater(a, b), a, b))
+
+#undef KUV_EXTREME
+
+template <class T, int bytes>
+KUV_INLINE Vector<T, bytes> absoluteDifference(Vector<T, bytes> a, Vector<T, bytes> b) {
+    return bitOr(subSaturated(a, b), subSaturated(b, a));
+}
+
+// Lane i of the result: a[2i] * b[2i] + a[2i + 1] * b[2i + 1] of unsigned and signed bytes; the sum must fit 16 bits.
+template <int bytes>
+KUV_INLINE Vector<Kuv16s, bytes> multiplyAddPairs(Vector<Kuv8u, bytes> a, Vector<Kuv8s, bytes> b) {
+    if constexpr (bytes == 32) {
+        KUV_AVX2(return {_mm256_maddubs_epi16(a.raw, b.raw)};)
+    } else if constexpr (hasSSSE3) {
+        return {_mm_maddubs_epi16(a.raw, b.raw)};
+    } else {
+        const auto low = multiplyLow(bitAnd(as<Kuv16s>(a), fill<Vector<Kuv16s, bytes>>(0xFF)),
+                                     shiftRight<8>(shiftLeft<8>(as<Kuv16s>(b))));
+        const auto high = multiplyLow(as<Kuv16s>(shiftRight<8>(as<Kuv16u>(a))), shiftRight<8>(as<Kuv16s>(b)));
+        return add(low, high);
+    }
+}
+
+// Even lanes from a, odd lanes from b.
+template <int bytes>
+KUV_INLINE Vector<Kuv16u, bytes> mergeEvenOdd(Vector<Kuv16u, bytes> a, Vector<Kuv16u, bytes> b) {
+    if constexpr (bytes == 32) {
+        KUV_AVX2(return {_mm256_blend_epi16(a.raw, b.raw, 0xAA)};)
+    } else if constexpr (hasSSE41) {
+        return {_mm_blend_epi16(a.raw, b.raw, 0xAA)};
+    } else {
+        const auto even = as<Kuv16u>(fill<Vector<Kuv32s, bytes>>(0xFFFF));
+        return bitOr(bitAnd(even, a), bitAndNot(even, b));
+    }
+}
+
+// The last lane of before, then all lanes of v but the last: v moved up by one lane.
+template <class T>
+KUV_INLINE Vector<T, 16> moveUp(Vector<T, 16> before, Vector<T, 16> v) {
+    constexpr int size = sizeof(T);
+    if constexpr (hasSSSE3) {
+        return {_mm_alignr_epi8(v.raw, before.raw, 16 - size)};
+    } else {
+        return {_mm_or_si128(_mm_slli_si128(v.raw, size), _mm_srli_si128(before.raw, 16 - size))};
+    }
+}
+KUV_AVX2(template <class T> KUV_INLINE Vector<T, 32> moveUp(Vector<T, 32> before, Vector<T, 32> v) {
+    constexpr int size = sizeof(T);
+    const __m256i lower = _mm256_permute2x128_si256(before.raw, v.raw, 0x21);
+    return {_mm256_alignr_epi8(v.raw, lower, 16 - size)};
+})
+
+// Samples widened to twice their size: low holds the lower half of each 16 bytes, high the upper half.
+template <class V>
+struct Widened {
+    V low, high;
+};
+
+// moveUp on the samples that a pair of widened vectors stands for.
+template <class T>
+KUV_INLINE Widened<Vector<T, 16>> moveUp(Vector<T, 16> highBefore, Widened<Vector<T, 16>> v) {
+    return {moveUp(highBefore, v.low), moveUp(v.low, v.high)};
+}
+KUV_AVX2(template <class T> KUV_INLINE Widened<Vector<T, 32>> moveUp(Vector<T, 32> highBefore, Widened<Vector<T, 32>> v) {
+    constexpr int size = sizeof(T);
+    const __m256i lower = _mm256_permute2x128_si256(highBefore.raw, v.high.raw, 0x21);
+    return {{_mm256_alignr_epi8(v.low.raw, lower, 16 - size)}, {_mm256_alignr_epi8(v.high.raw, v.low.raw, 16 - size)}};
+})
+
+}  // namespace
+}  // namespace kuv::KUV_VARIANT
