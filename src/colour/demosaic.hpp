@@ -24,6 +24,9 @@ struct DemosaicTarget {
     ptrdiff_t step;
 };
 
+enum Direction { alongRows, alongColumns };
+constexpr Direction directions[] = {alongRows, alongColumns};
+
 // Weights of red, green and blue; 1/256 of the weighted sum, rounded, is the value.
 struct ColourWeights {
     int red, green, blue;

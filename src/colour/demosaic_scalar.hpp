@@ -10,9 +10,6 @@
 namespace kuv::KUV_VARIANT {
 namespace {
 
-enum Direction { alongRows, alongColumns };
-constexpr Direction directions[] = {alongRows, alongColumns};
-
 // Phase 0 has red at the region's first sample, 1 below it, 2 diagonally below it, 3 right of it.
 constexpr int phaseOf(RedSite red) { return red.column == 0 ? red.row : 3 - red.row; }
 

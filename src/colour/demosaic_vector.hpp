@@ -54,19 +54,24 @@ class VectorDemosaic {
     using Samples = DemosaicSamples<V>;
     using Wide = typename Samples::Wide;
     using Signed = typename Samples::Signed;
+    using Value = typename Samples::Value;
     using Squares = typename Samples::Squares;
     static constexpr ptrdiff_t lanes = V::lanes;
     static constexpr ptrdiff_t positions = demosaicLineBytes / static_cast<ptrdiff_t>(sizeof(T));
     // A reach of up to 5 samples past a tile's columns goes on both sides.
     static constexpr ptrdiff_t origin = 4, tileColumns = positions - 2 * origin;
 
-    enum Direction { alongRows, alongColumns };
     static constexpr int rawRows = 6, differenceRows = 3, colourRows = 3, homogeneityRows = 3;
 
-    // One padded line. Its first position is aligned.
-    struct alignas(64) Line {
-        T before[64 / sizeof(T)];
-        T at[positions + 64 / sizeof(T)];
+    // One padded line; position 0 is aligned.
+    class Line {
+    public:
+        KUV_INLINE T* at(ptrdiff_t p) { return samples_ + padding + p; }
+        KUV_INLINE const T* at(ptrdiff_t p) const { return samples_ + padding + p; }
+
+    private:
+        static constexpr ptrdiff_t padding = 32 / sizeof(T);
+        alignas(32) T samples_[positions + 2 * padding];
     };
 
     // What the rows of a tile leave for the rows below.
@@ -129,7 +134,7 @@ private:
     // Copies the part of a mosaic row that the tile reaches, continued beyond the image's left and right border.
     void bringIn(ptrdiff_t q) {
         const T* const row = source_.row(y_ - 3 + q);
-        T* const line = lines_.raw[slot<rawRows>(q)].at;
+        T* const line = lines_.raw[slot<rawRows>(q)].at(0);
         const ptrdiff_t first = x_ - 5, end = x_ + columns_ + 5, last = source_.lastColumn;
         const ptrdiff_t inside = first < 0 ? 0 : first, insideEnd = end > last + 1 ? last + 1 : end;
         for (ptrdiff_t c = first; c < inside; ++c) line[c - x_ + origin] = loadSample(row + reflect(c, last));
@@ -156,7 +161,7 @@ private:
     // Leaves raw - green of both directions at the sites of red or blue of row q.
     template <bool colourAtEven>
     void interpolateGreen(ptrdiff_t q) {
-        const auto raw = [&](ptrdiff_t row) -> const T* { return lines_.raw[slot<rawRows>(q + row)].at; };
+        const auto raw = [&](ptrdiff_t row) -> const T* { return lines_.raw[slot<rawRows>(q + row)].at(0); };
         const T* const above2 = raw(-2);
         const T* const above = raw(-1);
         const T* const centre = raw(0);
@@ -176,11 +181,11 @@ private:
         }
     }
 
-    static KUV_INLINE Wide wide(const Line& line, ptrdiff_t p) { return as<typename Wide::Lane>(load<V>(line.at + p)); }
-    static KUV_INLINE void putWide(Line& line, ptrdiff_t p, Wide value) { store(line.at + p, as<T>(value)); }
+    static KUV_INLINE Wide wide(const Line& line, ptrdiff_t p) { return as<typename Wide::Lane>(load<V>(line.at(p))); }
+    static KUV_INLINE void putWide(Line& line, ptrdiff_t p, Wide value) { store(line.at(p), as<T>(value)); }
 
     struct Converted {
-        V y, u, v;
+        Value y, u, v;
     };
 
     struct Distance {
@@ -193,7 +198,8 @@ private:
     }
 
     static KUV_INLINE Converted converted(const Line (&lines)[3], ptrdiff_t p) {
-        return {load<V>(lines[0].at + p), load<V>(lines[1].at + p), load<V>(lines[2].at + p)};
+        const auto one = [p](const Line& line) { return as<typename Value::Lane>(load<V>(line.at(p))); };
+        return {one(lines[0]), one(lines[1]), one(lines[2])};
     }
 
     static KUV_INLINE Squares smaller(Squares a, Squares b) { return {minimum(a.low, b.low), minimum(a.high, b.high)}; }
@@ -219,15 +225,15 @@ private:
     // neighbours are all there now.
     template <bool colourAtEven>
     void interpolateColours(ptrdiff_t q, bool redRow) {
-        const T* const raw = lines_.raw[slot<rawRows>(q)].at;
+        const T* const raw = lines_.raw[slot<rawRows>(q)].at(0);
         const auto& above = lines_.difference[slot<differenceRows>(q - 1)];
         const auto& here = lines_.difference[slot<differenceRows>(q)];
         const auto& below = lines_.difference[slot<differenceRows>(q + 1)];
         const int slotHere = slot<colourRows>(q);
-        T* const green = lines_.green[slotHere].at;
-        T* const own = lines_.own[slotHere].at;
+        T* const green = lines_.green[slotHere].at(0);
+        T* const own = lines_.own[slotHere].at(0);
         auto& other = lines_.other[slotHere];
-        T* const homogeneity = lines_.homogeneity[slot<homogeneityRows>(q - 1)].at;
+        T* const homogeneity = lines_.homogeneity[slot<homogeneityRows>(q - 1)].at(0);
         const typename Samples::Conversion conversion(redRow);
         constexpr ptrdiff_t beside = colourAtEven ? -2 : 2;  // the pair with the other diagonal neighbours
         Distance leftOf[2] = {};                             // the last register's distances to the right
@@ -236,7 +242,8 @@ private:
             const Wide site = part<colourAtEven>(mosaic), greenSite = part<!colourAtEven>(mosaic);
             Wide greens[2], owns[2];
             Neighbours neighbours[2];
-            for (int d = 0; d < 2; ++d) {
+#pragma GCC unroll 2
+            for (const Direction d : directions) {
                 const Wide vertical = add(wide(above[d], p), wide(below[d], p));
                 const Wide diagonal = add(vertical, add(wide(above[d], p + beside), wide(below[d], p + beside)));
                 const Wide horizontal = add(wide(here[d], p), wide(here[d], p - beside));
@@ -244,7 +251,7 @@ private:
                 const Wide otherAtSite = Samples::saturated(add(greens[d], shiftRight<2>(diagonal)));
                 const Wide otherAtGreen = Samples::saturated(add(greenSite, shiftRight<1>(vertical)));
                 owns[d] = Samples::saturated(add(greenSite, shiftRight<1>(horizontal)));
-                store(other[d].at + p, colourAtEven ? Samples::merge(otherAtSite, otherAtGreen)
+                store(other[d].at(p), colourAtEven ? Samples::merge(otherAtSite, otherAtGreen)
                                                     : Samples::merge(otherAtGreen, otherAtSite));
 
                 const auto atSite = conversion(site, otherAtSite, greens[d]);
@@ -262,15 +269,15 @@ private:
                            moveUp(leftOf[d].chrominance.high, to.right.chrominance)};
                 leftOf[d] = to.right;
                 to.down = distance(centre, now);
-                to.up = {load<V>(lines_.luminanceAbove[d].at + p),
+                to.up = {load<V>(lines_.luminanceAbove[d].at(p)),
                          {load<typename Samples::Square>(squares(lines_.chrominanceAbove[d][0], p)),
                           load<typename Samples::Square>(squares(lines_.chrominanceAbove[d][1], p))}};
-                store(lines_.luminanceAbove[d].at + p, to.down.luminance);
+                store(lines_.luminanceAbove[d].at(p), to.down.luminance);
                 store(squares(lines_.chrominanceAbove[d][0], p), to.down.chrominance.low);
                 store(squares(lines_.chrominanceAbove[d][1], p), to.down.chrominance.high);
-                store(lines[0].at + p, now.y);
-                store(lines[1].at + p, now.u);
-                store(lines[2].at + p, now.v);
+                store(lines[0].at(p), as<T>(now.y));
+                store(lines[1].at(p), as<T>(now.u));
+                store(lines[2].at(p), as<T>(now.v));
             }
             store(green + p, Samples::merge(greens[alongRows], greens[alongColumns]));
             store(own + p, Samples::merge(owns[alongRows], owns[alongColumns]));
@@ -285,7 +292,7 @@ private:
     }
 
     static KUV_INLINE typename Samples::Square::Lane* squares(Line& line, ptrdiff_t p) {
-        return reinterpret_cast<typename Samples::Square::Lane*>(line.at + p);
+        return reinterpret_cast<typename Samples::Square::Lane*>(line.at(p));
     }
 
     // Writes the pixels of row q. Directions are bits here, 1 for columns: a set bit is carried through the undecided pixels that
@@ -294,9 +301,9 @@ private:
     void decide(ptrdiff_t q, bool redRow) {
         const ptrdiff_t row = q - 3;
         const int slotHere = slot<colourRows>(q);
-        const T* const raw = lines_.raw[slot<rawRows>(q)].at;
-        const T* const green = lines_.green[slotHere].at;
-        const T* const own = lines_.own[slotHere].at;
+        const T* const raw = lines_.raw[slot<rawRows>(q)].at(0);
+        const T* const green = lines_.green[slotHere].at(0);
+        const T* const own = lines_.own[slotHere].at(0);
         const auto& other = lines_.other[slotHere];
         T* const out = rowAt(target_.pixels, target_.step, y_ + row - target_.y) + 3 * (x_ - target_.x);
         Kuv32u carried = columnsAtEdge_[row];
@@ -315,7 +322,7 @@ private:
             const V mosaic = load<V>(raw + p);
             const V greens = choose<colourAtEven>(mask, load<V>(green + p), mosaic);
             const V owns = choose<!colourAtEven>(mask, load<V>(own + p), mosaic);
-            const V others = select(mask, load<V>(other[alongColumns].at + p), load<V>(other[alongRows].at + p));
+            const V others = select(mask, load<V>(other[alongColumns].at(p)), load<V>(other[alongRows].at(p)));
             const V reds = redRow ? owns : others, blues = redRow ? others : owns;
             if (count == lanes) {
                 storeInterleaved3(out + 3 * column, reds, greens, blues);
@@ -331,7 +338,7 @@ private:
     // S of the lanes from position p on; ring slots do not matter to a sum.
     KUV_INLINE Signed homogeneitySum(ptrdiff_t p) const {
         const auto columnSum = [&](ptrdiff_t at) {
-            const auto one = [&](int row) { return as<typename Signed::Lane>(load<V>(lines_.homogeneity[row].at + at)); };
+            const auto one = [&](int row) { return as<typename Signed::Lane>(load<V>(lines_.homogeneity[row].at(at))); };
             return add(add(one(0), one(1)), one(2));
         };
         return add(add(columnSum(p - 1), columnSum(p)), columnSum(p + 1));

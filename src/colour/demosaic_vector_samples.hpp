@@ -1,9 +1,9 @@
 // What the vector demosaicing does differently for 8-bit and for 16-bit samples.
 //
-// Even and odd positions of a register of samples become lanes of twice the size, Wide. Y, U and V keep the samples' size: Y
-// never exceeds their range, and U and V are stored with half the range added. Squared distances of chrominance have twice the
-// size again: those of 8-bit data reach 57922 and are kept less 32768, so that signed comparisons order them; those of 16-bit
-// data wrap and compare as signed, as the scalar code does.
+// Even and odd positions of a register of samples become lanes of twice the size, Wide. Y, U and V are stored in the samples' own
+// size, as Value, up to a constant that drops out of every difference. Squared distances of chrominance have twice the size:
+// those of 8-bit data reach 57922 and are kept less 32768, so that signed comparisons order them; those of 16-bit data wrap and
+// compare as signed, as the scalar code does.
 #pragma once
 
 #include "colour/demosaic.hpp"
@@ -18,6 +18,7 @@ struct DemosaicSamples;
 template <int bytes>
 struct DemosaicSamples<Vector<Kuv8u, bytes>> {
     using V = Vector<Kuv8u, bytes>;
+    using Value = V;  // Y; U + 128; V + 128
     using Wide = Vector<Kuv16s, bytes>;
     using Signed = Vector<Kuv8s, bytes>;
     using Square = Vector<Kuv16s, bytes>;
@@ -80,6 +81,7 @@ struct DemosaicSamples<Vector<Kuv8u, bytes>> {
 template <int bytes>
 struct DemosaicSamples<Vector<Kuv16u, bytes>> {
     using V = Vector<Kuv16u, bytes>;
+    using Value = Vector<Kuv16s, bytes>;  // Y - 28160; U; V
     using Wide = Vector<Kuv32s, bytes>;
     using Signed = Vector<Kuv16s, bytes>;
     using Square = Vector<Kuv32s, bytes>;
@@ -98,7 +100,7 @@ struct DemosaicSamples<Vector<Kuv16u, bytes>> {
     };
 
     // Sample pairs are multiplied as signed numbers, that is, less 32768. The weights of U and V add up to 0, so that this cancels;
-    // for Y it is added again.
+    // Y comes out less 220 * 32768 / 256.
     class Conversion {
     public:
         explicit Conversion(bool redRow) {
@@ -116,9 +118,7 @@ struct DemosaicSamples<Vector<Kuv16u, bytes>> {
             const auto weigh = [&](Signed weights, int greenWeight) {
                 return add(multiplyAddPairs(colours, weights), multiplyAddPairs(greenAndOne, pairOf(greenWeight, conversionRounding)));
             };
-            constexpr int lost = (luminance.red + luminance.green + luminance.blue) * 32768;
-            return {add(weigh(y_, luminance.green), fill<Wide>(lost)), weigh(u_, chrominanceU.green),
-                    weigh(v_, chrominanceV.green)};
+            return {weigh(y_, luminance.green), weigh(u_, chrominanceU.green), weigh(v_, chrominanceV.green)};
         }
 
     private:
@@ -127,10 +127,10 @@ struct DemosaicSamples<Vector<Kuv16u, bytes>> {
     };
 
     // The middle 16 bits of the sums.
-    static KUV_INLINE V mergeLuminance(Wide evens, Wide odds) {
-        return mergeEvenOdd(as<Kuv16u>(shiftRight<8>(evens)), as<Kuv16u>(shiftLeft<8>(odds)));
+    static KUV_INLINE Value mergeLuminance(Wide evens, Wide odds) {
+        return as<Kuv16s>(mergeEvenOdd(as<Kuv16u>(shiftRight<8>(evens)), as<Kuv16u>(shiftLeft<8>(odds))));
     }
-    static KUV_INLINE V mergeChrominance(Wide evens, Wide odds) { return bitXor(mergeLuminance(evens, odds), fill<V>(0x8000)); }
+    static KUV_INLINE Value mergeChrominance(Wide evens, Wide odds) { return mergeLuminance(evens, odds); }
 
     static KUV_INLINE Squares squaredDistance(V u, V v) {
         const V uLow = multiplyLow(u, u), uHigh = multiplyHigh(u, u), vLow = multiplyLow(v, v), vHigh = multiplyHigh(v, v);

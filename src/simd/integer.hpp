@@ -126,9 +126,13 @@ KUV_EXTREME(maximum, Kuv32s, max_epi32, hasSSE41, select(greater(a, b), a, b))
 
 #undef KUV_EXTREME
 
-template <class T, int bytes>
-KUV_INLINE Vector<T, bytes> absoluteDifference(Vector<T, bytes> a, Vector<T, bytes> b) {
+template <int bytes>
+KUV_INLINE Vector<Kuv8u, bytes> absoluteDifference(Vector<Kuv8u, bytes> a, Vector<Kuv8u, bytes> b) {
     return bitOr(subSaturated(a, b), subSaturated(b, a));
+}
+template <int bytes>
+KUV_INLINE Vector<Kuv16u, bytes> absoluteDifference(Vector<Kuv16s, bytes> a, Vector<Kuv16s, bytes> b) {
+    return as<Kuv16u>(sub(maximum(a, b), minimum(a, b)));
 }
 
 // Lane i of the result: a[2i] * b[2i] + a[2i + 1] * b[2i + 1] of unsigned and signed bytes; the sum must fit 16 bits.
