@@ -352,7 +352,9 @@ KUV_API KuvStatus kuviAdd_32f_C1IR(const Kuv32f* src, Kuv32s srcStep, Kuv32f* sr
  *
  *  The one difference between variants lies in that left edge. px has one, the region's. All others also begin afresh at the
  *  edges of the central block that keeps a distance of 5 samples from the image's border, so that a pixel with S equal to 0 close
- *  to the right of such an edge may take the other direction. These others agree bit for bit.
+ *  to the right of such an edge may take the other direction. These others agree bit for bit. The block begins on a red sample
+ *  and has even sides. A region cut into bands of its full width gives the picture of one call in every variant if each band but
+ *  the first begins on a row with red samples.
  *
  *  After K. Hirakawa and T. W. Parks, "Adaptive homogeneity-directed demosaicing algorithm", IEEE Transactions on Image Processing
  *  14(3), 2005, with another luminance and chrominance space and without the final median filter.
@@ -363,7 +365,8 @@ KUV_API KuvStatus kuviAdd_32f_C1IR(const Kuv32f* src, Kuv32s srcStep, Kuv32f* sr
  *  An image dimension of exactly 5 makes single reflection reach one sample outside the image, which is read as it stands in
  *  memory: the caller provides it. From 6 on nothing outside the image is read.
  *
- *  Step class C, for all three steps. `src`, `dst` and `tmp` must not overlap.
+ *  Step class C, for all three steps. `src`, `dst` and `tmp` must not overlap. With a `dstStep` of 0 the last row stays; what rows
+ *  that share some of their bytes leave there is not stated.
  *
  *  @param src the mosaic, at image sample (0, 0), not at the region
  *  @param roi the region to produce
