@@ -1,0 +1,28 @@
+# shellcheck shell=bash
+# What the scripts share. They source it.
+
+# need_packages PACKAGE...: installs those of the Debian packages that are missing. Only then does it ask for rights.
+need_packages() {
+    if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then
+        echo "This is no Debian system. Make sure that it has what these packages hold: $*" >&2
+        return
+    fi
+    local package missing=()
+    for package in "$@"; do
+        [[ $(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null) == installed ]] || missing+=("$package")
+    done
+    ((${#missing[@]})) || return 0
+
+    local as_root=()
+    if ((EUID != 0)); then
+        if ! command -v sudo >/dev/null; then
+            echo "Missing packages; run as root: apt-get install ${missing[*]}" >&2
+            return 1
+        fi
+        as_root=(sudo)
+    fi
+    echo "Installing ${missing[*]}"
+    # The lists may be absent or too old to install from; if they cannot be renewed, those at hand have to do.
+    "${as_root[@]}" apt-get update -qq || true
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}"
+}

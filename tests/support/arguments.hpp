@@ -1,0 +1,123 @@
+// The arguments of a call, drawn at random: one descriptor for each argument or group of arguments, in the order of the
+// prototype. A descriptor is anything that turns a Draw into a tuple of arguments; the common ones stand here.
+#pragma once
+
+#include <deque>
+#include <tuple>
+
+#include "kuvcv.h"
+#include "support/images.hpp"
+
+namespace kuvtest {
+
+enum class Role {
+    source,  // must not change
+    output,  // previous content must not matter
+    inOut,
+    scratch  // content means nothing after the call
+};
+
+// The step classes of the public header.
+enum class StepClass { A, B, C, D };
+
+std::ptrdiff_t drawStep(Random& random, StepClass steps, int rowBytes);
+
+// Compares an element of an output with the wanted one.
+using ElementCompare = bool (*)(const void* got, const void* wanted);
+
+template <class T>
+bool sameBits(const void* got, const void* wanted) {
+    return std::memcmp(got, wanted, sizeof(T)) == 0;
+}
+
+// For sums of which both operands may be NaN: which NaN comes out is not stated.
+inline bool sameRealOrBothNaN(const void* got, const void* wanted) {
+    const float a = load<float>(got), b = load<float>(wanted);
+    return sameBits<float>(got, wanted) || (a != a && b != b);
+}
+
+struct DrawnImage {
+    Image image;
+    Role role;
+    ElementCompare same;
+    Bytes before;  // the call
+
+    DrawnImage(std::string name, const Geometry& geometry, std::uint64_t seed, Role asRole, ElementCompare comparedBy)
+        : image(std::move(name), geometry, seed), role(asRole), same(comparedBy) {}
+};
+
+// The random arguments of one call. Two draws of one seed but of different sides agree in all that must matter: they differ in the
+// bytes around the images and in the previous content of outputs.
+class Draw {
+public:
+    Draw(std::uint64_t seed, int side);
+
+    Random random;
+    KuviSize size;
+
+    // An image of `rows` by `elements`, sources and in-out images filled from drawn patterns.
+    template <class T>
+    Image& image(Role role, int elements, int rows, std::ptrdiff_t step, ElementCompare same = sameBits<T>);
+
+    std::deque<DrawnImage>& images() { return images_; }
+    void keep();  // remembers all images as they stand
+    std::string description() const;
+
+private:
+    DrawnImage& add(Role role, Geometry geometry, ElementCompare same);
+
+    Random irrelevant_;
+    std::deque<DrawnImage> images_;
+};
+
+// Fills a row-wise image with one of the patterns on which kernels tend to break.
+template <class T>
+void fillSamples(Random& random, const Image& image, int elements);
+
+extern template void fillSamples<Kuv8u>(Random&, const Image&, int);
+extern template void fillSamples<Kuv16u>(Random&, const Image&, int);
+extern template void fillSamples<Kuv32f>(Random&, const Image&, int);
+
+template <class T>
+Image& Draw::image(Role role, int elements, int rows, std::ptrdiff_t step, ElementCompare same) {
+    Geometry geometry;
+    geometry.rowBytes = elements * static_cast<int>(sizeof(T));
+    geometry.rows = rows;
+    geometry.step = step;
+    geometry.elementBytes = sizeof(T);
+    Image& image = add(role, geometry, same).image;
+    if (role == Role::source || role == Role::inOut) fillSamples<T>(random, image, elements);
+    return image;
+}
+
+// (pointer, step): an image of the drawn size.
+template <class T, Role role, class Pointer>
+struct ImageArgument {
+    int channels = 1;
+    StepClass steps = StepClass::C;
+    ElementCompare same = sameBits<T>;
+
+    std::tuple<Pointer, Kuv32s> operator()(Draw& draw) const {
+        const int elements = draw.size.width * channels;
+        const std::ptrdiff_t step = drawStep(draw.random, steps, elements * static_cast<int>(sizeof(T)));
+        const Image& image = draw.image<T>(role, elements, draw.size.height, step, same);
+        return {image.row<T>(), image.step()};
+    }
+};
+template <class T>
+using Source = ImageArgument<T, Role::source, const T*>;
+template <class T>
+using InOut = ImageArgument<T, Role::inOut, T*>;
+
+struct RoiSize {
+    std::tuple<KuviSize> operator()(Draw& draw) const { return {draw.size}; }
+};
+
+// Evaluated from left to right.
+template <class... Descriptors>
+auto drawArguments(Draw& draw, const Descriptors&... descriptors) {
+    return std::apply([](auto... parts) { return std::tuple_cat(parts...); },
+                      std::tuple<decltype(descriptors(draw))...>{descriptors(draw)...});
+}
+
+}  // namespace kuvtest
