@@ -1,0 +1,272 @@
+"""Makes docs/performance.md and its plots from what kuvcv_peers has printed, and prints the tables.
+
+Usage: report.py COMPARISON.csv [PAGE.md]
+Without PAGE.md it only prints. The plots go to images/ beside the page.
+"""
+
+import csv
+import pathlib
+import string
+import sys
+from collections import namedtuple
+
+import matplotlib
+
+matplotlib.use("Agg")
+import matplotlib.pyplot as plt  # noqa: E402  (after the choice of a backend that needs no screen)
+
+LARGE = ["1920x1080", "4000x3000"]
+
+Row = namedtuple("Row", "kind function case size ours other median low high ours_ns other_ns rounds slower")
+Aim = namedtuple("Aim", "text kind function ours other least most")
+
+AIMS = [
+    Aim("8-bit adaptive demosaicing against LibRaw's", "peer", "kuviDemosaicAHD_8u_C1C3R", "h9", "LibRaw", 40, None),
+    Aim("16-bit adaptive demosaicing against LibRaw's", "peer", "kuviDemosaicAHD_16u_C1C3R", "h9", "LibRaw", 20, None),
+    Aim("8-bit adaptive demosaicing against px", "px", "kuviDemosaicAHD_8u_C1C3R", "h9", "px", 4, None),
+    Aim("8-bit adaptive demosaicing on two threads against one", "threads", "kuviDemosaicAHD_8u_C1C3R", "2-threads", "1-thread",
+        1.8, None),
+    Aim("16-bit adaptive demosaicing on two threads against one", "threads", "kuviDemosaicAHD_16u_C1C3R", "2-threads",
+        "1-thread", 1.8, None),
+    Aim("A call through the export less a direct one, ns", "stub", "kuvcvGetLibVersion", "stub", "direct", None, 2),
+]
+
+
+def read(path):
+    facts, lines = [], []
+    for line in pathlib.Path(path).read_text().splitlines():
+        if line.startswith("# "):
+            facts.append(tuple(line[2:].split(": ", 1)))
+        else:
+            lines.append(line)
+    rows = []
+    for fields in csv.DictReader(lines):
+        for name in ("median", "low", "high", "ours_ns", "other_ns"):
+            fields[name] = float(fields[name])
+        fields["slower"] = fields["slower"] == "1"
+        rows.append(Row(**fields))
+    return facts, rows
+
+
+def number(value):
+    if abs(value) >= 100:
+        return f"{value:.0f}"
+    if abs(value) >= 10:
+        return f"{value:.1f}"
+    return f"{value:.2f}" if abs(value) >= 0.1 else f"{value:.3f}"
+
+
+def middle_half(row):
+    return f"{number(row.low)} to {number(row.high)}"
+
+
+def table(heads, lines):
+    """Markdown, padded so that it reads well on a terminal, too. Numbers stand to the right."""
+    if not lines:
+        return "Nothing was measured."
+    cells = [heads] + [[str(cell) for cell in line] for line in lines]
+    widths = [max(len(line[i]) for line in cells) for i in range(len(heads))]
+    numeric = [all(line[i][:1].isdigit() or line[i][:1] in "-–" for line in cells[1:]) for i in range(len(heads))]
+
+    def joined(line):
+        padded = (cell.rjust(width) if right else cell.ljust(width) for cell, width, right in zip(line, widths, numeric))
+        return "| " + " | ".join(padded) + " |"
+
+    rule = "|" + "|".join("-" * (width + 1) + (":" if right else "-") for width, right in zip(widths, numeric)) + "|"
+    return "\n".join([joined(cells[0]), rule] + [joined(line) for line in cells[1:]])
+
+
+def unique(values):
+    return list(dict.fromkeys(values))
+
+
+def bound(rows, like):
+    """What limits the strongest variant, judged by how its memory traffic compares with that of a plain copy."""
+    key = (like.function, like.case, like.size, like.ours)
+    copy = next((r for r in rows if r.kind == "copy" and (r.function, r.case, r.size, r.ours) == key), None)
+    if copy is None:
+        return ""
+    share = f"it moves bytes at {number(100 * copy.median)} % of the rate of `memcpy`"
+    if copy.median >= 0.7:
+        return share + ": loads and stores bound it"
+    if copy.median <= 0.3:
+        return share + ": computation bounds it, not loads and stores"
+    return share
+
+
+def aims(rows):
+    lines, missed = [], []
+    for aim in AIMS:
+        found = [r for r in rows if (r.kind, r.function, r.ours, r.other) == (aim.kind, aim.function, aim.ours, aim.other)]
+        if aim.kind != "stub":
+            found = [r for r in found if r.size in LARGE]
+        wanted = f"at least {aim.least}" if aim.most is None else f"at most {aim.most}"
+        if not found:
+            lines.append([aim.text, "", wanted, "–", "", "not measured on this processor"])
+        for row in found:
+            reached = row.median >= aim.least if aim.most is None else row.median <= aim.most
+            size = "" if aim.kind == "stub" else row.size
+            lines.append([aim.text, size, wanted, number(row.median), middle_half(row), "yes" if reached else "no"])
+            if reached:
+                continue
+            if aim.kind == "threads":
+                control = control_of(rows, row)
+                reason = f"the control on small separate images gained {number(control.median)} in the same rounds"
+            else:
+                reason = "" if aim.kind == "stub" else bound(rows, row)
+            place = f" at {size}" if size else ""
+            missed.append(f"- {aim.text}{place}: {number(row.median)}, aim {wanted}" + (f"; {reason}." if reason else "."))
+    heads = ["Aim", "Size", "Wanted", "Median", "Middle half", "Reached"]
+    text = table(heads, lines)
+    if missed:
+        text += "\n\nNot reached:\n\n" + "\n".join(missed)
+    return text
+
+
+def peers(rows):
+    lines = [[f"`{r.function}`", r.case, r.size, r.ours, r.other, number(r.median), middle_half(r), number(r.ours_ns),
+              number(r.other_ns)] for r in rows if r.kind == "peer"]
+    return table(["Function", "Case", "Size", "Variant", "Peer", "Ratio", "Middle half", "ns/pixel", "Peer's ns/pixel"], lines)
+
+
+def variants(rows):
+    chosen = [r for r in rows if r.kind == "px"]
+    codes = unique(r.ours for r in chosen)
+    lines = []
+    for key in unique((r.function, r.case, r.size) for r in chosen):
+        group = {r.ours: r for r in chosen if (r.function, r.case, r.size) == key}
+        first = next(iter(group.values()))
+        last = group[codes[-1]]
+        lines.append([f"`{key[0]}`", *key[1:], number(first.other_ns), *(number(group[code].median) for code in codes),
+                      number(last.ours_ns)])
+    return table(["Function", "Case", "Size", "px ns/pixel", *codes, f"{codes[-1]} ns/pixel" if codes else ""], lines)
+
+
+def slower_line(r):
+    return f"- {r.ours} of `{r.function}` ({r.case}, {r.size}) takes {number(1 / r.median)} times as long as {r.other}"
+
+
+def slower(rows):
+    lines = []
+    for r in rows:
+        if r.slower:
+            reason = bound(rows, r)
+            lines.append(slower_line(r) + (f"; {reason}." if reason else "."))
+    return "\n".join(lines) or "Nowhere, in this run."
+
+
+def copies(rows):
+    lines = [[f"`{r.function}`", r.case, r.size, r.ours, f"{number(100 * r.median)} %"] for r in rows if r.kind == "copy"]
+    return table(["Function", "Case", "Size", "Variant", "Share of memcpy's rate"], lines)
+
+
+def control_of(rows, row):
+    return next(r for r in rows if r.kind == "threads" and r.ours == "control-2-threads"
+                and (r.function, r.size) == (row.function, row.size))
+
+
+def threads(rows):
+    lines = []
+    for r in rows:
+        if r.kind == "threads" and r.ours == "2-threads":
+            control = control_of(rows, r)
+            lines.append([f"`{r.function}`", r.size, number(r.median), middle_half(r), number(control.median),
+                          middle_half(control), number(r.ours_ns), number(r.other_ns)])
+    return table(["Function", "Size", "Ratio", "Middle half", "Control", "Its middle half", "ns/pixel on two", "ns/pixel on one"],
+                 lines)
+
+
+def calls(rows):
+    names = {"stub": "through the export", "direct": "direct", "empty": "empty function"}
+    lines = [[f"`{r.function}`", f"{names[r.ours]} less {names[r.other]}", number(r.median), middle_half(r)]
+             for r in rows if r.kind == "stub"]
+    return table(["Function", "Difference", "ns", "Middle half"], lines)
+
+
+def machine(facts):
+    names = {"processor": "Processor", "processors": "Processors", "compiler": "Compiler", "library": "kuvCV",
+             "peer": "Peer"}
+    return table(["", ""], [[names[key], value] for key, value in facts if key in names])
+
+
+def short(function):
+    return function.split("_", 1)[0].removeprefix("kuvi") + " " + function.split("_", 1)[1]
+
+
+def finish(figure, path):
+    figure.tight_layout()
+    figure.savefig(path, dpi=110, metadata={"Software": None})
+    plt.close(figure)
+
+
+def plot_demosaicing(rows, path):
+    """Nanoseconds per pixel, variants and peer side by side."""
+    functions = unique(r.function for r in rows if r.kind == "px" and "Demosaic" in r.function)
+    figure, axes = plt.subplots(1, max(1, len(functions)), figsize=(10, 4), sharey=True, squeeze=False)
+    for axis, function in zip(axes[0], functions):
+        for offset, size in zip((-0.2, 0.2), LARGE):
+            chosen = [r for r in rows if r.kind == "px" and (r.function, r.size) == (function, size)]
+            bars = {chosen[0].other: chosen[0].other_ns} if chosen else {}
+            bars |= {r.ours: r.ours_ns for r in chosen}
+            bars = {r.other: r.other_ns for r in rows if r.kind == "peer" and (r.function, r.size) == (function, size)} | bars
+            places = [i + offset for i in range(len(bars))]
+            axis.bar(places, bars.values(), 0.38, label=size)
+            for place, value in zip(places, bars.values()):
+                axis.text(place, value, number(value), ha="center", va="bottom", fontsize=7)
+            axis.set_xticks(range(len(bars)), bars.keys())
+        axis.margins(y=0.1)
+        axis.set_title(short(function), fontsize=10)
+        axis.legend()
+    axes[0][0].set_ylabel("ns per pixel, one thread")
+    finish(figure, path)
+
+
+def plot_ratios(rows, kind, name, label, path):
+    """A row for each function, case and size: the ratios on a logarithmic scale, with the middle half as a bar."""
+    chosen = [r for r in rows if r.kind == kind]
+    keys = unique((r.function, r.case, r.size) for r in chosen)
+    places = {key: len(keys) - i for i, key in enumerate(keys)}
+    figure, axis = plt.subplots(figsize=(10, 1.2 + 0.3 * len(keys)))
+    for each in unique(name(r) for r in chosen):
+        points = [r for r in chosen if name(r) == each]
+        medians = [r.median for r in points]
+        errors = [[r.median - r.low for r in points], [r.high - r.median for r in points]]
+        axis.errorbar(medians, [places[r.function, r.case, r.size] for r in points], xerr=errors, fmt="o", markersize=5,
+                      label=each)
+    axis.axvline(1, color="black", linewidth=0.8)
+    axis.set_xscale("log", base=2)
+    axis.xaxis.set_major_formatter(lambda value, _: f"{value:g}")
+    axis.set_yticks(list(places.values()), [f"{short(function)}, {case}, {size}" for function, case, size in keys], fontsize=8)
+    axis.grid(axis="x", alpha=0.4)
+    axis.set_xlabel(label)
+    axis.legend(fontsize=8)
+    finish(figure, path)
+
+
+def main(arguments):
+    if len(arguments) not in (1, 2):
+        sys.exit(__doc__)
+    facts, rows = read(arguments[0])
+    parts = {"machine": machine(facts), "aims": aims(rows), "peers": peers(rows), "variants": variants(rows),
+             "slower": slower(rows), "copies": copies(rows), "threads": threads(rows), "calls": calls(rows)}
+    titles = {"machine": "Machine", "aims": "Aims", "peers": "Against other libraries", "variants": "Variants against px",
+              "slower": "Where it is slower", "copies": "Against a copy", "threads": "Two threads against one",
+              "calls": "Cost of a call, in ns"}
+    for key, text in parts.items():
+        print(f"{titles[key]}\n\n{text}\n")
+    if len(arguments) == 1:
+        return
+
+    page = pathlib.Path(arguments[1])
+    images = page.parent / "images"
+    images.mkdir(parents=True, exist_ok=True)
+    plot_demosaicing(rows, images / "performance-demosaicing.png")
+    plot_ratios(rows, "peer", lambda r: f"{r.other} / {r.ours}", "peer's time / ours", images / "performance-peers.png")
+    plot_ratios(rows, "px", lambda r: r.ours, "px's time / the variant's", images / "performance-variants.png")
+    template = string.Template((pathlib.Path(__file__).parent / "performance.md.in").read_text())
+    page.write_text(template.substitute(parts | dict(facts)))
+    print(f"Written: {page}")
+
+
+if __name__ == "__main__":
+    main(sys.argv[1:])

@@ -1,0 +1,45 @@
+// Images with content like that of photographs: what a demosaicing or a labelling costs depends on it.
+#pragma once
+
+#include <cstddef>
+#include <cstdlib>
+#include <memory>
+#include <new>
+
+#include "kuvcv.h"
+
+namespace kuvbench {
+
+// Rows begin on 64-byte boundaries, or `offset` samples past them.
+template <class T>
+class Image {
+public:
+    explicit Image(KuviSize size, int channels = 1, int offset = 0)
+        : step_((std::size_t(size.width) * channels + offset) * sizeof(T)), offset_(offset) {
+        step_ = (step_ + 63) / 64 * 64;
+        memory_.reset(static_cast<char*>(std::aligned_alloc(64, step_ * size.height)));
+        if (!memory_) throw std::bad_alloc();
+    }
+
+    T* row(int index = 0) { return reinterpret_cast<T*>(memory_.get() + step_ * index) + offset_; }
+    Kuv32s step() const { return static_cast<Kuv32s>(step_); }
+
+private:
+    struct Free {
+        void operator()(char* memory) const { std::free(memory); }
+    };
+    std::size_t step_;
+    std::unique_ptr<char, Free> memory_;
+    int offset_;
+};
+
+// Signed values around 0, so that sums that are formed again and again stay finite.
+template <class T>
+void fillWithValues(Image<T>& image, KuviSize size, unsigned seed);
+
+// What a sensor sees of a scene with gradients, edges, fine stripes and a little noise, through the colour filters R G over G B.
+// The same scene in either depth.
+template <class T>
+void fillWithMosaic(Image<T>& image, KuviSize size);
+
+}  // namespace kuvbench
