@@ -18,8 +18,9 @@
 namespace kuv::KUV_VARIANT {
 namespace {
 
-constexpr ptrdiff_t demosaicLineBytes = 512;
-constexpr ptrdiff_t demosaicBandRows = 2048;
+constexpr ptrdiff_t demosaicLineBytes = 480;
+// Few enough that the pages of a band's rows stay known to the processor from tile to tile.
+constexpr ptrdiff_t demosaicBandRows = 256;
 
 // Where the running direction of a row starts afresh: at the region's left edge, and in the rows beside the central block, which
 // keeps off the image's border, at the edges of the block as well.
@@ -54,8 +55,8 @@ class VectorDemosaic {
     using Samples = DemosaicSamples<V>;
     using Wide = typename Samples::Wide;
     using Signed = typename Samples::Signed;
-    using Value = typename Samples::Value;
-    using Squares = typename Samples::Squares;
+    using Luminance = typename Samples::Luminance;
+    using Square = typename Samples::Square;
     static constexpr ptrdiff_t lanes = V::lanes;
     static constexpr ptrdiff_t positions = demosaicLineBytes / static_cast<ptrdiff_t>(sizeof(T));
     // A reach of up to 5 samples past a tile's columns goes on both sides.
@@ -74,17 +75,33 @@ class VectorDemosaic {
         alignas(32) T samples_[positions + 2 * padding];
     };
 
+    // One register of Wide values for each register of samples, of one parity each where it is named.
+    enum Parity { even, odd };
+
+    // Interpolated colours as pairs: green and the other colour at the sites of red or blue, the row's own colour and the other at
+    // green sites.
+    struct Colours {
+        Line atSite, atGreen;
+    };
+
+    struct ConvertedLines {
+        Line y, u[2], v[2];
+    };
+
+    struct DistanceLines {
+        Line luminance, chrominance[2];
+    };
+
     // What the rows of a tile leave for the rows below.
     struct Lines {
         Line raw[rawRows];
-        Line difference[differenceRows][2];  // raw - green at the sites of red or blue, widened, per direction
-        Line green[colourRows];              // of both directions in the two halves of each pair of positions
-        Line own[colourRows];                // the row's own colour at green sites, likewise
-        Line other[colourRows][2];           // the other colour, per direction
-        Line converted[2][3];                // Y, U, V per direction, of one row
-        Line luminanceAbove[2];              // distances between that row and the one above
-        Line chrominanceAbove[2][2];
+        Line difference[differenceRows][2];  // raw - green at the sites of red or blue, per direction
+        Colours colours[colourRows][2];      // per direction
+        ConvertedLines converted[2];         // of one row, per direction
+        DistanceLines right[2];              // between neighbours in the row above that one
+        DistanceLines below[2][2];           // between rows q and q + 1, per parity of q
         Line homogeneity[homogeneityRows];
+        Line homogeneitySum;                 // of those rows
     };
 
     template <int count>
@@ -118,16 +135,24 @@ private:
         y_ = y;
         columns_ = columns;
         end_ = columns + 2 * origin;
-        __builtin_memset(&lines_, 0, sizeof lines_);
+        findRestarts();
         const RedSite red = redSiteFrom(source_.red, x, y - 3);
         for (ptrdiff_t q = -2; q < 2; ++q) bringIn(q);
         for (ptrdiff_t q = 0; q < rows + 6; ++q) {
             bringIn(q + 2);
+            prefetchRow(source_.row(y - 3 + q + 3) + x, columns);
             const bool redRow = (q & 1) == red.row;
             const bool colourAtEven = redRow == (red.column == 0);
             colourAtEven ? interpolateGreen<true>(q) : interpolateGreen<false>(q);
             if (q >= 2) colourAtEven ? interpolateColours<false>(q - 1, !redRow) : interpolateColours<true>(q - 1, !redRow);
-            if (q >= 6) colourAtEven ? decide<false>(q - 3, !redRow) : decide<true>(q - 3, !redRow);
+            if (q >= 2) compare(q - 2);
+            if (q < 6) continue;
+            decide(q - 3);
+            if (colourAtEven) {
+                redRow ? write<false, false>(q - 3) : write<false, true>(q - 3);
+            } else {
+                redRow ? write<true, false>(q - 3) : write<true, true>(q - 3);
+            }
         }
     }
 
@@ -142,9 +167,9 @@ private:
         for (ptrdiff_t c = insideEnd; c < end; ++c) line[c - x_ + origin] = loadSample(row + reflect(c, last));
     }
 
-    template <bool even>
+    template <bool evenOnes>
     static KUV_INLINE Wide part(V v) {
-        if constexpr (even) {
+        if constexpr (evenOnes) {
             return Samples::even(v);
         } else {
             return Samples::odd(v);
@@ -185,32 +210,55 @@ private:
     static KUV_INLINE void putWide(Line& line, ptrdiff_t p, Wide value) { store(line.at(p), as<T>(value)); }
 
     struct Converted {
-        Value y, u, v;
+        Luminance y;
+        Wide u[2], v[2];
     };
 
     struct Distance {
         V luminance;
-        Squares chrominance;
+        Square chrominance[2];
     };
 
+    static KUV_INLINE Luminance luminanceAt(const Line& line, ptrdiff_t p) { return as<typename Luminance::Lane>(load<V>(line.at(p))); }
+    static KUV_INLINE Square squareAt(const Line& line, ptrdiff_t p) { return as<typename Square::Lane>(load<V>(line.at(p))); }
+
+    static KUV_INLINE Converted get(const ConvertedLines& lines, ptrdiff_t p) {
+        return {luminanceAt(lines.y, p), {wide(lines.u[even], p), wide(lines.u[odd], p)}, {wide(lines.v[even], p), wide(lines.v[odd], p)}};
+    }
+    static KUV_INLINE void put(ConvertedLines& lines, ptrdiff_t p, const Converted& c) {
+        store(lines.y.at(p), as<T>(c.y));
+        putWide(lines.u[even], p, c.u[even]);
+        putWide(lines.u[odd], p, c.u[odd]);
+        putWide(lines.v[even], p, c.v[even]);
+        putWide(lines.v[odd], p, c.v[odd]);
+    }
+    static KUV_INLINE Distance get(const DistanceLines& lines, ptrdiff_t p) {
+        return {load<V>(lines.luminance.at(p)), {squareAt(lines.chrominance[even], p), squareAt(lines.chrominance[odd], p)}};
+    }
+    static KUV_INLINE void put(DistanceLines& lines, ptrdiff_t p, const Distance& d) {
+        store(lines.luminance.at(p), d.luminance);
+        store(lines.chrominance[even].at(p), as<T>(d.chrominance[even]));
+        store(lines.chrominance[odd].at(p), as<T>(d.chrominance[odd]));
+    }
+
     static KUV_INLINE Distance distance(const Converted& a, const Converted& b) {
-        return {absoluteDifference(a.y, b.y), Samples::squaredDistance(absoluteDifference(a.u, b.u), absoluteDifference(a.v, b.v))};
+        const auto square = [&](Parity i) { return Samples::squaredDistance(sub(a.u[i], b.u[i]), sub(a.v[i], b.v[i])); };
+        return {absoluteDifference(a.y, b.y), {square(even), square(odd)}};
     }
-
-    static KUV_INLINE Converted converted(const Line (&lines)[3], ptrdiff_t p) {
-        const auto one = [p](const Line& line) { return as<typename Value::Lane>(load<V>(line.at(p))); };
-        return {one(lines[0]), one(lines[1]), one(lines[2])};
+    static KUV_INLINE Distance smaller(const Distance& a, const Distance& b) {
+        return {minimum(a.luminance, b.luminance),
+                {minimum(a.chrominance[even], b.chrominance[even]), minimum(a.chrominance[odd], b.chrominance[odd])}};
     }
-
-    static KUV_INLINE Squares smaller(Squares a, Squares b) { return {minimum(a.low, b.low), minimum(a.high, b.high)}; }
-    static KUV_INLINE Squares larger(Squares a, Squares b) { return {maximum(a.low, b.low), maximum(a.high, b.high)}; }
+    static KUV_INLINE Distance larger(const Distance& a, const Distance& b) {
+        return {maximum(a.luminance, b.luminance),
+                {maximum(a.chrominance[even], b.chrominance[even]), maximum(a.chrominance[odd], b.chrominance[odd])}};
+    }
 
     // All ones where both distances are within the thresholds.
     static KUV_INLINE Signed within(const Distance& d, const Distance& threshold) {
-        const Signed beyond = pack(greater(d.chrominance.low, threshold.chrominance.low),
-                                   greater(d.chrominance.high, threshold.chrominance.high));
-        const V none = fill<V>(0);
-        return bitAndNot(beyond, as<typename Signed::Lane>(equal(subSaturated(d.luminance, threshold.luminance), none)));
+        const V chrominance = Samples::whereBeyond(d.chrominance, threshold.chrominance);
+        const V beyond = bitOr(chrominance, subSaturated(d.luminance, threshold.luminance));  // where not 0
+        return as<typename Signed::Lane>(equal(beyond, fill<V>(0)));
     }
 
     struct Neighbours {
@@ -221,149 +269,160 @@ private:
         }
     };
 
-    // Completes red and blue of row q in both directions, converts the row, and compares the directions in row q - 1, whose
-    // neighbours are all there now.
+    static KUV_INLINE V pair(Wide low, Wide high) { return interleaveHalves(packUnsigned(low, high)); }
+
+    // Completes red and blue of row q in both directions and converts the row. Leaves the distances of row q - 1 to the right and
+    // to row q.
     template <bool colourAtEven>
     void interpolateColours(ptrdiff_t q, bool redRow) {
+        constexpr Parity site = colourAtEven ? even : odd, greenSite = colourAtEven ? odd : even;
+        constexpr ptrdiff_t beside = colourAtEven ? -2 : 2;  // the pair with the other diagonal neighbours
         const T* const raw = lines_.raw[slot<rawRows>(q)].at(0);
         const auto& above = lines_.difference[slot<differenceRows>(q - 1)];
         const auto& here = lines_.difference[slot<differenceRows>(q)];
         const auto& below = lines_.difference[slot<differenceRows>(q + 1)];
-        const int slotHere = slot<colourRows>(q);
-        T* const green = lines_.green[slotHere].at(0);
-        T* const own = lines_.own[slotHere].at(0);
-        auto& other = lines_.other[slotHere];
-        T* const homogeneity = lines_.homogeneity[slot<homogeneityRows>(q - 1)].at(0);
-        const typename Samples::Conversion conversion(redRow);
-        constexpr ptrdiff_t beside = colourAtEven ? -2 : 2;  // the pair with the other diagonal neighbours
-        Distance leftOf[2] = {};                             // the last register's distances to the right
+        auto& colours = lines_.colours[slot<colourRows>(q)];
+        auto& down = lines_.below[slot<2>(q - 1)];
+        const Colour own = redRow ? &ColourWeights::red : &ColourWeights::blue;
+        const Colour other = redRow ? &ColourWeights::blue : &ColourWeights::red;
+        const typename Samples::Conversion convertSite(&ColourWeights::green, other, own);
+        const typename Samples::Conversion convertGreen(own, other, &ColourWeights::green);
         for (ptrdiff_t p = 0; p < end_; p += lanes) {
             const V mosaic = load<V>(raw + p);
-            const Wide site = part<colourAtEven>(mosaic), greenSite = part<!colourAtEven>(mosaic);
-            Wide greens[2], owns[2];
-            Neighbours neighbours[2];
+            const Wide sites = part<colourAtEven>(mosaic), greens = part<!colourAtEven>(mosaic);
+            const auto siteSums = convertSite(sites), greenSums = convertGreen(greens);
 #pragma GCC unroll 2
             for (const Direction d : directions) {
                 const Wide vertical = add(wide(above[d], p), wide(below[d], p));
                 const Wide diagonal = add(vertical, add(wide(above[d], p + beside), wide(below[d], p + beside)));
                 const Wide horizontal = add(wide(here[d], p), wide(here[d], p - beside));
-                greens[d] = sub(site, wide(here[d], p));
-                const Wide otherAtSite = Samples::saturated(add(greens[d], shiftRight<2>(diagonal)));
-                const Wide otherAtGreen = Samples::saturated(add(greenSite, shiftRight<1>(vertical)));
-                owns[d] = Samples::saturated(add(greenSite, shiftRight<1>(horizontal)));
-                store(other[d].at(p), colourAtEven ? Samples::merge(otherAtSite, otherAtGreen)
-                                                    : Samples::merge(otherAtGreen, otherAtSite));
+                const Wide green = sub(sites, wide(here[d], p));
+                const V atSite = pair(green, add(green, shiftRight<2>(diagonal)));
+                const V atGreen = pair(add(greens, shiftRight<1>(horizontal)), add(greens, shiftRight<1>(vertical)));
+                store(colours[d].atSite.at(p), atSite);
+                store(colours[d].atGreen.at(p), atGreen);
 
-                const auto atSite = conversion(site, otherAtSite, greens[d]);
-                const auto atGreen = conversion(owns[d], otherAtGreen, greenSite);
-                const auto& even = colourAtEven ? atSite : atGreen;
-                const auto& odd = colourAtEven ? atGreen : atSite;
-                const Converted now = {Samples::mergeLuminance(even.y, odd.y), Samples::mergeChrominance(even.u, odd.u),
-                                       Samples::mergeChrominance(even.v, odd.v)};
+                const auto atSiteSums = convertSite(atSite, siteSums), atGreenSums = convertGreen(atGreen, greenSums);
+                Converted now;
+                now.y = colourAtEven ? Samples::mergeLuminance(atSiteSums.y, atGreenSums.y)
+                                     : Samples::mergeLuminance(atGreenSums.y, atSiteSums.y);
+                now.u[site] = shiftRight<conversionShift>(atSiteSums.u);
+                now.v[site] = shiftRight<conversionShift>(atSiteSums.v);
+                now.u[greenSite] = shiftRight<conversionShift>(atGreenSums.u);
+                now.v[greenSite] = shiftRight<conversionShift>(atGreenSums.v);
 
-                auto& lines = lines_.converted[d];
-                const Converted centre = converted(lines, p);
-                Neighbours& to = neighbours[d];
-                to.right = distance(centre, converted(lines, p + 1));
-                to.left = {moveUp(leftOf[d].luminance, to.right.luminance),
-                           moveUp(leftOf[d].chrominance.high, to.right.chrominance)};
-                leftOf[d] = to.right;
-                to.down = distance(centre, now);
-                to.up = {load<V>(lines_.luminanceAbove[d].at(p)),
-                         {load<typename Samples::Square>(squares(lines_.chrominanceAbove[d][0], p)),
-                          load<typename Samples::Square>(squares(lines_.chrominanceAbove[d][1], p))}};
-                store(lines_.luminanceAbove[d].at(p), to.down.luminance);
-                store(squares(lines_.chrominanceAbove[d][0], p), to.down.chrominance.low);
-                store(squares(lines_.chrominanceAbove[d][1], p), to.down.chrominance.high);
-                store(lines[0].at(p), as<T>(now.y));
-                store(lines[1].at(p), as<T>(now.u));
-                store(lines[2].at(p), as<T>(now.v));
+                ConvertedLines& lines = lines_.converted[d];
+                const Converted last = get(lines, p);
+                const Converted next = {luminanceAt(lines.y, p + 1),
+                                        {last.u[odd], wide(lines.u[even], p + 2)},
+                                        {last.v[odd], wide(lines.v[even], p + 2)}};
+                put(lines_.right[d], p, distance(last, next));
+                put(down[d], p, distance(last, now));
+                put(lines, p, now);
             }
-            store(green + p, Samples::merge(greens[alongRows], greens[alongColumns]));
-            store(own + p, Samples::merge(owns[alongRows], owns[alongColumns]));
-
-            const Neighbours& h = neighbours[alongRows];
-            const Neighbours& v = neighbours[alongColumns];
-            const Distance threshold = {
-                minimum(maximum(h.left.luminance, h.right.luminance), maximum(v.up.luminance, v.down.luminance)),
-                smaller(larger(h.left.chrominance, h.right.chrominance), larger(v.up.chrominance, v.down.chrominance))};
-            store(homogeneity + p, as<T>(sub(v.homogeneous(threshold), h.homogeneous(threshold))));
         }
     }
 
-    static KUV_INLINE typename Samples::Square::Lane* squares(Line& line, ptrdiff_t p) {
-        return reinterpret_cast<typename Samples::Square::Lane*>(line.at(p));
+    KUV_INLINE void findNeighbours(Neighbours& to, Direction d, ptrdiff_t q, ptrdiff_t p) const {
+        const DistanceLines& rights = lines_.right[d];
+        to.right = get(rights, p);
+        to.left = {load<V>(rights.luminance.at(p - 1)), {squareAt(rights.chrominance[odd], p - 2), to.right.chrominance[even]}};
+        to.up = get(lines_.below[slot<2>(q - 1)][d], p);
+        to.down = get(lines_.below[slot<2>(q)][d], p);
     }
 
-    // Writes the pixels of row q. Directions are bits here, 1 for columns: a set bit is carried through the undecided pixels that
-    // follow it by an addition, whose carry runs through their run of ones and clears it.
-    template <bool colourAtEven>
-    void decide(ptrdiff_t q, bool redRow) {
+    // Compares the directions in row q.
+    void compare(ptrdiff_t q) {
+        Line& homogeneity = lines_.homogeneity[slot<homogeneityRows>(q)];
+        const Line& homogeneityAbove = lines_.homogeneity[slot<homogeneityRows>(q - 1)];
+        const Line& homogeneityAbove2 = lines_.homogeneity[slot<homogeneityRows>(q - 2)];
+        for (ptrdiff_t p = 0; p < end_; p += lanes) {
+            Neighbours h, v;
+            findNeighbours(h, alongRows, q, p);
+            findNeighbours(v, alongColumns, q, p);
+            const Distance threshold = smaller(larger(h.left, h.right), larger(v.up, v.down));
+            const Signed difference = sub(v.homogeneous(threshold), h.homogeneous(threshold));
+            store(homogeneity.at(p), as<T>(difference));
+            const auto one = [&](const Line& line) { return as<typename Signed::Lane>(load<V>(line.at(p))); };
+            store(lines_.homogeneitySum.at(p), as<T>(add(add(one(homogeneityAbove), one(homogeneityAbove2)), difference)));
+        }
+    }
+
+    // Bit b of these words stands for byte b of a register.
+    using Bits = Kuv32u;
+    using Bytes = Vector<Kuv8u, V::bytes>;
+
+    // Finds the directions of row q, 1 for columns. A set bit is carried through the undecided pixels that follow it by an addition,
+    // whose carry runs through their run of ones and clears it.
+    void decide(ptrdiff_t q) {
         const ptrdiff_t row = q - 3;
-        const int slotHere = slot<colourRows>(q);
-        const T* const raw = lines_.raw[slot<rawRows>(q)].at(0);
-        const T* const green = lines_.green[slotHere].at(0);
-        const T* const own = lines_.own[slotHere].at(0);
-        const auto& other = lines_.other[slotHere];
-        T* const out = rowAt(target_.pixels, target_.step, y_ + row - target_.y) + 3 * (x_ - target_.x);
-        Kuv32u carried = columnsAtEdge_[row];
-        for (ptrdiff_t column = 0; column < columns_; column += lanes) {
+        const bool inBlock = y_ + row >= restarts_.firstRow && y_ + row < restarts_.endRow;
+        const auto sumAt = [&](ptrdiff_t p) { return as<typename Signed::Lane>(load<V>(lines_.homogeneitySum.at(p))); };
+        const Signed none = as<typename Signed::Lane>(fill<V>(0));
+        const Bits restarts = inBlock ? ~Bits{0} : 0;
+        Bits carried = columnsAtEdge_[row], taken = 0;
+        ptrdiff_t column = 0;
+        for (; column < columns_; column += lanes) {
             const ptrdiff_t p = origin + column;
-            const Signed sum = homogeneitySum(p);
-            const Signed none = as<typename Signed::Lane>(fill<V>(0));
-            const Kuv32u columns = bitsOf(greater(none, sum));
-            const Kuv32u undecided = bitsOf(equal(none, sum)) & ~restartBits(row, column);
-            const Kuv32u starts = (columns << 1 | carried) & undecided;
-            const Kuv32u taken = columns | (undecided & ~(undecided + starts));
-            const ptrdiff_t count = columns_ - column < lanes ? columns_ - column : lanes;
-            carried = taken >> (count - 1) & 1;
+            const Signed sum = add(add(sumAt(p - 1), sumAt(p)), sumAt(p + 1));
+            const Bits columns = bitsOf(as<Kuv8u>(greater(none, sum)));
+            const Bits undecided = bitsOf(as<Kuv8u>(equal(none, sum))) & ~(restarts & restartBits_[column / lanes]);
+            const Bits starts = (columns << 1 | carried) & undecided;
+            taken = columns | (undecided & ~(undecided + starts));
+            carried = taken >> (V::bytes - 1) & 1;
+            takenBits_[column / lanes] = taken;
+        }
+        const ptrdiff_t lastLane = lanes - 1 - (column - columns_);
+        columnsAtEdge_[row] = taken >> (lastLane * static_cast<ptrdiff_t>(sizeof(T))) & 1;
+    }
 
-            const V mask = maskOf<V>(taken);
-            const V mosaic = load<V>(raw + p);
-            const V greens = choose<colourAtEven>(mask, load<V>(green + p), mosaic);
-            const V owns = choose<!colourAtEven>(mask, load<V>(own + p), mosaic);
-            const V others = select(mask, load<V>(other[alongColumns].at(p)), load<V>(other[alongRows].at(p)));
-            const V reds = redRow ? owns : others, blues = redRow ? others : owns;
-            if (count == lanes) {
-                storeInterleaved3(out + 3 * column, reds, greens, blues);
-            } else {
-                T rest[3 * lanes];
-                storeInterleaved3(rest, reds, greens, blues);
-                __builtin_memcpy(out + 3 * column, rest, 3 * static_cast<size_t>(count) * sizeof(T));
+    template <bool colourAtEven, bool redRow>
+    void write(ptrdiff_t q) {
+        const auto output = [&](ptrdiff_t r) { return rowAt(target_.pixels, target_.step, y_ + r - target_.y) + 3 * (x_ - target_.x); };
+        T* const out = output(q - 3);
+        prefetchRow(output(q - 2), 3 * columns_);
+        ptrdiff_t column = 0;
+        for (; column <= columns_ - lanes; column += lanes) writePixels<colourAtEven, redRow>(out + 3 * column, q, column);
+        if (const ptrdiff_t rest = columns_ - column; rest > 0) {
+            T pixels[3 * lanes];
+            writePixels<colourAtEven, redRow>(pixels, q, column);
+            __builtin_memcpy(out + 3 * column, pixels, 3 * static_cast<size_t>(rest) * sizeof(T));
+        }
+    }
+
+    template <bool colourAtEven, bool redRow>
+    KUV_INLINE void writePixels(T* to, ptrdiff_t q, ptrdiff_t column) const {
+        const ptrdiff_t p = origin + column;
+        const auto& colours = lines_.colours[slot<colourRows>(q)];
+        const auto lower = [](Wide v) { return part<true>(as<T>(v)); };
+        const auto lowerMovedUp = [](Wide v) { return shiftLeft<Samples::bits>(v); };
+        const auto upper = [](Wide v) { return Samples::upperHalves(v); };
+        const auto upperMovedDown = [](Wide v) { return part<false>(as<T>(v)); };
+        const auto merge = [](Wide evens, Wide odds) { return as<T>(bitOr(evens, odds)); };
+
+        const Wide byColumns = as<typename Wide::Lane>(maskOf<Bytes>(takenBits_[column / lanes]));
+        const Wide evenByColumns = shiftRight<Samples::bits>(lowerMovedUp(byColumns)), oddByColumns = shiftRight<Samples::bits>(byColumns);
+        const Wide site = select(colourAtEven ? evenByColumns : oddByColumns, wide(colours[alongColumns].atSite, p),
+                                 wide(colours[alongRows].atSite, p));
+        const Wide greenSite = select(colourAtEven ? oddByColumns : evenByColumns, wide(colours[alongColumns].atGreen, p),
+                                      wide(colours[alongRows].atGreen, p));
+        const Wide mosaic = wide(lines_.raw[slot<rawRows>(q)], p);
+        const V own = colourAtEven ? merge(lower(mosaic), lowerMovedUp(greenSite)) : merge(lower(greenSite), upper(mosaic));
+        const V green = colourAtEven ? merge(lower(site), upper(mosaic)) : merge(lower(mosaic), lowerMovedUp(site));
+        const V other = colourAtEven ? merge(upperMovedDown(site), upper(greenSite)) : merge(upperMovedDown(greenSite), upper(site));
+        storeInterleaved3(to, redRow ? own : other, green, redRow ? other : own);
+    }
+
+    // Of each register of the tile, the lanes at which the running direction starts afresh in the rows of the block.
+    void findRestarts() {
+        constexpr Bits lane = sizeof(T) == 1 ? 1 : 3;
+        for (ptrdiff_t column = 0; column < columns_; column += lanes) {
+            Bits bits = 0;
+            for (const ptrdiff_t each : restarts_.columns) {
+                const ptrdiff_t at = each - x_ - column;
+                if (at >= 0 && at < lanes) bits |= lane << at * static_cast<ptrdiff_t>(sizeof(T));
             }
-        }
-        columnsAtEdge_[row] = static_cast<Kuv8u>(carried);
-    }
-
-    // S of the lanes from position p on; ring slots do not matter to a sum.
-    KUV_INLINE Signed homogeneitySum(ptrdiff_t p) const {
-        const auto columnSum = [&](ptrdiff_t at) {
-            const auto one = [&](int row) { return as<typename Signed::Lane>(load<V>(lines_.homogeneity[row].at(at))); };
-            return add(add(one(0), one(1)), one(2));
-        };
-        return add(add(columnSum(p - 1), columnSum(p)), columnSum(p + 1));
-    }
-
-    // Bits of the columns from `column` on at which the running direction starts afresh.
-    Kuv32u restartBits(ptrdiff_t row, ptrdiff_t column) const {
-        const ptrdiff_t r = y_ + row;
-        if (r < restarts_.firstRow || r >= restarts_.endRow) return 0;
-        Kuv32u bits = 0;
-        for (const ptrdiff_t each : restarts_.columns) {
-            const ptrdiff_t lane = each - x_ - column;
-            if (lane >= 0 && lane < lanes) bits |= Kuv32u{1} << lane;
-        }
-        return bits;
-    }
-
-    // Even (odd) samples from a line that holds both directions in each pair of positions, the others from the mosaic.
-    template <bool atEven>
-    static KUV_INLINE V choose(V mask, V both, V mosaic) {
-        const V paritySites = Samples::evenSites();
-        if constexpr (atEven) {
-            return select(paritySites, select(mask, Samples::oddToEven(both), both), mosaic);
-        } else {
-            return select(paritySites, mosaic, select(mask, both, Samples::evenToOdd(both)));
+            restartBits_[column / lanes] = bits;
         }
     }
 
@@ -372,7 +431,8 @@ private:
     const DemosaicRestarts restarts_;
     ptrdiff_t x_ = 0, y_ = 0, columns_ = 0, end_ = 0;  // the tile
     Kuv8u columnsAtEdge_[demosaicBandRows];            // per row: the direction that the tile to the left ended on
-    Lines lines_;
+    Bits restartBits_[positions / lanes], takenBits_[positions / lanes];
+    Lines lines_ = {};
 };
 
 template <class T>

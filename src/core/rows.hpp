@@ -20,6 +20,14 @@ KUV_INLINE T* rowAt(T* image, ptrdiff_t step, ptrdiff_t row) {
     return reinterpret_cast<T*>(reinterpret_cast<ByteOf<T>*>(image) + step * row);
 }
 
+// Asks for memory that is needed in about a microsecond: rows of a tile lie too far apart for the processor to foresee them.
+template <class T>
+KUV_INLINE void prefetchRow(const T* row, ptrdiff_t samples) {
+    const char* const bytes = reinterpret_cast<const char*>(row);
+    constexpr int toRead = 0, secondLevelCache = 2;
+    for (ptrdiff_t i = 0; i < samples * static_cast<ptrdiff_t>(sizeof(T)); i += 64) __builtin_prefetch(bytes + i, toRead, secondLevelCache);
+}
+
 template <class T>
 KUV_INLINE T loadSample(const T* address) {
     T value;

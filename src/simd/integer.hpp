@@ -28,8 +28,6 @@ KUV_BINARY(subSaturated, Kuv8u, Kuv8u, subs_epu8)
 KUV_BINARY(subSaturated, Kuv16u, Kuv16u, subs_epu16)
 
 KUV_BINARY(multiplyLow, Kuv16s, Kuv16s, mullo_epi16)
-KUV_BINARY(multiplyLow, Kuv16u, Kuv16u, mullo_epi16)
-KUV_BINARY(multiplyHigh, Kuv16u, Kuv16u, mulhi_epu16)
 
 // Lane i of the result: a[2i] * b[2i] + a[2i + 1] * b[2i + 1].
 KUV_BINARY(multiplyAddPairs, Kuv16s, Kuv32s, madd_epi16)
@@ -43,15 +41,8 @@ KUV_BINARY(greater, Kuv8s, Kuv8s, cmpgt_epi8)
 KUV_BINARY(greater, Kuv16s, Kuv16s, cmpgt_epi16)
 KUV_BINARY(greater, Kuv32s, Kuv32s, cmpgt_epi32)
 
-// The lower (upper) halves of each 16 bytes of a and b, lane by lane in turn, a first.
-KUV_BINARY(interleaveLow, Kuv8u, Kuv8u, unpacklo_epi8)
-KUV_BINARY(interleaveLow, Kuv16u, Kuv16u, unpacklo_epi16)
-KUV_BINARY(interleaveHigh, Kuv8u, Kuv8u, unpackhi_epi8)
-KUV_BINARY(interleaveHigh, Kuv16u, Kuv16u, unpackhi_epi16)
-
-// Lanes of half the width with signed saturation, each 16 bytes of a before the same of b. Masks stay masks.
+// Lanes of half the width with signed saturation, each 16 bytes of a before the same of b.
 KUV_BINARY(pack, Kuv16s, Kuv8s, packs_epi16)
-KUV_BINARY(pack, Kuv32s, Kuv16s, packs_epi32)
 
 #undef KUV_BINARY
 
@@ -150,6 +141,58 @@ KUV_INLINE Vector<Kuv16s, bytes> multiplyAddPairs(Vector<Kuv8u, bytes> a, Vector
     }
 }
 
+// The lower 32 bits of the products.
+template <int bytes>
+KUV_INLINE Vector<Kuv32s, bytes> multiplyLow(Vector<Kuv32s, bytes> a, Vector<Kuv32s, bytes> b) {
+    if constexpr (bytes == 32) {
+        KUV_AVX2(return {_mm256_mullo_epi32(a.raw, b.raw)};)
+    } else if constexpr (hasSSE41) {
+        return {_mm_mullo_epi32(a.raw, b.raw)};
+    } else {
+        const __m128i even = _mm_mul_epu32(a.raw, b.raw);
+        const __m128i odd = _mm_mul_epu32(_mm_srli_epi64(a.raw, 32), _mm_srli_epi64(b.raw, 32));
+        return {_mm_unpacklo_epi32(_mm_shuffle_epi32(even, 0x08), _mm_shuffle_epi32(odd, 0x08))};
+    }
+}
+
+// Lanes of half the width with unsigned saturation, each 16 bytes of a before the same of b.
+template <int bytes>
+KUV_INLINE Vector<Kuv8u, bytes> packUnsigned(Vector<Kuv16s, bytes> a, Vector<Kuv16s, bytes> b) {
+    if constexpr (bytes == 32) {
+        KUV_AVX2(return {_mm256_packus_epi16(a.raw, b.raw)};)
+    } else {
+        return {_mm_packus_epi16(a.raw, b.raw)};
+    }
+}
+template <int bytes>
+KUV_INLINE Vector<Kuv16u, bytes> packUnsigned(Vector<Kuv32s, bytes> a, Vector<Kuv32s, bytes> b) {
+    if constexpr (bytes == 32) {
+        KUV_AVX2(return {_mm256_packus_epi32(a.raw, b.raw)};)
+    } else if constexpr (hasSSE41) {
+        return {_mm_packus_epi32(a.raw, b.raw)};
+    } else {
+        // Saturated as signed lanes less 32768; lanes below -2^31 + 32768 would wrap around.
+        const auto less = [](Vector<Kuv32s, bytes> v) { return _mm_sub_epi32(v.raw, _mm_set1_epi32(32768)); };
+        return {_mm_xor_si128(_mm_packs_epi32(less(a), less(b)), _mm_set1_epi16(-32768))};
+    }
+}
+
+// Within each 16 bytes, the lanes of the lower and of the upper half in turn.
+template <class T, int bytes>
+KUV_INLINE Vector<T, bytes> interleaveHalves(Vector<T, bytes> v) {
+    static_assert(sizeof(T) <= 2);
+    constexpr Kuv64s order[2] = {sizeof(T) == 1 ? 0x0B030A0209010800 : 0x0B0A030209080100,
+                                 sizeof(T) == 1 ? 0x0F070E060D050C04 : 0x0F0E07060D0C0504};
+    if constexpr (bytes == 32) {
+        KUV_AVX2(return {_mm256_shuffle_epi8(v.raw, _mm256_setr_epi64x(order[0], order[1], order[0], order[1]))};)
+    } else if constexpr (hasSSSE3) {
+        return {_mm_shuffle_epi8(v.raw, _mm_set_epi64x(order[1], order[0]))};
+    } else {
+        const __m128i upper = _mm_srli_si128(v.raw, 8);
+        return {sizeof(T) == 1 ? _mm_unpacklo_epi8(v.raw, upper) : _mm_unpacklo_epi16(v.raw, upper)};
+    }
+}
+
 // Even lanes from a, odd lanes from b.
 template <int bytes>
 KUV_INLINE Vector<Kuv16u, bytes> mergeEvenOdd(Vector<Kuv16u, bytes> a, Vector<Kuv16u, bytes> b) {
@@ -162,39 +205,6 @@ KUV_INLINE Vector<Kuv16u, bytes> mergeEvenOdd(Vector<Kuv16u, bytes> a, Vector<Ku
         return bitOr(bitAnd(even, a), bitAndNot(even, b));
     }
 }
-
-// The last lane of before, then all lanes of v but the last: v moved up by one lane.
-template <class T>
-KUV_INLINE Vector<T, 16> moveUp(Vector<T, 16> before, Vector<T, 16> v) {
-    constexpr int size = sizeof(T);
-    if constexpr (hasSSSE3) {
-        return {_mm_alignr_epi8(v.raw, before.raw, 16 - size)};
-    } else {
-        return {_mm_or_si128(_mm_slli_si128(v.raw, size), _mm_srli_si128(before.raw, 16 - size))};
-    }
-}
-KUV_AVX2(template <class T> KUV_INLINE Vector<T, 32> moveUp(Vector<T, 32> before, Vector<T, 32> v) {
-    constexpr int size = sizeof(T);
-    const __m256i lower = _mm256_permute2x128_si256(before.raw, v.raw, 0x21);
-    return {_mm256_alignr_epi8(v.raw, lower, 16 - size)};
-})
-
-// Samples widened to twice their size: low holds the lower half of each 16 bytes, high the upper half.
-template <class V>
-struct Widened {
-    V low, high;
-};
-
-// moveUp on the samples that a pair of widened vectors stands for.
-template <class T>
-KUV_INLINE Widened<Vector<T, 16>> moveUp(Vector<T, 16> highBefore, Widened<Vector<T, 16>> v) {
-    return {moveUp(highBefore, v.low), moveUp(v.low, v.high)};
-}
-KUV_AVX2(template <class T> KUV_INLINE Widened<Vector<T, 32>> moveUp(Vector<T, 32> highBefore, Widened<Vector<T, 32>> v) {
-    constexpr int size = sizeof(T);
-    const __m256i lower = _mm256_permute2x128_si256(highBefore.raw, v.high.raw, 0x21);
-    return {{_mm256_alignr_epi8(v.low.raw, lower, 16 - size)}, {_mm256_alignr_epi8(v.high.raw, v.low.raw, 16 - size)}};
-})
 
 }  // namespace
 }  // namespace kuv::KUV_VARIANT

@@ -3,9 +3,9 @@
 // A Vector<T, bytes> holds bytes / sizeof(T) lanes of type T. Native<T> is the widest one that the variant's set computes on: 32
 // bytes for integers from AVX2 on, for floating point from AVX on, else 16.
 //
-// Operations whose lanes would have to cross the middle of a 32-byte register (interleaving, packing) work on its two 16-byte
-// halves separately, as the instructions do. Widening with interleaveLow and interleaveHigh and packing again are inverse to
-// each other, so kernels seldom see the difference.
+// Operations whose lanes would have to cross the middle of a 32-byte register (packing, interleaving) work on its two 16-byte
+// halves separately, as the instructions do. Packing two registers and interleaving the halves leaves lanes in their order, so
+// kernels seldom see the difference.
 #pragma once
 
 #include <immintrin.h>
