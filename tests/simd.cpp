@@ -1,0 +1,286 @@
+// The operations of the vector layer against scalar code, in every variant and register width.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <map>
+#include <set>
+
+#include "support/images.hpp"
+#include "support/simd_operations.hpp"
+#include "support/variants.hpp"
+
+namespace {
+
+using namespace kuvtest;
+
+using In = const unsigned char*;
+using Out = unsigned char*;
+using Reference = std::function<void(In a, In b, In c, int registerBytes, Out result)>;
+
+template <class T>
+int lanesIn(int bytes) { return bytes / static_cast<int>(sizeof(T)); }
+
+// result[i] = f(a[i], b[i], c[i]), computed without loss and then cut to R.
+template <class T, class R = T, class F>
+Reference eachLane(F f) {
+    return [f](In a, In b, In c, int bytes, Out result) {
+        for (int i = 0; i < lanesIn<T>(bytes); ++i) {
+            store(result, i, static_cast<R>(f(std::int64_t{load<T>(a, i)}, std::int64_t{load<T>(b, i)}, std::int64_t{load<T>(c, i)})));
+        }
+    };
+}
+template <class T, class R = T, class F>
+Reference binary(F f) {
+    return eachLane<T, R>([f](std::int64_t a, std::int64_t b, std::int64_t) { return f(a, b); });
+}
+
+// Both halves of each 16 bytes of the result, from f of 16 bytes of a and of b.
+template <class T, class R>
+Reference packed() {
+    return [](In a, In b, In, int bytes, Out result) {
+        constexpr int n = 16 / sizeof(T);
+        const auto limited = [](std::int64_t v) {
+            return static_cast<R>(std::clamp<std::int64_t>(v, std::numeric_limits<R>::min(), std::numeric_limits<R>::max()));
+        };
+        for (int half = 0; half < bytes / 16; ++half) {
+            for (int i = 0; i < n; ++i) {
+                const int shift = sizeof(T) == 4 ? 1 : 0;
+                store(result, half * 2 * n + i, limited(load<T>(a, half * n + i) >> shift));
+                store(result, half * 2 * n + n + i, limited(load<T>(b, half * n + i) >> shift));
+            }
+        }
+    };
+}
+
+template <class T>
+Reference halvesInterleaved() {
+    return [](In a, In, In, int bytes, Out result) {
+        constexpr int n = 16 / sizeof(T);
+        for (int i = 0; i < lanesIn<T>(bytes); ++i) {
+            const int place = i % n;
+            store(result, i, load<T>(a, i - place + place / 2 + place % 2 * n / 2));
+        }
+    };
+}
+
+template <class T>
+Reference interleaved3() {
+    return [](In a, In b, In c, int bytes, Out result) {
+        for (int i = 0; i < lanesIn<T>(bytes); ++i) {
+            store(result, 3 * i, load<T>(a, i));
+            store(result, 3 * i + 1, load<T>(b, i));
+            store(result, 3 * i + 2, load<T>(c, i));
+        }
+    };
+}
+
+template <class T>
+Reference filled() {
+    return [](In a, In, In, int bytes, Out result) {
+        for (int i = 0; i < lanesIn<T>(bytes); ++i) store(result, i, load<T>(a));
+    };
+}
+
+void addReal(In a, In b, In, int bytes, Out result) {
+    for (int i = 0; i < lanesIn<float>(bytes); ++i) {
+        const float x = load<float>(a, i), y = load<float>(b, i);
+        if (std::isnan(x) || std::isnan(y)) {
+            const auto bits = load<std::uint32_t>(std::isnan(x) ? a : b, i);
+            store(result, i, bits | 0x00400000);  // made quiet
+        } else {
+            store(result, i, x + y);
+        }
+    }
+}
+
+void multiplyAddPairsOfBytes(In a, In b, In, int bytes, Out result) {
+    for (int i = 0; i < bytes / 2; ++i) {
+        const auto product = [&](int j) { return a[j] * ((b[j] & 0x7F) - 64); };
+        store(result, i, static_cast<std::int16_t>(product(2 * i) + product(2 * i + 1)));
+    }
+}
+void multiplyAddPairsOfWords(In a, In b, In, int bytes, Out result) {
+    for (int i = 0; i < bytes / 4; ++i) {
+        const auto product = [&](int j) { return std::int64_t{load<Kuv16s>(a, j)} * load<Kuv16s>(b, j); };
+        store(result, i, static_cast<std::int32_t>(product(2 * i) + product(2 * i + 1)));
+    }
+}
+
+template <class T>
+auto lowProduct() { return binary<T>([](auto a, auto b) { return a * b; }); }
+template <class T>
+auto sum() { return binary<T>([](auto a, auto b) { return a + b; }); }
+template <class T>
+auto difference() { return binary<T>([](auto a, auto b) { return a - b; }); }
+template <class T>
+auto differenceOr0() { return binary<T>([](auto a, auto b) { return a > b ? a - b : 0; }); }
+template <class T>
+auto isEqual() { return binary<T>([](auto a, auto b) { return a == b ? -1 : 0; }); }
+template <class T>
+auto isGreater() { return binary<T>([](auto a, auto b) { return a > b ? -1 : 0; }); }
+template <class T>
+auto smaller() { return binary<T>([](auto a, auto b) { return a < b ? a : b; }); }
+template <class T>
+auto larger() { return binary<T>([](auto a, auto b) { return a > b ? a : b; }); }
+template <class T>
+auto distance() { return binary<T, std::make_unsigned_t<T>>([](auto a, auto b) { return a > b ? a - b : b - a; }); }
+template <class T>
+auto left(int count) { return binary<T>([count](auto a, auto) { return a * (std::int64_t{1} << count); }); }
+template <class T>
+auto right(int count) { return binary<T>([count](auto a, auto) { return a >> count; }); }
+
+const std::map<std::string, Reference>& references() {
+    static const std::map<std::string, Reference> all = {
+        {"load Kuv8u", binary<Kuv8u>([](auto a, auto) { return a; })},
+        {"as Kuv8u", binary<Kuv8u>([](auto a, auto) { return a; })},
+        {"fill Kuv8u", filled<Kuv8u>()}, {"fill Kuv16s", filled<Kuv16s>()}, {"fill Kuv32s", filled<Kuv32s>()},
+        {"add Kuv8s", sum<Kuv8s>()}, {"add Kuv16s", sum<Kuv16s>()}, {"add Kuv32s", sum<Kuv32s>()},
+        {"sub Kuv8s", difference<Kuv8s>()}, {"sub Kuv16s", difference<Kuv16s>()}, {"sub Kuv32s", difference<Kuv32s>()},
+        {"subSaturated Kuv8u", differenceOr0<Kuv8u>()}, {"subSaturated Kuv16u", differenceOr0<Kuv16u>()},
+        {"multiplyLow Kuv16s", lowProduct<Kuv16s>()}, {"multiplyLow Kuv32s", lowProduct<Kuv32s>()},
+        {"multiplyAddPairs Kuv16s", multiplyAddPairsOfWords}, {"multiplyAddPairs Kuv8u", multiplyAddPairsOfBytes},
+        {"equal Kuv8u", isEqual<Kuv8u>()}, {"equal Kuv8s", isEqual<Kuv8s>()},
+        {"equal Kuv16u", isEqual<Kuv16u>()}, {"equal Kuv16s", isEqual<Kuv16s>()},
+        {"greater Kuv8s", isGreater<Kuv8s>()}, {"greater Kuv16s", isGreater<Kuv16s>()}, {"greater Kuv32s", isGreater<Kuv32s>()},
+        {"minimum Kuv8u", smaller<Kuv8u>()}, {"minimum Kuv16s", smaller<Kuv16s>()},
+        {"minimum Kuv16u", smaller<Kuv16u>()}, {"minimum Kuv32s", smaller<Kuv32s>()},
+        {"maximum Kuv8u", larger<Kuv8u>()}, {"maximum Kuv16s", larger<Kuv16s>()},
+        {"maximum Kuv16u", larger<Kuv16u>()}, {"maximum Kuv32s", larger<Kuv32s>()},
+        {"absoluteDifference Kuv8u", distance<Kuv8u>()}, {"absoluteDifference Kuv16s", distance<Kuv16s>()},
+        {"bitAnd Kuv8u", binary<Kuv8u>([](auto a, auto b) { return a & b; })},
+        {"bitOr Kuv8u", binary<Kuv8u>([](auto a, auto b) { return a | b; })},
+        {"bitXor Kuv8u", binary<Kuv8u>([](auto a, auto b) { return a ^ b; })},
+        {"bitAndNot Kuv8u", binary<Kuv8u>([](auto a, auto b) { return ~a & b; })},
+        {"select Kuv8u", eachLane<Kuv8u>([](auto a, auto b, auto c) { return a == b ? b : c; })},
+        {"select Kuv32s", eachLane<Kuv32s>([](auto a, auto b, auto c) { return a > b ? b : c; })},
+        {"shiftLeft<0> Kuv16s", left<Kuv16s>(0)}, {"shiftLeft<8> Kuv16s", left<Kuv16s>(8)}, {"shiftLeft<15> Kuv16s", left<Kuv16s>(15)},
+        {"shiftLeft<0> Kuv32s", left<Kuv32s>(0)}, {"shiftLeft<8> Kuv32s", left<Kuv32s>(8)},
+        {"shiftLeft<16> Kuv32s", left<Kuv32s>(16)}, {"shiftLeft<31> Kuv32s", left<Kuv32s>(31)},
+        {"shiftRight<0> Kuv16s", right<Kuv16s>(0)}, {"shiftRight<1> Kuv16s", right<Kuv16s>(1)}, {"shiftRight<2> Kuv16s", right<Kuv16s>(2)},
+        {"shiftRight<8> Kuv16s", right<Kuv16s>(8)}, {"shiftRight<15> Kuv16s", right<Kuv16s>(15)},
+        {"shiftRight<0> Kuv32s", right<Kuv32s>(0)}, {"shiftRight<1> Kuv32s", right<Kuv32s>(1)}, {"shiftRight<2> Kuv32s", right<Kuv32s>(2)},
+        {"shiftRight<8> Kuv32s", right<Kuv32s>(8)}, {"shiftRight<16> Kuv32s", right<Kuv32s>(16)}, {"shiftRight<31> Kuv32s", right<Kuv32s>(31)},
+        {"shiftRight<0> Kuv16u", right<Kuv16u>(0)}, {"shiftRight<8> Kuv16u", right<Kuv16u>(8)}, {"shiftRight<15> Kuv16u", right<Kuv16u>(15)},
+        {"shiftRight<0> Kuv32u", right<Kuv32u>(0)}, {"shiftRight<16> Kuv32u", right<Kuv32u>(16)}, {"shiftRight<31> Kuv32u", right<Kuv32u>(31)},
+        {"pack Kuv16s", packed<Kuv16s, Kuv8s>()},
+        {"packUnsigned Kuv16s", packed<Kuv16s, Kuv8u>()}, {"packUnsigned Kuv32s", packed<Kuv32s, Kuv16u>()},
+        {"interleaveHalves Kuv8u", halvesInterleaved<Kuv8u>()}, {"interleaveHalves Kuv16u", halvesInterleaved<Kuv16u>()},
+        {"mergeEvenOdd Kuv16u", [](In a, In b, In, int bytes, Out result) {
+            for (int i = 0; i < lanesIn<Kuv16u>(bytes); ++i) store(result, i, load<Kuv16u>(i % 2 == 0 ? a : b, i));
+        }},
+        {"bitsOf Kuv8u", [](In a, In b, In, int bytes, Out result) {
+            std::uint32_t bits = 0;
+            for (int i = 0; i < bytes; ++i) bits |= std::uint32_t{a[i] == b[i]} << i;
+            store(result, 0, bits);
+        }},
+        {"maskOf Kuv8u", [](In a, In, In, int bytes, Out result) {
+            for (int i = 0; i < bytes; ++i) result[i] = load<std::uint32_t>(a) >> i & 1 ? 0xFF : 0;
+        }},
+        {"storeInterleaved3 Kuv8u", interleaved3<Kuv8u>()}, {"storeInterleaved3 Kuv16u", interleaved3<Kuv16u>()},
+        {"add Kuv32f", addReal}, {"single add Kuv32f", addReal},
+    };
+    return all;
+}
+
+SimdOperations operationsOf(const Variant& variant) {
+    static constexpr SimdOperations (*all[])() = {
+#define KUV_VARIANT_ROW(code, index, set, features, flags) simdOperations_##code,
+#include "core/variants.def"
+#undef KUV_VARIANT_ROW
+    };
+    return all[variant.index]();
+}
+
+constexpr int longest = 32;
+using Operand = std::array<unsigned char, longest>;
+
+// Random bytes, or lanes of one size from among the values at which arithmetic tends to break.
+Operand draw(Random& random) {
+    Operand operand;
+    const int size = 1 << below(random, 4);  // 8 bytes: random ones
+    for (int at = 0; at < longest; at += size) {
+        const auto sign = std::uint64_t{1} << (8 * size - 1);
+        const std::uint64_t values[] = {0, 1, 2, sign - 1, sign, sign + 1, ~std::uint64_t{0}, ~std::uint64_t{1}, sign >> 1, 0xFF, 0x100, 0x8000, 0xFFFF,
+                                        0x10000, random(), 0x3F800000, 0x7F800000, 0xFF800000, 0x7FC00001, 0x7FA00000, 0x00000001, 0x80000000};
+        const std::uint64_t value = size == 8 || oneIn(random, 4) ? random() : values[below(random, std::size(values))];
+        std::memcpy(operand.data() + at, &value, static_cast<std::size_t>(size));
+    }
+    return operand;
+}
+
+// Where two NaNs meet, which one is kept is not stated.
+void avoidPairsOfNaNs(const Operand& a, Operand& b) {
+    for (int i = 0; i < longest / 4; ++i) {
+        if (std::isnan(load<float>(a.data(), i)) && std::isnan(load<float>(b.data(), i))) store(b.data(), i, 1.0f);
+    }
+}
+
+std::string inHex(const unsigned char* bytes, int count) {
+    constexpr char digits[] = "0123456789abcdef";
+    std::string text;
+    for (int i = 0; i < count; ++i) {
+        text += digits[bytes[i] >> 4];
+        text += digits[bytes[i] & 15];
+        if (i % 4 == 3) text += ' ';
+    }
+    return text;
+}
+
+class Simd : public VariantTest {};
+
+KUV_FOR_EACH_VARIANT(Simd);
+
+TEST_P(Simd, OperationsAreThoseOfScalarCode) {
+    Random random(GetParam().index);
+    const SimdOperations operations = operationsOf(GetParam());
+    for (int o = 0; o < operations.count; ++o) {
+        const SimdOperation& operation = operations.list[o];
+        const auto reference = references().find(operation.name);
+        ASSERT_NE(reference, references().end()) << "no reference for " << operation.name;
+        for (int trial = 0; trial < 2000; ++trial) {
+            Operand a = draw(random), b = draw(random), c = draw(random);
+            if (oneIn(random, 8)) b = a;
+            for (unsigned char& each : b) {
+                if (oneIn(random, 8)) each = a[static_cast<std::size_t>(&each - b.data())];
+            }
+            avoidPairsOfNaNs(a, b);
+            // At any address, and nothing else written.
+            std::array<unsigned char, 5 * longest> sources[3], wanted;
+            wanted.fill(0xA5);
+            auto got = wanted;
+            const int at[] = {below(random, longest), below(random, longest), below(random, longest)}, to = below(random, longest);
+            std::memcpy(sources[0].data() + at[0], a.data(), longest);
+            std::memcpy(sources[1].data() + at[1], b.data(), longest);
+            std::memcpy(sources[2].data() + at[2], c.data(), longest);
+            operation.run(sources[0].data() + at[0], sources[1].data() + at[1], sources[2].data() + at[2], got.data() + to);
+            reference->second(a.data(), b.data(), c.data(), operation.registerBytes, wanted.data() + to);
+            ASSERT_TRUE(got == wanted) << GetParam() << ", " << operation.name << ", " << operation.registerBytes << " bytes at offset " << to
+                                       << "\na " << inHex(a.data(), longest) << "\nb " << inHex(b.data(), longest) << "\nc "
+                                       << inHex(c.data(), longest) << "\ngot    " << inHex(got.data(), static_cast<int>(got.size()))
+                                       << "\nwanted " << inHex(wanted.data(), static_cast<int>(wanted.size()));
+        }
+    }
+}
+
+// No operation goes untested in a width that the variant has, and no reference is left over.
+TEST_P(Simd, EveryOperationIsListed) {
+    const SimdOperations operations = operationsOf(GetParam());
+    for (const int bytes : {16, 32}) {
+        std::set<std::string> listed, wanted;
+        for (int o = 0; o < operations.count; ++o) {
+            if (operations.list[o].registerBytes == bytes) listed.insert(operations.list[o].name);
+        }
+        for (const auto& [name, reference] : references()) {
+            const bool real = name.find("32f") != std::string::npos;
+            const std::string widest = real ? "g9" : "h9";
+            if (name.rfind("single", 0) != 0 && (bytes == 16 || GetParam().index >= variantOf(widest).index)) wanted.insert(name);
+        }
+        EXPECT_EQ(listed, wanted) << bytes << " bytes";
+    }
+}
+
+}  // namespace
