@@ -95,17 +95,17 @@ TEST_P(Demosaic, LongAndWide) {
     });
 }
 
-// Kernels work in tiles of columns; whatever their width, some of these lie around a multiple of it.
-TEST_P(Demosaic, WidthsAroundTiles) {
+// Kernels work in tiles of columns and in bands of rows; some of these sides lie around a multiple of theirs.
+TEST_P(Demosaic, SidesAroundTilesAndBands) {
     forBothDepths([&]<class T>(T) {
         std::uint64_t seed = 200;
-        for (const int tile : {64, 128, 256, 512, 1024}) {
-            for (int width = tile - 9; width <= tile + 29; ++width) {
-                ++seed;
-                expectWhole<T>({width, 14}, cfaLayouts[seed % 4], seed % 2 ? Pattern::rareImpulses : Pattern::random, seed);
-                if (HasFailure()) return;
-            }
-        }
+        const auto expect = [&](KuviSize size) {
+            ++seed;
+            expectWhole<T>(size, cfaLayouts[seed % 4], seed % 2 ? Pattern::rareImpulses : Pattern::random, seed);
+        };
+        for (int width = 50; width <= 560 && !HasFailure(); ++width) expect({width, 9});
+        for (int width = 930; width <= 1040 && !HasFailure(); ++width) expect({width, 7});
+        for (int height = 245; height <= 275 && !HasFailure(); ++height) expect({21, height});
     });
 }
 
