@@ -15,6 +15,7 @@ function(kuv_read_variants file)
     if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
       # The same switches under the names that Clang knows for certain.
       string(REPLACE "-fno-tree-vectorize" "-fno-vectorize" flags "${flags}")
+      string(REPLACE "-fno-tree-loop-distribute-patterns" "-fno-builtin-memcpy -fno-builtin-memset" flags "${flags}")
       string(REPLACE "-fno-tree-slp-vectorize" "-fno-slp-vectorize" flags "${flags}")
     endif()
     set(KUV_FLAGS_${code} "${flags}" PARENT_SCOPE)

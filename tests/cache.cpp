@@ -1,6 +1,7 @@
 // The questions about the largest cache: leaf 4, leaf 2, failures, and that each is asked once.
 #include <gtest/gtest.h>
 
+#include "core/cache.hpp"
 #include "support/process_state.hpp"
 #include "support/processors.hpp"
 

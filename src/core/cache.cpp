@@ -1,4 +1,6 @@
 // The size and the line size of the largest cache, asked once per process.
+#include "core/cache.hpp"
+
 #include "core/features.hpp"
 
 namespace kuv {
@@ -106,5 +108,8 @@ void queryCacheLine(const Processor& processor, Kuv32s* line) {
     }
     *line = loadShared(cacheLineBytes);
 }
+
+KuvStatus kuvQueryCacheBytes(Kuv32s* size) { return queryCacheBytes(hardware, size); }
+void kuvQueryCacheLine(Kuv32s* line) { queryCacheLine(hardware, line); }
 
 }  // namespace kuv

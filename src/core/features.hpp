@@ -62,10 +62,8 @@ KuvStatus initialise(const Processor& processor);
 KuvStatus setCpuFeatures(const Processor& processor, KuvCpuFeatures features);
 KuvStatus getCpuFeatures(const Processor& processor, KuvCpuFeatures* features, Kuv32u* cpuidInfo);
 
-// The questions that fast paths ask when they choose non-temporal stores. An answer never changes a value stored.
+// What core/cache.hpp asks, of any processor.
 KuvStatus queryCacheBytes(const Processor& processor, Kuv32s* size);
 void queryCacheLine(const Processor& processor, Kuv32s* line);
-inline KuvStatus kuvQueryCacheBytes(Kuv32s* size) { return queryCacheBytes(hardware, size); }
-inline void kuvQueryCacheLine(Kuv32s* line) { queryCacheLine(hardware, line); }
 
 }  // namespace kuv
