@@ -16,3 +16,97 @@ KuvStatus KUV_LOOP(addInPlace)(const Kuv32f* src, Kuv32s srcStep, Kuv32f* srcDst
     }
     return kuvStatusOk;
 }
+
+#define KUV_SET_LOOP(name, T, pitch)                                                                                 \
+    KuvStatus KUV_LOOP(name)(T value, T* dst, Kuv32s dstStep, KuviSize roiSize) {                                    \
+        for (ptrdiff_t y = 0; y < roiSize.height; ++y) {                                                             \
+            T* to = (T*)((char*)dst + y * dstStep);                                                                  \
+            for (ptrdiff_t x = 0; x < roiSize.width; ++x) to[pitch * x] = value;                                     \
+        }                                                                                                            \
+        return kuvStatusOk;                                                                                          \
+    }
+KUV_SET_LOOP(set16, Kuv16u, 1)
+KUV_SET_LOOP(set32, Kuv32s, 1)
+KUV_SET_LOOP(setReal, Kuv32f, 1)
+KUV_SET_LOOP(setChannelOf4, Kuv8u, 4)
+
+#define KUV_SWAP_LOOP(name, T, channels)                                                                             \
+    KuvStatus KUV_LOOP(name)(const T* src, Kuv32s srcStep, T* dst, Kuv32s dstStep, KuviSize roiSize, const Kuv32s* dstOrder) { \
+        const ptrdiff_t first = dstOrder[0], second = dstOrder[1], third = dstOrder[2];                              \
+        for (ptrdiff_t y = 0; y < roiSize.height; ++y) {                                                             \
+            const T* from = (const T*)((const char*)src + y * srcStep);                                              \
+            T* to = (T*)((char*)dst + y * dstStep);                                                                  \
+            for (ptrdiff_t x = 0; x < roiSize.width; ++x, from += channels, to += channels) {                        \
+                const T a = from[first], b = from[second], c = from[third];                                          \
+                to[0] = a, to[1] = b, to[2] = c;                                                                     \
+            }                                                                                                        \
+        }                                                                                                            \
+        return kuvStatusOk;                                                                                          \
+    }
+KUV_SWAP_LOOP(swapThree, Kuv8u, 3)
+KUV_SWAP_LOOP(swapThree16, Kuv16u, 3)
+KUV_SWAP_LOOP(swapColours, Kuv8u, 4)
+KUV_SWAP_LOOP(swapColours16, Kuv16u, 4)
+
+KuvStatus KUV_LOOP(swapThreeInPlace)(Kuv8u* srcDst, Kuv32s srcDstStep, KuviSize roiSize, const Kuv32s* dstOrder) {
+    return KUV_LOOP(swapThree)(srcDst, srcDstStep, srcDst, srcDstStep, roiSize, dstOrder);
+}
+
+KuvStatus KUV_LOOP(swapFourInPlace)(Kuv8u* srcDst, Kuv32s srcDstStep, KuviSize roiSize, const Kuv32s* dstOrder) {
+    const ptrdiff_t order[4] = {dstOrder[0], dstOrder[1], dstOrder[2], dstOrder[3]};
+    for (ptrdiff_t y = 0; y < roiSize.height; ++y) {
+        Kuv8u* pixel = srcDst + y * srcDstStep;
+        for (ptrdiff_t x = 0; x < roiSize.width; ++x, pixel += 4) {
+            const Kuv8u a = pixel[order[0]], b = pixel[order[1]], c = pixel[order[2]], d = pixel[order[3]];
+            pixel[0] = a, pixel[1] = b, pixel[2] = c, pixel[3] = d;
+        }
+    }
+    return kuvStatusOk;
+}
+
+#define KUV_LAYOUT_LOOP(name, T, colours, srcSamples, dstSamples)                                                    \
+    KuvStatus KUV_LOOP(name)(const T* src, Kuv32s srcStep, T* dst, Kuv32s dstStep, KuviSize roiSize) {               \
+        for (ptrdiff_t y = 0; y < roiSize.height; ++y) {                                                             \
+            const T* from = (const T*)((const char*)src + y * srcStep);                                              \
+            T* to = (T*)((char*)dst + y * dstStep);                                                                  \
+            for (ptrdiff_t x = 0; x < roiSize.width; ++x) {                                                          \
+                for (int c = 0; c < colours; ++c) to[dstSamples * x + c] = from[srcSamples * x + c];                 \
+            }                                                                                                        \
+        }                                                                                                            \
+        return kuvStatusOk;                                                                                          \
+    }
+KUV_LAYOUT_LOOP(copyAC4_8u, Kuv8u, 3, 4, 4)
+KUV_LAYOUT_LOOP(copyAC4_16u, Kuv16u, 3, 4, 4)
+KUV_LAYOUT_LOOP(copyC3AC4_8u, Kuv8u, 3, 3, 4)
+KUV_LAYOUT_LOOP(copyC3AC4_16u, Kuv16u, 3, 3, 4)
+KUV_LAYOUT_LOOP(copyAC4C3_8u, Kuv8u, 3, 4, 3)
+KUV_LAYOUT_LOOP(copyAC4C3_16u, Kuv16u, 3, 4, 3)
+KUV_LAYOUT_LOOP(copyC1C3, Kuv8u, 1, 1, 3)
+
+#define KUV_PLANES_LOOP(name, channels)                                                                              \
+    KuvStatus KUV_LOOP(name)(const Kuv8u* const src[channels], Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep,           \
+                             KuviSize roiSize) {                                                                     \
+        for (ptrdiff_t y = 0; y < roiSize.height; ++y) {                                                             \
+            for (ptrdiff_t x = 0; x < roiSize.width; ++x) {                                                          \
+                for (int c = 0; c < channels; ++c) dst[y * dstStep + channels * x + c] = src[c][y * srcStep + x];    \
+            }                                                                                                        \
+        }                                                                                                            \
+        return kuvStatusOk;                                                                                          \
+    }
+KUV_PLANES_LOOP(copyP3C3, 3)
+KUV_PLANES_LOOP(copyP4C4, 4)
+
+#define KUV_MASKED_LOOP(name, T)                                                                                     \
+    KuvStatus KUV_LOOP(name)(const T* src, Kuv32s srcStep, T* dst, Kuv32s dstStep, KuviSize roiSize,                 \
+                             const Kuv8u* mask, Kuv32s maskStep) {                                                   \
+        for (ptrdiff_t y = 0; y < roiSize.height; ++y) {                                                             \
+            const T* from = (const T*)((const char*)src + y * srcStep);                                              \
+            T* to = (T*)((char*)dst + y * dstStep);                                                                  \
+            for (ptrdiff_t x = 0; x < roiSize.width; ++x) {                                                          \
+                if (mask[y * maskStep + x] != 0) to[x] = from[x];                                                    \
+            }                                                                                                        \
+        }                                                                                                            \
+        return kuvStatusOk;                                                                                          \
+    }
+KUV_MASKED_LOOP(copyMasked8, Kuv8u)
+KUV_MASKED_LOOP(copyMasked16, Kuv16u)

@@ -329,6 +329,193 @@ KUV_API void kuvsFree(void* ptr);
 KUV_API KuvStatus kuviAdd_32f_C1IR(const Kuv32f* src, Kuv32s srcStep, Kuv32f* srcDst, Kuv32s srcDstStep, KuviSize roiSize);
 /** @} */
 
+/** @defgroup move Moving, setting and converting samples
+ *  @{ */
+
+/** @name Plain copies
+ *  `dst(x, y) = src(x, y)` for every sample of every pixel, bits unchanged.
+ *
+ *  Step class C: rows are copied from the first, so that destination rows on one place leave the last one there. `src` and `dst` may
+ *  be one image; what any other overlap gives is not stated. Large images may bypass the caches, depending on the variant and the
+ *  cache's size; the copy is complete when the function returns.
+ *
+ *  `src`, `dst`: the images. `srcStep`, `dstStep`: their row steps in bytes. `roiSize`: size in pixels, at least 1 by 1.
+ *
+ *  Returns #kuvStatusNullPtr if `src` or `dst` is null; #kuvStatusBadSize if the width or height is below 1; else #kuvStatusOk.
+ *  @{ */
+KUV_API KuvStatus kuviCopy_8u_C1R(const Kuv8u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize);
+KUV_API KuvStatus kuviCopy_16u_C1R(const Kuv16u* src, Kuv32s srcStep, Kuv16u* dst, Kuv32s dstStep, KuviSize roiSize);
+KUV_API KuvStatus kuviCopy_16s_C1R(const Kuv16s* src, Kuv32s srcStep, Kuv16s* dst, Kuv32s dstStep, KuviSize roiSize);
+KUV_API KuvStatus kuviCopy_32s_C1R(const Kuv32s* src, Kuv32s srcStep, Kuv32s* dst, Kuv32s dstStep, KuviSize roiSize);
+KUV_API KuvStatus kuviCopy_32f_C1R(const Kuv32f* src, Kuv32s srcStep, Kuv32f* dst, Kuv32s dstStep, KuviSize roiSize);
+KUV_API KuvStatus kuviCopy_8u_C3R(const Kuv8u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize);
+KUV_API KuvStatus kuviCopy_16u_C3R(const Kuv16u* src, Kuv32s srcStep, Kuv16u* dst, Kuv32s dstStep, KuviSize roiSize);
+KUV_API KuvStatus kuviCopy_8u_C4R(const Kuv8u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize);
+/** @} */
+
+/** @name Copies between layouts
+ *  - `AC4R`: samples 0 to 2 of each pixel of four. The destination's fourth sample keeps its value.
+ *  - `C3AC4R`: the three samples of a pixel to the first three of four. The destination's fourth sample keeps its value.
+ *  - `AC4C3R`: samples 0 to 2 of a pixel of four to a pixel of three.
+ *  - `C1C3R`: each sample to the first of a pixel of three; the other two keep their values. To fill channel c, pass the address of the
+ *    first destination pixel's sample c.
+ *
+ *  A fourth sample, or one that is kept, behind the last sample that is copied in a row is not touched: it need not be memory.
+ *
+ *  Step class C. Rows are copied from the first. `AC4R` may have one image as `src` and `dst`; what any other overlap gives is not stated.
+ *
+ *  `src`, `dst`: the images. `srcStep`, `dstStep`: their row steps in bytes. `roiSize`: size in pixels, at least 1 by 1.
+ *
+ *  Returns #kuvStatusNullPtr if `src` or `dst` is null; #kuvStatusBadSize if the width or height is below 1; else #kuvStatusOk.
+ *  @{ */
+KUV_API KuvStatus kuviCopy_8u_AC4R(const Kuv8u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize);
+KUV_API KuvStatus kuviCopy_16u_AC4R(const Kuv16u* src, Kuv32s srcStep, Kuv16u* dst, Kuv32s dstStep, KuviSize roiSize);
+KUV_API KuvStatus kuviCopy_8u_C3AC4R(const Kuv8u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize);
+KUV_API KuvStatus kuviCopy_16u_C3AC4R(const Kuv16u* src, Kuv32s srcStep, Kuv16u* dst, Kuv32s dstStep, KuviSize roiSize);
+KUV_API KuvStatus kuviCopy_8u_AC4C3R(const Kuv8u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize);
+KUV_API KuvStatus kuviCopy_16u_AC4C3R(const Kuv16u* src, Kuv32s srcStep, Kuv16u* dst, Kuv32s dstStep, KuviSize roiSize);
+KUV_API KuvStatus kuviCopy_8u_C1C3R(const Kuv8u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize);
+/** @} */
+
+/** @name Planes to pixels
+ *  `dst(x, y)[c] = src[c](x, y)`: three or four planes of one step to interleaved pixels of as many samples.
+ *
+ *  Step class C. What an overlap gives is not stated.
+ *
+ *  `src`: the planes. `srcStep`: row step of each in bytes. `dst`, `dstStep`: the image and its row step in bytes. `roiSize`: size in
+ *  pixels, at least 1 by 1.
+ *
+ *  Returns #kuvStatusNullPtr if `src`, `dst` or a plane is null; #kuvStatusBadSize if the width or height is below 1; else #kuvStatusOk.
+ *  @{ */
+KUV_API KuvStatus kuviCopy_8u_P3C3R(const Kuv8u* const src[3], Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize);
+KUV_API KuvStatus kuviCopy_8u_P4C4R(const Kuv8u* const src[4], Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize);
+/** @} */
+
+/** @name Copies under a mask
+ *  `dst(x, y) = src(x, y)` where `mask(x, y)` is not 0; elsewhere `dst` keeps its value.
+ *
+ *  Step class C. Rows are copied from the first. What an overlap of the images gives is not stated.
+ *
+ *  `src`, `dst`, `mask`: the images. `srcStep`, `dstStep`, `maskStep`: their row steps in bytes. `roiSize`: size in pixels, at least 1 by
+ *  1.
+ *
+ *  Returns #kuvStatusNullPtr if `src`, `dst` or `mask` is null; #kuvStatusBadSize if the width or height is below 1; else #kuvStatusOk.
+ *  @{ */
+KUV_API KuvStatus kuviCopy_8u_C1MR(const Kuv8u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize, const Kuv8u* mask,
+                                   Kuv32s maskStep);
+KUV_API KuvStatus kuviCopy_16u_C1MR(const Kuv16u* src, Kuv32s srcStep, Kuv16u* dst, Kuv32s dstStep, KuviSize roiSize, const Kuv8u* mask,
+                                    Kuv32s maskStep);
+/** @} */
+
+/** Copies bytes: `dst[i] = src[i]`.
+ *
+ *  `src` and `dst` may be equal; what any other overlap gives is not stated.
+ *
+ *  @param src the source
+ *  @param dst the destination
+ *  @param len bytes, at least 1
+ *  @return #kuvStatusNullPtr if `src` or `dst` is null; #kuvStatusBadSize if `len` is below 1; else #kuvStatusOk. */
+KUV_API KuvStatus kuvsCopy_8u(const Kuv8u* src, Kuv8u* dst, Kuv32s len);
+
+/** Clears bytes: `dst[i] = 0`.
+ *
+ *  @param dst the destination
+ *  @param len bytes, at least 1
+ *  @return #kuvStatusNullPtr if `dst` is null; #kuvStatusBadSize if `len` is below 1; else #kuvStatusOk. */
+KUV_API KuvStatus kuvsZero_8u(Kuv8u* dst, Kuv32s len);
+
+/** @name Constants
+ *  `dst(x, y) = value`, bits unchanged, so that a NaN keeps its payload.
+ *
+ *  Step class C. Padding between rows is not written. Large fills may bypass the caches, as large copies do.
+ *
+ *  `value`: the constant. `dst`: the image. `dstStep`: its row step in bytes. `roiSize`: size in pixels, at least 1 by 1.
+ *
+ *  Returns #kuvStatusNullPtr if `dst` is null; #kuvStatusBadSize if the width or height is below 1; else #kuvStatusOk.
+ *  @{ */
+KUV_API KuvStatus kuviSet_8u_C1R(Kuv8u value, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize);
+KUV_API KuvStatus kuviSet_16u_C1R(Kuv16u value, Kuv16u* dst, Kuv32s dstStep, KuviSize roiSize);
+KUV_API KuvStatus kuviSet_32s_C1R(Kuv32s value, Kuv32s* dst, Kuv32s dstStep, KuviSize roiSize);
+KUV_API KuvStatus kuviSet_32f_C1R(Kuv32f value, Kuv32f* dst, Kuv32s dstStep, KuviSize roiSize);
+/** @} */
+
+/** Sets one channel of an image of four: `dst(x, y)[0] = value`.
+ *
+ *  The other three samples of a pixel keep their values, and nothing behind the last pixel's written sample is touched. To set channel
+ *  c, pass the address of the first pixel's sample c.
+ *
+ *  Step class C.
+ *
+ *  @param value the constant
+ *  @param dst the channel's sample of the first pixel
+ *  @param dstStep row step of `dst` in bytes
+ *  @param roiSize size in pixels, at least 1 by 1
+ *  @return #kuvStatusNullPtr if `dst` is null; #kuvStatusBadSize if the width or height is below 1; else #kuvStatusOk. */
+KUV_API KuvStatus kuviSet_8u_C4CR(Kuv8u value, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize);
+/** @name Channels reordered
+ *  `dst(x, y)[c] = src(x, y)[dstOrder[c]]` for each colour channel c: {2, 1, 0} reverses three channels, {0, 0, 0} spreads the first.
+ *
+ *  A pixel is read whole before any of it is written, so `src` and `dst` may be one image with one step. In `AC4` images the fourth
+ *  sample of a pixel is alpha: that of the destination keeps its value, and nothing behind the last colour sample of a row is touched,
+ *  nor need it be memory.
+ *
+ *  Step class D: a negative step walks upward. Rows are done from the first.
+ *
+ *  `src`, `dst`: the images. `srcStep`, `dstStep`: their row steps in bytes. `roiSize`: size in pixels, at least 1 by 1. `dstOrder`:
+ *  for each colour channel of the destination, the channel of the source: three entries of 0 to 2.
+ *
+ *  Returns #kuvStatusNullPtr if `src` or `dst` is null; #kuvStatusBadStep if a step is 0; #kuvStatusBadSize if the width or height is
+ *  below 1; #kuvStatusNullPtr if `dstOrder` is null; #kuvStatusBadChannelOrder if an entry is out of its range; else #kuvStatusOk.
+ *  @{ */
+KUV_API KuvStatus kuviSwapChannels_16u_C3R(const Kuv16u* src, Kuv32s srcStep, Kuv16u* dst, Kuv32s dstStep, KuviSize roiSize,
+                                           const Kuv32s* dstOrder);
+KUV_API KuvStatus kuviSwapChannels_8u_AC4R(const Kuv8u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize,
+                                           const Kuv32s* dstOrder);
+KUV_API KuvStatus kuviSwapChannels_16u_AC4R(const Kuv16u* src, Kuv32s srcStep, Kuv16u* dst, Kuv32s dstStep, KuviSize roiSize,
+                                            const Kuv32s* dstOrder);
+/** @} */
+
+/** kuviSwapChannels_16u_C3R() on 8-bit samples, with another order of checks.
+ *
+ *  If `src` is `dst` the image is reordered in place with rows `dstStep` apart, whatever `srcStep` is.
+ *
+ *  @param src the source
+ *  @param srcStep row step of `src` in bytes; not 0, even if `src` is `dst`
+ *  @param dst the destination; may be `src`
+ *  @param dstStep row step of `dst` in bytes
+ *  @param roiSize size in pixels, at least 1 by 1
+ *  @param dstOrder for each channel of the destination, the channel of the source: three entries of 0 to 2
+ *  @return #kuvStatusNullPtr if `src`, `dst` or `dstOrder` is null; #kuvStatusBadSize if the width or height is below 1;
+ *          #kuvStatusBadStep if a step is 0; #kuvStatusBadChannelOrder if an entry is out of its range; else #kuvStatusOk. */
+KUV_API KuvStatus kuviSwapChannels_8u_C3R(const Kuv8u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize,
+                                          const Kuv32s* dstOrder);
+
+/** Reorders three channels in place: `srcDst(x, y)[c] = srcDst(x, y)[dstOrder[c]]`, from samples read before any is written.
+ *
+ *  Step class D: a negative step walks upward. Rows are done from the first.
+ *
+ *  @param srcDst the image
+ *  @param srcDstStep row step of `srcDst` in bytes
+ *  @param roiSize size in pixels, at least 1 by 1
+ *  @param dstOrder for each channel, the one that it is taken from: three entries of 0 to 2
+ *  @return #kuvStatusNullPtr if `srcDst` is null; #kuvStatusBadStep if the step is 0; #kuvStatusBadSize if the width or height is
+ *          below 1; #kuvStatusNullPtr if `dstOrder` is null; #kuvStatusBadChannelOrder if an entry is out of its range; else
+ *          #kuvStatusOk. */
+KUV_API KuvStatus kuviSwapChannels_8u_C3IR(Kuv8u* srcDst, Kuv32s srcDstStep, KuviSize roiSize, const Kuv32s* dstOrder);
+
+/** Reorders four channels in place: `srcDst(x, y)[c] = srcDst(x, y)[dstOrder[c]]`, from samples read before any is written.
+ *
+ *  Step class D: a negative step walks upward. Rows are done from the first.
+ *
+ *  @param srcDst the image
+ *  @param srcDstStep row step of `srcDst` in bytes
+ *  @param roiSize size in pixels, at least 1 by 1
+ *  @param dstOrder for each channel, the one that it is taken from: four entries of 0 to 3
+ *  @return #kuvStatusNullPtr if `srcDst` or `dstOrder` is null; #kuvStatusBadStep if the step is 0; #kuvStatusBadSize if the width or
+ *          height is below 1; #kuvStatusBadChannelOrder if an entry is out of its range; else #kuvStatusOk. */
+KUV_API KuvStatus kuviSwapChannels_8u_C4IR(Kuv8u* srcDst, Kuv32s srcDstStep, KuviSize roiSize, const Kuv32s* dstOrder);
+/** @} */
+
 /** @defgroup colour Camera colour
  *  @{ */
 

@@ -2,6 +2,7 @@
 #include "support/simd_operations.hpp"
 
 #include "core/rows.hpp"
+#include "simd/bytes.hpp"
 #include "simd/integer.hpp"
 #include "simd/interleave.hpp"
 #include "simd/mask.hpp"
@@ -37,6 +38,14 @@ KUV_INLINE void put(unsigned char* to, Kuv32u value) { storeSample(reinterpret_c
 
 constexpr SimdOperation operations[] = {
     OPERATION("load", Kuv8u, a)
+    RUN("stream", Kuv8u, alignas(32) Kuv8u block[V::bytes]; stream(block, a); streamFence(); put(result, load<V>(block)))
+    OPERATION("loadParts", Kuv8u, loadParts<V>(first + 16, -16))
+    OPERATION("loadParts of one", Kuv8u, loadParts<V>(first, 0))
+    RUN("storeParts", Kuv8u, storeParts(result + 20, -20, a))
+    RUN("storeParts3", Kuv8u, storeParts3(result, a, b, c))
+#ifdef __SSSE3__
+    BINARY(shuffleBytes, Kuv8u)
+#endif
     OPERATION("as", Kuv8u, as<Kuv16s>(a))
     OPERATION("fill", Kuv8u, fill<V>(*first))
     OPERATION("fill", Kuv16s, fill<V>(loadSample(reinterpret_cast<const Kuv16s*>(first))))
@@ -68,6 +77,9 @@ constexpr SimdOperation operations[] = {
     SHIFT(shiftRight, 0, Kuv16u) SHIFT(shiftRight, 8, Kuv16u) SHIFT(shiftRight, 15, Kuv16u)
     SHIFT(shiftRight, 0, Kuv32u) SHIFT(shiftRight, 16, Kuv32u) SHIFT(shiftRight, 31, Kuv32u)
 
+    BINARY(interleaveLow, Kuv8u) BINARY(interleaveLow, Kuv16u) BINARY(interleaveHigh, Kuv8u) BINARY(interleaveHigh, Kuv16u)
+    OPERATION("loadWidened", Kuv16u, loadWidened<V>(first))
+    OPERATION("signsOf", Kuv8u, signsOf(a))
     BINARY(pack, Kuv16s)
     BINARY(packUnsigned, Kuv16s)
     // Half the range: what is outside of it must not be packed.

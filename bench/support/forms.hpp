@@ -1,6 +1,8 @@
 // The arguments of calls, one form for each signature: families that share a signature share the form.
 #pragma once
 
+#include <cstring>
+
 #include "support/images.hpp"
 
 namespace kuvbench {
@@ -33,6 +35,132 @@ struct TwoInPlace {
     template <class Function>
     auto call(Function* function) {
         return function(src.row(), src.step(), srcDst.row(), srcDst.step(), size);
+    }
+};
+
+// An image and one that it goes to, pixel by pixel; rows on 64-byte boundaries, or each image past them by another distance.
+template <class T, int srcChannels, int dstChannels = srcChannels, bool aligned = true>
+struct FromTo {
+    static constexpr double bytesPerPixel = (srcChannels + dstChannels) * sizeof(T);
+
+    KuviSize size;
+    Image<T> src{size, srcChannels, aligned ? 0 : 1}, dst{size, dstChannels, aligned ? 0 : 3};
+
+    explicit FromTo(KuviSize wanted) : size(wanted) {
+        std::memset(src.row(), 0x5A, static_cast<std::size_t>(src.step()) * size.height - 8);
+        std::memset(dst.row(), 0xA5, static_cast<std::size_t>(dst.step()) * size.height - 16);
+    }
+
+    template <class Function>
+    auto call(Function* function) {
+        return function(src.row(), src.step(), dst.row(), dst.step(), size);
+    }
+};
+
+// A constant and the image that it goes to.
+template <class T, int channels = 1>
+struct Constant {
+    static constexpr double bytesPerPixel = channels * sizeof(T);
+
+    KuviSize size;
+    Image<T> dst{size, channels};
+
+    explicit Constant(KuviSize wanted) : size(wanted) { std::memset(dst.row(), 0xA5, static_cast<std::size_t>(dst.step()) * size.height); }
+
+    template <class Function>
+    auto call(Function* function) {
+        return function(T(41), dst.row(), dst.step(), size);
+    }
+};
+
+// Planes and the image of as many samples a pixel that they make.
+template <int channels>
+struct Planar {
+    static constexpr double bytesPerPixel = 2 * channels;
+
+    KuviSize size;
+    Image<Kuv8u> planes{{size.width, size.height * channels}}, dst{size, channels};
+    const Kuv8u* addresses[channels];
+
+    explicit Planar(KuviSize wanted) : size(wanted) {
+        std::memset(planes.row(), 0x5A, static_cast<std::size_t>(planes.step()) * size.height * channels);
+        for (int c = 0; c < channels; ++c) addresses[c] = planes.row(c * size.height);
+    }
+
+    template <class Function>
+    auto call(Function* function) {
+        return function(addresses, planes.step(), dst.row(), dst.step(), size);
+    }
+};
+
+// Two images and a mask that is set in half of its pixels, in runs.
+template <class T>
+struct UnderMask {
+    static constexpr double bytesPerPixel = 2 * sizeof(T) + 1;
+
+    KuviSize size;
+    Image<T> src{size}, dst{size};
+    Image<Kuv8u> mask{size};
+
+    explicit UnderMask(KuviSize wanted) : size(wanted) {
+        std::memset(src.row(), 0x5A, static_cast<std::size_t>(src.step()) * size.height);
+        for (int y = 0; y < size.height; ++y) {
+            for (int x = 0; x < size.width; ++x) mask.row(y)[x] = (x / 37 + y / 5) % 2;
+        }
+    }
+
+    template <class Function>
+    auto call(Function* function) {
+        return function(src.row(), src.step(), dst.row(), dst.step(), size, mask.row(), mask.step());
+    }
+};
+
+// Signals as long as an image has pixels.
+struct Signal {
+    static constexpr double bytesPerPixel = 2;
+
+    KuviSize size;
+    Image<Kuv8u> src{size}, dst{size};
+
+    explicit Signal(KuviSize wanted) : size(wanted) {
+        std::memset(src.row(), 0x5A, static_cast<std::size_t>(src.step()) * size.height);
+        std::memset(dst.row(), 0xA5, static_cast<std::size_t>(dst.step()) * size.height);
+    }
+
+    auto call(decltype(kuvsCopy_8u)* function) { return function(src.row(), dst.row(), size.width * size.height); }
+    auto call(decltype(kuvsZero_8u)* function) { return function(dst.row(), size.width * size.height); }
+};
+
+// An image and one that it goes to with the first three channels reversed; or one image in place.
+template <class T, int channels, bool aligned = true>
+struct Reversed : FromTo<T, channels, channels, aligned> {
+    // Of a pixel with alpha, that sample is neither read nor written.
+    static constexpr double bytesPerPixel = 6 * sizeof(T);
+    static constexpr Kuv32s order[3] = {2, 1, 0};
+
+    using FromTo<T, channels, channels, aligned>::FromTo;
+
+    template <class Function>
+    auto call(Function* function) {
+        return function(this->src.row(), this->src.step(), this->dst.row(), this->dst.step(), this->size, order);
+    }
+};
+
+template <int channels, bool aligned = true>
+struct ReversedInPlace {
+    static constexpr double bytesPerPixel = 2 * channels;
+    static constexpr Kuv32s order[4] = {2, 1, 0, 3};
+
+    KuviSize size;
+    Image<Kuv8u> srcDst{size, channels, aligned ? 0 : 3};
+
+    explicit ReversedInPlace(KuviSize wanted) : size(wanted) {
+        for (int row = 0; row < size.height; ++row) std::memset(srcDst.row(row), 0x5A, std::size_t{channels} * size.width);
+    }
+
+    template <class Function>
+    auto call(Function* function) {
+        return function(srcDst.row(), srcDst.step(), size, order);
     }
 };
 

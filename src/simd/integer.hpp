@@ -41,6 +41,12 @@ KUV_BINARY(greater, Kuv8s, Kuv8s, cmpgt_epi8)
 KUV_BINARY(greater, Kuv16s, Kuv16s, cmpgt_epi16)
 KUV_BINARY(greater, Kuv32s, Kuv32s, cmpgt_epi32)
 
+// The lower (upper) halves of each 16 bytes of a and b, lane by lane in turn, a first.
+KUV_BINARY(interleaveLow, Kuv8u, Kuv8u, unpacklo_epi8)
+KUV_BINARY(interleaveLow, Kuv16u, Kuv16u, unpacklo_epi16)
+KUV_BINARY(interleaveHigh, Kuv8u, Kuv8u, unpackhi_epi8)
+KUV_BINARY(interleaveHigh, Kuv16u, Kuv16u, unpackhi_epi16)
+
 // Lanes of half the width with signed saturation, each 16 bytes of a before the same of b.
 KUV_BINARY(pack, Kuv16s, Kuv8s, packs_epi16)
 

@@ -1,7 +1,7 @@
 // Planes to interleaved pixels.
 #pragma once
 
-#include "simd/integer.hpp"
+#include "simd/bytes.hpp"
 
 namespace kuv::KUV_VARIANT {
 namespace {
@@ -76,7 +76,7 @@ KUV_INLINE void storeInterleaved3(T* to, Vector<T, 16> a, Vector<T, 16> b, Vecto
 #else
     interleave3Registers(sizeof(T), a.raw, b.raw, c.raw, out);
 #endif
-    for (int i = 0; i < 3; ++i) _mm_storeu_si128(reinterpret_cast<__m128i*>(to) + i, out[i]);
+    storeParts3(reinterpret_cast<Kuv8u*>(to), Vector<Kuv8u, 16>{out[0]}, {out[1]}, {out[2]});
 }
 
 #ifdef __AVX2__
@@ -94,10 +94,7 @@ KUV_INLINE void storeInterleaved3(T* to, Vector<T, 32> a, Vector<T, 32> b, Vecto
     // Each part holds its piece of the first 48 bytes in the lower half and of the second 48 bytes in the upper half.
     __m256i part[3];
     for (int i = 0; i < 3; ++i) part[i] = interleave3Part(sizeof(T), i, a.raw, b.raw, c.raw);
-    __m256i* const out = reinterpret_cast<__m256i*>(to);
-    _mm256_storeu_si256(out, _mm256_permute2x128_si256(part[0], part[1], 0x20));
-    _mm256_storeu_si256(out + 1, _mm256_permute2x128_si256(part[2], part[0], 0x30));
-    _mm256_storeu_si256(out + 2, _mm256_permute2x128_si256(part[1], part[2], 0x31));
+    storeParts3(reinterpret_cast<Kuv8u*>(to), Vector<Kuv8u, 32>{part[0]}, {part[1]}, {part[2]});
 }
 #endif
 

@@ -93,6 +93,17 @@ KUV_INLINE void store(typename V::Lane* to, V value) {
     }
 }
 
+// Stores integers past the caches, at an address that is a multiple of the register's size. Needs a fence before others may look.
+template <class V>
+KUV_INLINE void stream(typename V::Lane* to, V value) {
+    if constexpr (V::bytes == 16) {
+        _mm_stream_si128(reinterpret_cast<__m128i*>(to), value.raw);
+    } else {
+        KUV_AVX2(_mm256_stream_si256(reinterpret_cast<__m256i*>(to), value.raw);)
+    }
+}
+KUV_INLINE void streamFence() { _mm_sfence(); }
+
 // All lanes the same.
 template <class V>
 KUV_INLINE V fill(typename V::Lane value) {

@@ -76,6 +76,8 @@ void fillSamples(Random& random, const Image& image, int elements);
 
 extern template void fillSamples<Kuv8u>(Random&, const Image&, int);
 extern template void fillSamples<Kuv16u>(Random&, const Image&, int);
+extern template void fillSamples<Kuv16s>(Random&, const Image&, int);
+extern template void fillSamples<Kuv32s>(Random&, const Image&, int);
 extern template void fillSamples<Kuv32f>(Random&, const Image&, int);
 
 template <class T>
@@ -94,11 +96,12 @@ Image& Draw::image(Role role, int elements, int rows, std::ptrdiff_t step, Eleme
 template <class T, Role role, class Pointer>
 struct ImageArgument {
     int channels = 1;
+    int omitted = 0;  // samples at the end of a row that the call must not touch
     StepClass steps = StepClass::C;
     ElementCompare same = sameBits<T>;
 
     std::tuple<Pointer, Kuv32s> operator()(Draw& draw) const {
-        const int elements = draw.size.width * channels;
+        const int elements = draw.size.width * channels - omitted;
         const std::ptrdiff_t step = drawStep(draw.random, steps, elements * static_cast<int>(sizeof(T)));
         const Image& image = draw.image<T>(role, elements, draw.size.height, step, same);
         return {image.row<T>(), image.step()};
@@ -107,10 +110,37 @@ struct ImageArgument {
 template <class T>
 using Source = ImageArgument<T, Role::source, const T*>;
 template <class T>
+using Output = ImageArgument<T, Role::output, T*>;
+template <class T>
 using InOut = ImageArgument<T, Role::inOut, T*>;
 
 struct RoiSize {
     std::tuple<KuviSize> operator()(Draw& draw) const { return {draw.size}; }
+};
+
+// (pointer): a signal of the drawn width.
+template <class T, Role role, class Pointer>
+struct SignalArgument {
+    std::tuple<Pointer> operator()(Draw& draw) const { return {draw.image<T>(role, draw.size.width, 1, 0).template row<T>()}; }
+};
+template <class T>
+using SourceSignal = SignalArgument<T, Role::source, const T*>;
+template <class T>
+using OutputSignal = SignalArgument<T, Role::output, T*>;
+template <class T>
+using InOutSignal = SignalArgument<T, Role::inOut, T*>;
+
+struct Length {
+    std::tuple<Kuv32s> operator()(Draw& draw) const { return {draw.size.width}; }
+};
+
+// Any bits.
+template <class T>
+struct AnyValue {
+    std::tuple<T> operator()(Draw& draw) const {
+        const std::uint64_t bits = draw.random();
+        return {load<T>(&bits)};
+    }
 };
 
 // Evaluated from left to right.

@@ -1,0 +1,159 @@
+// Copies and fills of runs of bytes, at any address and of any length.
+#pragma once
+
+#include "core/cache.hpp"
+#include "core/rows.hpp"
+#include "simd/integer.hpp"
+
+namespace kuv::KUV_VARIANT {
+namespace {
+
+using ByteVector = Native<Kuv8u>;
+constexpr ptrdiff_t vectorBytes = ByteVector::bytes;
+constexpr ptrdiff_t blockBytes = 64;
+constexpr ptrdiff_t pageBytes = 4096;
+
+KUV_INLINE Kuv8u* bytesOf(void* address) { return static_cast<Kuv8u*>(address); }
+KUV_INLINE const Kuv8u* bytesOf(const void* address) { return static_cast<const Kuv8u*>(address); }
+
+// How far the address stands past a multiple of a power of two.
+KUV_INLINE ptrdiff_t offsetIn(const void* address, ptrdiff_t alignment) {
+    return static_cast<ptrdiff_t>(reinterpret_cast<size_t>(address) & static_cast<size_t>(alignment - 1));
+}
+KUV_INLINE ptrdiff_t bytesToBoundary(const void* address, ptrdiff_t alignment) { return -offsetIn(address, alignment) & (alignment - 1); }
+
+// Whether so many bytes are to bypass the caches: at least a given part of the largest one, if its size is known.
+KUV_INLINE bool exceedsCache(Kuv64s bytes, int partsOfCache) {
+    Kuv32s cache;
+    return kuvQueryCacheBytes(&cache) == kuvStatusOk && bytes * partsOfCache >= cache;
+}
+
+// The first and the last sizeof(T) of n bytes, which may overlap: sizeof(T) <= n <= 2 * sizeof(T).
+template <class T>
+KUV_INLINE void copyEnds(Kuv8u* dst, const Kuv8u* src, ptrdiff_t n) {
+    const auto at = [](auto* p) { return reinterpret_cast<std::conditional_t<std::is_const_v<std::remove_pointer_t<decltype(p)>>, const T*, T*>>(p); };
+    const T first = loadSample(at(src)), last = loadSample(at(src + n) - 1);
+    storeSample(at(dst), first);
+    storeSample(at(dst + n) - 1, last);
+}
+
+// Fewer bytes than two vectors of 16.
+KUV_INLINE void copyFew(Kuv8u* dst, const Kuv8u* src, ptrdiff_t n) {
+    struct Sixteen {
+        Kuv64u halves[2];
+    };
+    if (n >= 16) return copyEnds<Sixteen>(dst, src, n);
+    if (n >= 8) return copyEnds<Kuv64u>(dst, src, n);
+    if (n >= 4) return copyEnds<Kuv32u>(dst, src, n);
+    if (n >= 2) return copyEnds<Kuv16u>(dst, src, n);
+    if (n == 1) *dst = *src;
+}
+
+// count vectors, all read before the first is written.
+template <int count>
+KUV_INLINE void copyVectors(Kuv8u* dst, const Kuv8u* src) {
+    ByteVector v[count];
+#pragma GCC unroll 8
+    for (int i = 0; i < count; ++i) v[i] = load<ByteVector>(src + i * vectorBytes);
+#pragma GCC unroll 8
+    for (int i = 0; i < count; ++i) store(dst + i * vectorBytes, v[i]);
+}
+
+// For lengths at which looking at alignment does not pay.
+void copyShort(Kuv8u* dst, const Kuv8u* src, ptrdiff_t n) {
+    if (n < vectorBytes) return copyFew(dst, src, n);
+    ptrdiff_t i = 0;
+    for (; n - i >= 4 * vectorBytes; i += 4 * vectorBytes) copyVectors<4>(dst + i, src + i);
+    for (; n - i >= vectorBytes; i += vectorBytes) copyVectors<1>(dst + i, src + i);
+    if (i < n) copyVectors<1>(dst + n - vectorBytes, src + n - vectorBytes);
+}
+
+// From the first byte to the last, on aligned vectors of the destination.
+void copyForward(Kuv8u* dst, const Kuv8u* src, ptrdiff_t n) {
+    const ptrdiff_t head = bytesToBoundary(dst, blockBytes);
+    if (n < head + 2 * blockBytes) return copyShort(dst, src, n);
+    copyShort(dst, src, head);
+    copyShort(dst + head, src + head, n - head);
+}
+
+// From the last block to the first. Where the destination stands shortly behind the source within a page, reads of a forward copy
+// would seem to depend on the writes before them.
+void copyBackward(Kuv8u* dst, const Kuv8u* src, ptrdiff_t n) {
+    ptrdiff_t end = n - offsetIn(dst + n, blockBytes);
+    if (end < blockBytes) return copyShort(dst, src, n);
+    copyShort(dst + end, src + end, n - end);
+    for (; end >= blockBytes; end -= blockBytes) copyVectors<blockBytes / vectorBytes>(dst + end - blockBytes, src + end - blockBytes);
+    copyShort(dst, src, end);
+}
+
+// Past the caches. The caller closes with a fence.
+void copyStreaming(Kuv8u* dst, const Kuv8u* src, ptrdiff_t n) {
+    ptrdiff_t i = bytesToBoundary(dst, blockBytes);
+    if (n < i + blockBytes) return copyShort(dst, src, n);
+    copyShort(dst, src, i);
+    for (; n - i >= blockBytes; i += blockBytes) {
+        ByteVector v[blockBytes / vectorBytes];
+#pragma GCC unroll 4
+        for (int k = 0; k < blockBytes / vectorBytes; ++k) v[k] = load<ByteVector>(src + i + k * vectorBytes);
+#pragma GCC unroll 4
+        for (int k = 0; k < blockBytes / vectorBytes; ++k) stream(dst + i + k * vectorBytes, v[k]);
+    }
+    copyShort(dst + i, src + i, n - i);
+}
+
+// A constant, repeated: two vectors of it, so that one can be read from any phase.
+template <class T>
+class FillPattern {
+public:
+    explicit FillPattern(T value) : lanes_(as<Kuv8u>(fill<Vector<T, vectorBytes>>(value))) {
+        store(bytes_, lanes_);
+        store(bytes_ + vectorBytes, lanes_);
+    }
+    KUV_INLINE ByteVector lanes() const { return lanes_; }
+    KUV_INLINE ByteVector lanesFrom(ptrdiff_t phase) const {
+        constexpr ptrdiff_t period = sizeof(T);
+        return phase % period == 0 ? lanes_ : load<ByteVector>(bytes_ + phase % period);
+    }
+    const Kuv8u* bytes() const { return bytes_; }
+
+private:
+    ByteVector lanes_;
+    Kuv8u bytes_[2 * vectorBytes];
+};
+
+// Fills n bytes by a string move, which the processor does at its own best width and without reading what it overwrites.
+template <class T>
+void fillString(Kuv8u* dst, ptrdiff_t n, const FillPattern<T>& pattern) {
+    const Kuv64u eight = loadSample(reinterpret_cast<const Kuv64u*>(pattern.bytes()));
+    ptrdiff_t count = n / 8;
+    asm volatile("rep stosq" : "+D"(dst), "+c"(count) : "a"(eight) : "memory");
+    copyFew(dst, pattern.bytes(), n % 8);
+}
+
+// From so many bytes on, processors with AVX2 do no better with vectors.
+constexpr ptrdiff_t leastString = 32768;
+
+// Fills n bytes, whole samples. Streams past the caches if asked to; the caller closes with a fence then.
+template <class T>
+void fillRun(Kuv8u* dst, ptrdiff_t n, const FillPattern<T>& pattern, bool streaming) {
+    if (n < vectorBytes) return copyFew(dst, pattern.bytes(), n);
+    if (hasAVX2 && n > leastString && !streaming) return fillString(dst, n, pattern);
+    store(dst, pattern.lanes());
+    // Aligned vectors may begin within a sample.
+    ptrdiff_t i = bytesToBoundary(dst, vectorBytes);
+    const ByteVector v = pattern.lanesFrom(i);
+    if (streaming) {
+        for (; n - i >= vectorBytes; i += vectorBytes) stream(dst + i, v);
+    } else {
+        constexpr ptrdiff_t unrolled = 4 * vectorBytes;
+        for (; n - i >= unrolled; i += unrolled) {
+#pragma GCC unroll 4
+            for (ptrdiff_t k = 0; k < unrolled; k += vectorBytes) store(dst + i + k, v);
+        }
+        for (; n - i >= vectorBytes; i += vectorBytes) store(dst + i, v);
+    }
+    store(dst + n - vectorBytes, pattern.lanes());
+}
+
+}  // namespace
+}  // namespace kuv::KUV_VARIANT

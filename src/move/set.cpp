@@ -1,0 +1,97 @@
+// Fills with a constant.
+#include "core/checks.hpp"
+#include "move/runs.hpp"
+
+namespace kuv::KUV_VARIANT {
+namespace {
+
+// Fills below these many bytes never ask for the size of the cache; 16-bit fills never stream.
+constexpr Kuv64s leastAsked8u = 0x600001, leastAsked32s = 0x80001, neverAsked = 0x7FFFFFFFFFFFFFFF;
+
+template <class T>
+KuvStatus setImage(T value, T* dst, Kuv32s dstStep, KuviSize roi, Kuv64s leastAsked) {
+    if (anyNull(dst)) return kuvStatusNullPtr;
+    if (emptyRoi(roi)) return kuvStatusBadSize;
+    if constexpr (!hasVectors) {
+        for (ptrdiff_t row = 0; row < roi.height; ++row) {
+            T* const to = rowAt(dst, dstStep, row);
+            for (ptrdiff_t i = 0; i < roi.width; ++i) storeSample(to + i, value);
+        }
+    } else {
+        ptrdiff_t rowBytes = ptrdiff_t{roi.width} * static_cast<ptrdiff_t>(sizeof(T)), rows = roi.height;
+        // A size that 32 bits cannot tell counts as a small one.
+        const bool fits = rowBytes <= 0x7FFFFFFF / rows;
+        const bool streaming = fits && rowBytes * rows >= leastAsked && exceedsCache(rowBytes * rows, 1);
+        if (dstStep == rowBytes) {
+            rowBytes *= rows;
+            rows = 1;
+        }
+        const FillPattern<T> pattern(value);
+        for (ptrdiff_t row = 0; row < rows; ++row) fillRun(bytesOf(rowAt(dst, dstStep, row)), rowBytes, pattern, streaming);
+        if (streaming) streamFence();
+    }
+    return kuvStatusOk;
+}
+
+// Every fourth byte of a row, the first among them.
+void setChannelOf4(Kuv8u* dst, ptrdiff_t pixels, Kuv8u value) {
+    ptrdiff_t i = 0;
+    if constexpr (hasVectors) {
+        using Pixels = Native<Kuv32s>;
+        const Pixels channel = fill<Pixels>(0xFF), wanted = fill<Pixels>(value);
+        const auto some = [&](ptrdiff_t at) {
+            const Pixels old = as<Kuv32s>(load<ByteVector>(dst + 4 * at));
+            store(dst + 4 * at, as<Kuv8u>(bitOr(bitAndNot(channel, old), wanted)));
+        };
+        // The last pixel's other bytes may not be the caller's. The overlapping last vector comes first: its stores have reached the cache
+        // when the loop reads there.
+        const ptrdiff_t whole = pixels - 1;
+        if (whole >= Pixels::lanes) {
+            some(whole - Pixels::lanes);
+            for (; whole - i > Pixels::lanes; i += Pixels::lanes) some(i);
+            i = whole;
+        }
+    }
+    for (; i < pixels; ++i) dst[4 * i] = value;
+}
+
+}  // namespace
+}  // namespace kuv::KUV_VARIANT
+
+KuvStatus KUV_VARIANT_FUNCTION(kuviSet_8u_C1R)(Kuv8u value, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize) {
+    return kuv::KUV_VARIANT::setImage(value, dst, dstStep, roiSize, kuv::KUV_VARIANT::leastAsked8u);
+}
+
+KuvStatus KUV_VARIANT_FUNCTION(kuviSet_16u_C1R)(Kuv16u value, Kuv16u* dst, Kuv32s dstStep, KuviSize roiSize) {
+    return kuv::KUV_VARIANT::setImage(value, dst, dstStep, roiSize, kuv::KUV_VARIANT::neverAsked);
+}
+
+KuvStatus KUV_VARIANT_FUNCTION(kuviSet_32s_C1R)(Kuv32s value, Kuv32s* dst, Kuv32s dstStep, KuviSize roiSize) {
+    return kuv::KUV_VARIANT::setImage(value, dst, dstStep, roiSize, kuv::KUV_VARIANT::leastAsked32s);
+}
+
+// As integers, so that a NaN keeps its bits.
+KuvStatus KUV_VARIANT_FUNCTION(kuviSet_32f_C1R)(Kuv32f value, Kuv32f* dst, Kuv32s dstStep, KuviSize roiSize) {
+    using namespace kuv::KUV_VARIANT;
+    return setImage(__builtin_bit_cast(Kuv32s, value), reinterpret_cast<Kuv32s*>(dst), dstStep, roiSize, leastAsked32s);
+}
+
+KuvStatus KUV_VARIANT_FUNCTION(kuviSet_8u_C4CR)(Kuv8u value, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize) {
+    using namespace kuv::KUV_VARIANT;
+    if (anyNull(dst)) return kuvStatusNullPtr;
+    if (emptyRoi(roiSize)) return kuvStatusBadSize;
+    for (ptrdiff_t row = 0; row < roiSize.height; ++row) setChannelOf4(rowAt(dst, dstStep, row), roiSize.width, value);
+    return kuvStatusOk;
+}
+
+KuvStatus KUV_VARIANT_FUNCTION(kuvsZero_8u)(Kuv8u* dst, Kuv32s len) {
+    using namespace kuv::KUV_VARIANT;
+    if (anyNull(dst)) return kuvStatusNullPtr;
+    if (len < 1) return kuvStatusBadSize;
+    if constexpr (hasVectors) {
+        fillRun(dst, len, FillPattern<Kuv8u>(0), false);
+    } else {
+        for (ptrdiff_t i = 0; i < len; ++i) dst[i] = 0;
+    }
+    return kuvStatusOk;
+}

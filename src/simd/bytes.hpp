@@ -1,0 +1,73 @@
+// Bytes moved within 16, and registers whose halves stand apart in memory.
+#pragma once
+
+#include "core/rows.hpp"
+#include "simd/integer.hpp"
+
+namespace kuv::KUV_VARIANT {
+namespace {
+
+// Each 16 bytes of a register from or to a place `distance` bytes after that of the 16 before. Loaded with a distance of 0 they
+// repeat.
+template <class V>
+KUV_INLINE V loadParts(const Kuv8u* from, [[maybe_unused]] ptrdiff_t distance) {
+    const Vector<Kuv8u, 16> low = load<Vector<Kuv8u, 16>>(from);
+    if constexpr (V::bytes == 16) {
+        return low;
+    } else {
+        KUV_AVX2(const auto high = load<Vector<Kuv8u, 16>>(from + distance);
+                 return {_mm256_inserti128_si256(_mm256_castsi128_si256(low.raw), high.raw, 1)};)
+    }
+}
+
+template <class V>
+KUV_INLINE void storeParts(Kuv8u* to, [[maybe_unused]] ptrdiff_t distance, V value) {
+    if constexpr (V::bytes == 16) {
+        store(to, value);
+    } else {
+        KUV_AVX2(store<Vector<Kuv8u, 16>>(to, {_mm256_castsi256_si128(value.raw)});
+                 store<Vector<Kuv8u, 16>>(to + distance, {_mm256_extracti128_si256(value.raw, 1)});)
+    }
+}
+
+// Three registers one after the other: first the low 16 bytes of each, then the high ones.
+KUV_INLINE void storeParts3(Kuv8u* to, Vector<Kuv8u, 16> a, Vector<Kuv8u, 16> b, Vector<Kuv8u, 16> c) {
+    store(to, a);
+    store(to + 16, b);
+    store(to + 32, c);
+}
+KUV_AVX2(KUV_INLINE void storeParts3(Kuv8u* to, Vector<Kuv8u, 32> a, Vector<Kuv8u, 32> b, Vector<Kuv8u, 32> c) {
+    store<Vector<Kuv8u, 32>>(to, {_mm256_permute2x128_si256(a.raw, b.raw, 0x20)});
+    store<Vector<Kuv8u, 32>>(to + 32, {_mm256_permute2x128_si256(c.raw, a.raw, 0x30)});
+    store<Vector<Kuv8u, 32>>(to + 64, {_mm256_permute2x128_si256(b.raw, c.raw, 0x31)});
+})
+
+// Lanes of 16 bits from as many bytes in memory.
+template <class V>
+KUV_INLINE V loadWidened(const Kuv8u* from) {
+    static_assert(sizeof(typename V::Lane) == 2);
+    if constexpr (V::bytes == 32) {
+        KUV_AVX2(return {_mm256_cvtepu8_epi16(load<Vector<Kuv8u, 16>>(from).raw)};)
+    } else {
+        return {_mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(from)), _mm_setzero_si128())};
+    }
+}
+
+// Ones where the highest bit of the byte is set.
+template <int bytes>
+KUV_INLINE Vector<Kuv8u, bytes> signsOf(Vector<Kuv8u, bytes> v) {
+    return as<Kuv8u>(greater(as<Kuv8s>(fill<Vector<Kuv8u, bytes>>(0)), as<Kuv8s>(v)));
+}
+
+#ifdef __SSSE3__
+// Within each 16 bytes: v[index[i] & 15], or 0 where the index has its highest bit set.
+KUV_INLINE Vector<Kuv8u, 16> shuffleBytes(Vector<Kuv8u, 16> v, Vector<Kuv8u, 16> index) {
+    return {_mm_shuffle_epi8(v.raw, index.raw)};
+}
+KUV_AVX2(KUV_INLINE Vector<Kuv8u, 32> shuffleBytes(Vector<Kuv8u, 32> v, Vector<Kuv8u, 32> index) {
+    return {_mm256_shuffle_epi8(v.raw, index.raw)};
+})
+#endif
+
+}  // namespace
+}  // namespace kuv::KUV_VARIANT
