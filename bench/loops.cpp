@@ -30,6 +30,52 @@ KUV_SET_LOOP(set32, Kuv32s, 1)
 KUV_SET_LOOP(setReal, Kuv32f, 1)
 KUV_SET_LOOP(setChannelOf4, Kuv8u, 4)
 
+// A statement for each sample x of the source; `to` is the destination's.
+#define KUV_EACH_SAMPLE(S, D, samples, ...)                                                                          \
+    for (ptrdiff_t y = 0; y < roiSize.height; ++y) {                                                                 \
+        const S* from = (const S*)((const char*)src + y * srcStep);                                                  \
+        D* to = (D*)((char*)dst + y * dstStep);                                                                      \
+        for (ptrdiff_t i = 0; i < (ptrdiff_t)samples * roiSize.width; ++i) {                                         \
+            const S x = from[i];                                                                                     \
+            to[i] = __VA_ARGS__;                                                                                     \
+        }                                                                                                            \
+    }                                                                                                                \
+    return kuvStatusOk;
+
+#define KUV_CONVERT_LOOP(name, S, D, samples, ...)                                                                   \
+    KuvStatus KUV_LOOP(name)(const S* src, Kuv32s srcStep, D* dst, Kuv32s dstStep, KuviSize roiSize) {               \
+        KUV_EACH_SAMPLE(S, D, samples, __VA_ARGS__)                                                                  \
+    }
+KUV_CONVERT_LOOP(convert8to32f, Kuv8u, Kuv32f, 1, (Kuv32f)x)
+KUV_CONVERT_LOOP(convertThree8to32f, Kuv8u, Kuv32f, 3, (Kuv32f)x)
+KUV_CONVERT_LOOP(convert16to32f, Kuv16u, Kuv32f, 1, (Kuv32f)x)
+KUV_CONVERT_LOOP(convert16to8, Kuv16u, Kuv8u, 1, (Kuv8u)(x < 255 ? x : 255))
+KUV_CONVERT_LOOP(convertThree16to8, Kuv16u, Kuv8u, 3, (Kuv8u)(x < 255 ? x : 255))
+
+static inline Kuv32f clamped(Kuv32f x, Kuv32f lowest, Kuv32f highest) {
+    return x > highest ? highest : x > lowest ? x : lowest;
+}
+
+KuvStatus KUV_LOOP(convert32fTo8)(const Kuv32f* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize, Kuv32s roundMode) {
+    if (roundMode == 0) {
+        KUV_EACH_SAMPLE(Kuv32f, Kuv8u, 3, (Kuv8u)(int)clamped(x, 0, 255))
+    } else if (roundMode == 1) {
+        KUV_EACH_SAMPLE(Kuv32f, Kuv8u, 3, (Kuv8u)(int)__builtin_rintf(clamped(x, 0, 255)))
+    } else {
+        KUV_EACH_SAMPLE(Kuv32f, Kuv8u, 3, (Kuv8u)(int)(clamped(x, 0, 255) + 0.5f))
+    }
+}
+
+KuvStatus KUV_LOOP(scale8to32f)(const Kuv8u* src, Kuv32s srcStep, Kuv32f* dst, Kuv32s dstStep, KuviSize roiSize, Kuv32f vMin, Kuv32f vMax) {
+    const Kuv64f step = ((Kuv64f)vMax - vMin) / 255, lowest = vMin;
+    KUV_EACH_SAMPLE(Kuv8u, Kuv32f, 3, (Kuv32f)(step * x + lowest))
+}
+
+KuvStatus KUV_LOOP(scale32fTo8)(const Kuv32f* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize, Kuv32f vMin, Kuv32f vMax) {
+    const Kuv64f k = 255 / ((Kuv64f)vMax - vMin), start = 0.5 - vMin * k;
+    KUV_EACH_SAMPLE(Kuv32f, Kuv8u, 3, (Kuv8u)(int)(start + clamped(x, vMin, vMax) * k))
+}
+
 #define KUV_SWAP_LOOP(name, T, channels)                                                                             \
     KuvStatus KUV_LOOP(name)(const T* src, Kuv32s srcStep, T* dst, Kuv32s dstStep, KuviSize roiSize, const Kuv32s* dstOrder) { \
         const ptrdiff_t first = dstOrder[0], second = dstOrder[1], third = dstOrder[2];                              \

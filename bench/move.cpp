@@ -86,6 +86,22 @@ KUV_LOOP_PEERS(kuviSet_32f_C1R, setReal, Constant<Kuv32f>)
 KUV_BENCHMARK(kuviSet_8u_C4CR, "aligned", Constant<Kuv8u, 4>)
 KUV_LOOP_PEERS(kuviSet_8u_C4CR, setChannelOf4, Constant<Kuv8u, 4>)
 
+#define CONVERSION(function, name, loop, ...)               \
+    KUV_BENCHMARK(function, name, __VA_ARGS__)              \
+    KUV_LOOP_PEERS(function, loop, __VA_ARGS__)
+CONVERSION(kuviConvert_8u32f_C1R, "aligned", convert8to32f, Converted<Kuv8u, Kuv32f, 1>)
+CONVERSION(kuviConvert_8u32f_C1R, "unaligned", convert8to32f, Converted<Kuv8u, Kuv32f, 1, false>)
+CONVERSION(kuviConvert_8u32f_C3R, "aligned", convertThree8to32f, Converted<Kuv8u, Kuv32f, 3>)
+CONVERSION(kuviConvert_16u32f_C1R, "aligned", convert16to32f, Converted<Kuv16u, Kuv32f, 1>)
+CONVERSION(kuviConvert_16u8u_C1R, "aligned", convert16to8, Converted<Kuv16u, Kuv8u, 1>)
+CONVERSION(kuviConvert_16u8u_C1R, "unaligned", convert16to8, Converted<Kuv16u, Kuv8u, 1, false>)
+CONVERSION(kuviConvert_16u8u_C3R, "aligned", convertThree16to8, Converted<Kuv16u, Kuv8u, 3>)
+CONVERSION(kuviConvert_32f8u_C3R, "toward zero", convert32fTo8, Rounded<0>)
+CONVERSION(kuviConvert_32f8u_C3R, "to even", convert32fTo8, Rounded<1>)
+CONVERSION(kuviConvert_32f8u_C3R, "from zero", convert32fTo8, Rounded<2>)
+CONVERSION(kuviScale_8u32f_C3R, "aligned", scale8to32f, Scaled<Kuv8u, Kuv32f>)
+CONVERSION(kuviScale_32f8u_C3R, "aligned", scale32fTo8, Scaled<Kuv32f, Kuv8u>)
+
 KUV_BENCHMARK(kuviSwapChannels_8u_C3R, "aligned", Reversed<Kuv8u, 3>)
 KUV_BENCHMARK(kuviSwapChannels_8u_C3R, "unaligned", Reversed<Kuv8u, 3, false>)
 KUV_BENCHMARK(kuviSwapChannels_16u_C3R, "aligned", Reversed<Kuv16u, 3>)

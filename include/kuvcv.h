@@ -452,6 +452,89 @@ KUV_API KuvStatus kuviSet_32f_C1R(Kuv32f value, Kuv32f* dst, Kuv32s dstStep, Kuv
  *  @param roiSize size in pixels, at least 1 by 1
  *  @return #kuvStatusNullPtr if `dst` is null; #kuvStatusBadSize if the width or height is below 1; else #kuvStatusOk. */
 KUV_API KuvStatus kuviSet_8u_C4CR(Kuv8u value, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize);
+
+/** @name Conversions between types
+ *  - `8u32f`, `16u32f`: `dst(x, y) = src(x, y)`, which is exact.
+ *  - `16u8u`: `dst(x, y) = min(src(x, y), 255)`.
+ *
+ *  Step class A. The image may bypass the caches on its way to `dst` if it exceeds them. What an overlap of the images gives is not
+ *  stated.
+ *
+ *  `src`, `dst`: the images. `srcStep`, `dstStep`: their row steps in bytes. `roiSize`: size in pixels, at least 1 by 1.
+ *
+ *  Returns #kuvStatusNullPtr if `src` or `dst` is null; #kuvStatusBadSize if the width or height is below 1; #kuvStatusBadStep if
+ *  `srcStep` or `dstStep` is below 1; else #kuvStatusOk. In kuviConvert_8u32f_C3R() alone a width below 1 gives #kuvStatusBadSize before
+ *  the pointers are looked at.
+ *  @{ */
+KUV_API KuvStatus kuviConvert_8u32f_C1R(const Kuv8u* src, Kuv32s srcStep, Kuv32f* dst, Kuv32s dstStep, KuviSize roiSize);
+KUV_API KuvStatus kuviConvert_8u32f_C3R(const Kuv8u* src, Kuv32s srcStep, Kuv32f* dst, Kuv32s dstStep, KuviSize roiSize);
+KUV_API KuvStatus kuviConvert_16u32f_C1R(const Kuv16u* src, Kuv32s srcStep, Kuv32f* dst, Kuv32s dstStep, KuviSize roiSize);
+KUV_API KuvStatus kuviConvert_16u8u_C1R(const Kuv16u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize);
+KUV_API KuvStatus kuviConvert_16u8u_C3R(const Kuv16u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize);
+/** @} */
+
+/** Converts single precision to 8 bits: `dst(x, y)[c] = min(max(round(src(x, y)[c]), 0), 255)`.
+ *
+ *  `round` goes toward zero with a `roundMode` of 0, to the nearest integer and from halves to the even one with 1, and to the nearest
+ *  and from halves away from zero with any other. A NaN gives 0. The result does not depend on the processor's rounding mode, which
+ *  is the caller's again when the function returns.
+ *
+ *  Step class A. The image may bypass the caches on its way to `dst` if it exceeds them. What an overlap of the images gives is not
+ *  stated.
+ *
+ *  @param src the source
+ *  @param srcStep row step of `src` in bytes
+ *  @param dst the destination
+ *  @param dstStep row step of `dst` in bytes
+ *  @param roiSize size in pixels, at least 1 by 1
+ *  @param roundMode 0, 1, or any other value; see above
+ *  @return #kuvStatusNullPtr if `src` or `dst` is null; #kuvStatusBadSize if the width or height is below 1; #kuvStatusBadStep if
+ *          `srcStep` or `dstStep` is below 1; else #kuvStatusOk. */
+KUV_API KuvStatus kuviConvert_32f8u_C3R(const Kuv32f* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize,
+                                        Kuv32s roundMode);
+
+/** Lays the range of 8 bits on another: `dst(x, y)[c] = s * src(x, y)[c] + vMin` with `s = (vMax - vMin) / 255`.
+ *
+ *  In double precision, each operation rounded by itself and none fused, and the sum rounded once more to single precision; in the
+ *  caller's rounding mode. So 0 gives `vMin`, and 255 gives `vMax` within rounding.
+ *
+ *  Step class A. The image may bypass the caches on its way to `dst` if it exceeds them. What an overlap of the images gives is not
+ *  stated.
+ *
+ *  @param src the source
+ *  @param srcStep row step of `src` in bytes
+ *  @param dst the destination
+ *  @param dstStep row step of `dst` in bytes
+ *  @param roiSize size in pixels, at least 1 by 1
+ *  @param vMin what 0 becomes
+ *  @param vMax what 255 becomes
+ *  @return #kuvStatusEmptyRange if `vMax - vMin` is 0 or below (a NaN is neither); #kuvStatusNullPtr if `src` or `dst` is null;
+ *          #kuvStatusBadSize if the width or height is below 1; #kuvStatusBadStep if `srcStep` or `dstStep` is below 1; else
+ *          #kuvStatusOk. */
+KUV_API KuvStatus kuviScale_8u32f_C3R(const Kuv8u* src, Kuv32s srcStep, Kuv32f* dst, Kuv32s dstStep, KuviSize roiSize, Kuv32f vMin,
+                                      Kuv32f vMax);
+
+/** Lays a range on that of 8 bits: `dst(x, y)[c] = round((src(x, y)[c] - vMin) * 255 / (vMax - vMin))`, from 0 to 255.
+ *
+ *  Exactly: samples of `vMax` and more give 255, others of `vMin` and less give 0. Between them, in double precision, each operation
+ *  rounded by itself and none fused, in the caller's rounding mode: with `k = 255 / (vMax - vMin)` and `b = -(vMin * k)`, and `i` the
+ *  integer part of `y = (0.5 + b) + x * k`, the result is `i - 1` if `i` is odd and equals `y`, else `i`. So halves go to the even
+ *  neighbour. A NaN gives 0.
+ *
+ *  Step class A. The image may bypass the caches on its way to `dst` if it exceeds them. What an overlap of the images gives is not
+ *  stated.
+ *
+ *  @param src the source
+ *  @param srcStep row step of `src` in bytes
+ *  @param dst the destination
+ *  @param dstStep row step of `dst` in bytes
+ *  @param roiSize size in pixels, at least 1 by 1
+ *  @param vMin what becomes 0
+ *  @param vMax what becomes 255
+ *  @return as kuviScale_8u32f_C3R() */
+KUV_API KuvStatus kuviScale_32f8u_C3R(const Kuv32f* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize, Kuv32f vMin,
+                                      Kuv32f vMax);
+
 /** @name Channels reordered
  *  `dst(x, y)[c] = src(x, y)[dstOrder[c]]` for each colour channel c: {2, 1, 0} reverses three channels, {0, 0, 0} spreads the first.
  *

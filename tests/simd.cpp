@@ -40,15 +40,14 @@ Reference binary(F f) {
 
 // Both halves of each 16 bytes of the result, from f of 16 bytes of a and of b.
 template <class T, class R>
-Reference packed() {
-    return [](In a, In b, In, int bytes, Out result) {
+Reference packed(int shift = sizeof(T) == 4 ? 1 : 0) {
+    return [shift](In a, In b, In, int bytes, Out result) {
         constexpr int n = 16 / sizeof(T);
         const auto limited = [](std::int64_t v) {
             return static_cast<R>(std::clamp<std::int64_t>(v, std::numeric_limits<R>::min(), std::numeric_limits<R>::max()));
         };
         for (int half = 0; half < bytes / 16; ++half) {
             for (int i = 0; i < n; ++i) {
-                const int shift = sizeof(T) == 4 ? 1 : 0;
                 store(result, half * 2 * n + i, limited(load<T>(a, half * n + i) >> shift));
                 store(result, half * 2 * n + n + i, limited(load<T>(b, half * n + i) >> shift));
             }
@@ -119,6 +118,16 @@ void multiplyAddPairsOfWords(In a, In b, In, int bytes, Out result) {
         const auto product = [&](int j) { return std::int64_t{load<Kuv16s>(a, j)} * load<Kuv16s>(b, j); };
         store(result, i, static_cast<std::int32_t>(product(2 * i) + product(2 * i + 1)));
     }
+}
+
+// A NaN and what does not fit become the lowest integer.
+Reference toIntegers(double (*cut)(double)) {
+    return [cut](In a, In, In, int bytes, Out result) {
+        for (int i = 0; i < lanesIn<float>(bytes); ++i) {
+            const double x = cut(load<float>(a, i));
+            store(result, i, x >= -0x1p31 && x < 0x1p31 ? static_cast<Kuv32s>(x) : std::numeric_limits<Kuv32s>::min());
+        }
+    };
 }
 
 template <class T>
@@ -199,8 +208,23 @@ const std::map<std::string, Reference>& references() {
         {"loadWidened Kuv16u", [](In a, In, In, int bytes, Out result) {
             for (int i = 0; i < lanesIn<Kuv16u>(bytes); ++i) store(result, i, Kuv16u{a[i]});
         }},
+        {"loadWidened Kuv32s", [](In a, In, In, int bytes, Out result) {
+            for (int i = 0; i < lanesIn<Kuv32s>(bytes); ++i) store(result, i, Kuv32s{a[i]});
+        }},
+        {"loadWidened of words Kuv32s", [](In a, In, In, int bytes, Out result) {
+            for (int i = 0; i < lanesIn<Kuv32s>(bytes); ++i) store(result, i, Kuv32s{load<Kuv16u>(a, i)});
+        }},
         {"signsOf Kuv8u", binary<Kuv8u>([](auto a, auto) { return a >= 0x80 ? 0xFF : 0; })},
-        {"pack Kuv16s", packed<Kuv16s, Kuv8s>()},
+        {"pack Kuv16s", packed<Kuv16s, Kuv8s>()}, {"pack Kuv32s", packed<Kuv32s, Kuv16s>(0)},
+        {"narrowed Kuv16s", [](In a, In b, In, int bytes, Out result) {
+            for (int i = 0; i < bytes; ++i) result[i] = static_cast<unsigned char>(std::clamp<int>(load<Kuv16s>(i < bytes / 2 ? a : b, i % (bytes / 2)), 0, 255));
+        }},
+        {"narrowed Kuv32s", [](In a, In b, In c, int bytes, Out result) {
+            for (int i = 0; i < bytes; ++i) {
+                const In from = std::array{a, b, c, a}[static_cast<std::size_t>(i / (bytes / 4))];
+                result[i] = static_cast<unsigned char>(std::clamp(load<Kuv32s>(from, i % (bytes / 4)), 0, 255));
+            }
+        }},
         {"packUnsigned Kuv16s", packed<Kuv16s, Kuv8u>()}, {"packUnsigned Kuv32s", packed<Kuv32s, Kuv16u>()},
         {"interleaveHalves Kuv8u", halvesInterleaved<Kuv8u>()}, {"interleaveHalves Kuv16u", halvesInterleaved<Kuv16u>()},
         {"mergeEvenOdd Kuv16u", [](In a, In b, In, int bytes, Out result) {
@@ -216,6 +240,32 @@ const std::map<std::string, Reference>& references() {
         }},
         {"storeInterleaved3 Kuv8u", interleaved3<Kuv8u>()}, {"storeInterleaved3 Kuv16u", interleaved3<Kuv16u>()},
         {"add Kuv32f", addReal}, {"single add Kuv32f", addReal},
+        {"multiply Kuv32f", [](In a, In b, In, int bytes, Out result) {
+            for (int i = 0; i < lanesIn<float>(bytes); ++i) {
+                const float x = load<float>(a, i), y = load<float>(b, i);
+                if (std::isnan(x) || std::isnan(y)) store(result, i, load<std::uint32_t>(std::isnan(x) ? a : b, i) | 0x00400000);
+                else if (std::isnan(x * y)) store(result, i, 0xFFC00000u);
+                else store(result, i, x * y);
+            }
+        }},
+        {"minimum Kuv32f", [](In a, In b, In, int bytes, Out result) {
+            for (int i = 0; i < lanesIn<float>(bytes); ++i) {
+                store(result, i, load<std::uint32_t>(load<float>(a, i) < load<float>(b, i) ? a : b, i));
+            }
+        }},
+        {"fill Kuv32f", filled<Kuv32u>()}, {"stream Kuv32f", binary<Kuv8u>([](auto a, auto) { return a; })},
+        {"toReals Kuv32s", [](In a, In, In, int bytes, Out result) {
+            for (int i = 0; i < lanesIn<Kuv32s>(bytes); ++i) store(result, i, static_cast<float>(load<Kuv32s>(a, i)));
+        }},
+        {"truncated Kuv32s", toIntegers([](double x) { return std::trunc(x); })},
+        {"rounded Kuv32s", toIntegers([](double x) { return std::nearbyint(x); })},
+        {"atLeast Kuv32s", [](In a, In b, In, int bytes, Out result) {
+            for (int i = 0; i < lanesIn<float>(bytes); ++i) store(result, i, load<float>(a, i) >= load<float>(b, i) ? -1 : 0);
+        }},
+        {"inDoubles from integers Kuv32s", [](In a, In, In, int bytes, Out result) {
+            for (int i = 0; i < lanesIn<Kuv32s>(bytes); ++i) store(result, i, static_cast<float>(load<Kuv32s>(a, i) * 0.1 - 7.0));
+        }},
+        {"inDoubles to integers Kuv32s", toIntegers([](double x) { return std::trunc(x == std::trunc(x) ? x - 0.5 : x); })},
     };
     return all;
 }

@@ -36,6 +36,20 @@ KUV_INLINE void put(unsigned char* to, Kuv32u value) { storeSample(reinterpret_c
 #define BINARY(operation, T) OPERATION(#operation, T, operation(a, b))
 #define SHIFT(operation, count, T) OPERATION(#operation "<" #count ">", T, operation<count>(a))
 
+#define REAL(operation, T, ...) {operation, 16, WITH(T, 16, __VA_ARGS__)}, KUV_AVX({operation, 32, WITH(T, 32, __VA_ARGS__)},)
+#define REAL_BINARY(operation, T) REAL(#operation " " #T, T, put(result, operation(a, b)))
+
+using Doubles = Native<Kuv64f>;
+
+template <class T>
+KUV_INLINE Vector<T, 16> four(const unsigned char* from, int lane) {
+    return get<Vector<T, 16>>(from + 4 * lane);
+}
+template <int bytes, class Half>
+KUV_INLINE void putReals(unsigned char* to, Half half) {
+    put(to, fromHalves<Vector<Kuv32f, bytes>>(half));
+}
+
 constexpr SimdOperation operations[] = {
     OPERATION("load", Kuv8u, a)
     RUN("stream", Kuv8u, alignas(32) Kuv8u block[V::bytes]; stream(block, a); streamFence(); put(result, load<V>(block)))
@@ -79,11 +93,15 @@ constexpr SimdOperation operations[] = {
 
     BINARY(interleaveLow, Kuv8u) BINARY(interleaveLow, Kuv16u) BINARY(interleaveHigh, Kuv8u) BINARY(interleaveHigh, Kuv16u)
     OPERATION("loadWidened", Kuv16u, loadWidened<V>(first))
+    OPERATION("loadWidened", Kuv32s, loadWidened<V>(first))
+    OPERATION("loadWidened of words", Kuv32s, loadWidened<V>(reinterpret_cast<const Kuv16u*>(first)))
     OPERATION("signsOf", Kuv8u, signsOf(a))
-    BINARY(pack, Kuv16s)
+    BINARY(pack, Kuv16s) BINARY(pack, Kuv32s)
     BINARY(packUnsigned, Kuv16s)
     // Half the range: what is outside of it must not be packed.
     OPERATION("packUnsigned", Kuv32s, packUnsigned(shiftRight<1>(a), shiftRight<1>(b)))
+    BINARY(narrowed, Kuv16s)
+    OPERATION("narrowed", Kuv32s, narrowed(a, b, c, a))
     OPERATION("interleaveHalves", Kuv8u, interleaveHalves(a))
     OPERATION("interleaveHalves", Kuv16u, interleaveHalves(a))
     BINARY(mergeEvenOdd, Kuv16u)
@@ -93,8 +111,21 @@ constexpr SimdOperation operations[] = {
     RUN("storeInterleaved3", Kuv8u, storeInterleaved3(reinterpret_cast<Kuv8u*>(result), a, b, c))
     RUN("storeInterleaved3", Kuv16u, storeInterleaved3(reinterpret_cast<Kuv16u*>(result), a, b, c))
 
-    {"add Kuv32f", 16, WITH(Kuv32f, 16, put(result, add(a, b)))},
-    KUV_AVX({"add Kuv32f", 32, WITH(Kuv32f, 32, put(result, add(a, b)))},)
+    REAL_BINARY(add, Kuv32f) REAL_BINARY(multiply, Kuv32f) REAL_BINARY(minimum, Kuv32f)
+    REAL("fill Kuv32f", Kuv32f, put(result, fill<V>(a.raw[0])))
+    REAL("stream Kuv32f", Kuv32f, alignas(32) Kuv32f block[V::lanes]; stream(block, a); streamFence(); put(result, load<V>(block)))
+    OPERATION("toReals", Kuv32s, toReals(a))
+    OPERATION("truncated", Kuv32s, truncated(get<Vector<Kuv32f, V::bytes>>(first)))
+    OPERATION("rounded", Kuv32s, rounded(get<Vector<Kuv32f, V::bytes>>(first)))
+    RUN("atLeast", Kuv32s, put(result, fromHalves<V>([&](int lane) { return atLeast(four<Kuv32f>(first, lane), four<Kuv32f>(second, lane)); })))
+    RUN("inDoubles from integers", Kuv32s, putReals<V::bytes>(result, [&](int lane) {
+            return inDoubles(four<Kuv32s>(first, lane), [](Doubles x) { return toSingles(add(multiply(x, fill<Doubles>(0.1)), fill<Doubles>(-7))); });
+        }))
+    RUN("inDoubles to integers", Kuv32s, put(result, fromHalves<V>([&](int lane) {
+            return inDoubles(four<Kuv32f>(first, lane), [](Doubles x) {
+                return truncated(sub(x, whereEqual(fill<Doubles>(0.5), x, toDoubles<Doubles>(truncated(x)))));
+            });
+        })))
     {"single add Kuv32f", 4, [](const unsigned char* a, const unsigned char* b, const unsigned char*, unsigned char* result) {
         const auto one = [](const unsigned char* from) { return loadSample(reinterpret_cast<const Kuv32f*>(from)); };
         storeSample(reinterpret_cast<Kuv32f*>(result), add(one(a), one(b)));

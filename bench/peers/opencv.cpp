@@ -8,55 +8,121 @@ using namespace kuvbench;
 
 namespace {
 
-template <class Form>
-Run prepareSum(void* data) {
-    cv::setNumThreads(1);
-    Form& form = *static_cast<Form*>(data);
-    const auto matrixOf = [&form](Image<Kuv32f>& image) {
-        return cv::Mat(form.size.height, form.size.width, CV_32FC1, image.row(), static_cast<std::size_t>(image.step()));
+// `prepare` turns the data of a case into the work that is timed.
+template <class Form, class Prepare>
+bool addOpenCV(const char* function, Prepare prepare) {
+    const auto run = [prepare](void* data) -> Run {
+        cv::setNumThreads(1);
+        return {repeating(prepare(*static_cast<Form*>(data)))};
     };
-    return {repeating([src = matrixOf(form.src), srcDst = matrixOf(form.srcDst)]() mutable { cv::add(srcDst, src, srcDst); })};
+    return addPeer(function, typeid(Form), {CV_VERSION, false, nullptr, {"OpenCV", "", run}});
 }
 
-template <class Form>
-bool addSum() {
-    return addPeer("kuviAdd_32f_C1IR", typeid(Form), {CV_VERSION, false, nullptr, {"OpenCV", "", prepareSum<Form>}});
+template <class T>
+cv::Mat matrixOf(Image<T>& image, KuviSize size, int channels = 1) {
+    return cv::Mat(size.height, size.width, CV_MAKETYPE(cv::DataType<T>::depth, channels), image.row(), static_cast<std::size_t>(image.step()));
 }
 
-[[maybe_unused]] const bool added[] = {addSum<TwoInPlace<Kuv32f>>(), addSum<TwoInPlace<Kuv32f, false>>()};
+auto sum = [](auto& form) {
+    return [src = matrixOf(form.src, form.size), srcDst = matrixOf(form.srcDst, form.size)]() mutable { cv::add(srcDst, src, srcDst); };
+};
+[[maybe_unused]] const bool sums[] = {addOpenCV<TwoInPlace<Kuv32f>>("kuviAdd_32f_C1IR", sum),
+                                      addOpenCV<TwoInPlace<Kuv32f, false>>("kuviAdd_32f_C1IR", sum)};
+
+template <class T, int channels>
+bool addCopy(const char* function) {
+    const auto copy = [](auto& form) {
+        return [src = matrixOf(form.src, form.size, channels), dst = matrixOf(form.dst, form.size, channels)]() mutable { src.copyTo(dst); };
+    };
+    return addOpenCV<FromTo<T, channels>>(function, copy) && addOpenCV<FromTo<T, channels, channels, false>>(function, copy);
+}
+[[maybe_unused]] const bool copies[] = {addCopy<Kuv8u, 1>("kuviCopy_8u_C1R"),   addCopy<Kuv16u, 1>("kuviCopy_16u_C1R"),
+                                        addCopy<Kuv16s, 1>("kuviCopy_16s_C1R"), addCopy<Kuv32s, 1>("kuviCopy_32s_C1R"),
+                                        addCopy<Kuv32f, 1>("kuviCopy_32f_C1R"), addCopy<Kuv8u, 3>("kuviCopy_8u_C3R"),
+                                        addCopy<Kuv16u, 3>("kuviCopy_16u_C3R"), addCopy<Kuv8u, 4>("kuviCopy_8u_C4R")};
+
+// Channels go where the pairs tell.
+auto mixing(cv::Mat src, cv::Mat dst, std::vector<int> pairs) {
+    return [src, dst, pairs]() mutable { cv::mixChannels(&src, 1, &dst, 1, pairs.data(), pairs.size() / 2); };
+}
+
+template <class T, int srcChannels, int dstChannels>
+bool addLayout(const char* function) {
+    return addOpenCV<FromTo<T, srcChannels, dstChannels>>(function, [](auto& form) {
+        const auto pairs = srcChannels == 1 ? std::vector<int>{0, 0} : std::vector<int>{0, 0, 1, 1, 2, 2};
+        return mixing(matrixOf(form.src, form.size, srcChannels), matrixOf(form.dst, form.size, dstChannels), pairs);
+    });
+}
+[[maybe_unused]] const bool layouts[] = {
+    addLayout<Kuv8u, 4, 4>("kuviCopy_8u_AC4R"),   addLayout<Kuv16u, 4, 4>("kuviCopy_16u_AC4R"),   addLayout<Kuv8u, 3, 4>("kuviCopy_8u_C3AC4R"),
+    addLayout<Kuv16u, 3, 4>("kuviCopy_16u_C3AC4R"), addLayout<Kuv8u, 4, 3>("kuviCopy_8u_AC4C3R"), addLayout<Kuv16u, 4, 3>("kuviCopy_16u_AC4C3R"),
+    addLayout<Kuv8u, 1, 3>("kuviCopy_8u_C1C3R")};
+
+template <int channels>
+bool addPlanes(const char* function) {
+    return addOpenCV<Planar<channels>>(function, [](auto& form) {
+        const cv::Mat all = matrixOf(form.planes, {form.size.width, form.size.height * channels});
+        std::vector<cv::Mat> planes;
+        for (int c = 0; c < channels; ++c) planes.push_back(all.rowRange(c * form.size.height, (c + 1) * form.size.height));
+        return [planes, dst = matrixOf(form.dst, form.size, channels)]() mutable { cv::merge(planes, dst); };
+    });
+}
+
+template <class T>
+bool addMasked(const char* function) {
+    return addOpenCV<UnderMask<T>>(function, [](auto& form) {
+        return [src = matrixOf(form.src, form.size), dst = matrixOf(form.dst, form.size), mask = matrixOf(form.mask, form.size)]() mutable {
+            src.copyTo(dst, mask);
+        };
+    });
+}
+[[maybe_unused]] const bool assemblies[] = {addPlanes<3>("kuviCopy_8u_P3C3R"), addPlanes<4>("kuviCopy_8u_P4C4R"),
+                                            addMasked<Kuv8u>("kuviCopy_8u_C1MR"), addMasked<Kuv16u>("kuviCopy_16u_C1MR")};
+
+template <class T>
+bool addConstant(const char* function) {
+    return addOpenCV<Constant<T>>(function, [](auto& form) {
+        return [dst = matrixOf(form.dst, form.size)]() mutable { dst.setTo(cv::Scalar(41)); };
+    });
+}
+[[maybe_unused]] const bool constants[] = {addConstant<Kuv8u>("kuviSet_8u_C1R"), addConstant<Kuv16u>("kuviSet_16u_C1R"),
+                                           addConstant<Kuv32s>("kuviSet_32s_C1R"), addConstant<Kuv32f>("kuviSet_32f_C1R")};
+
+template <class Form, int channels>
+bool addConversion(const char* function) {
+    return addOpenCV<Form>(function, [](auto& form) {
+        const cv::Mat src = matrixOf(form.src, form.size, channels), dst = matrixOf(form.dst, form.size, channels);
+        return [src, dst, factor = Form::factor, offset = Form::offset]() mutable { src.convertTo(dst, dst.type(), factor, offset); };
+    });
+}
+[[maybe_unused]] const bool conversions[] = {addConversion<Converted<Kuv8u, Kuv32f, 1>, 1>("kuviConvert_8u32f_C1R"),
+                                             addConversion<Converted<Kuv8u, Kuv32f, 3>, 3>("kuviConvert_8u32f_C3R"),
+                                             addConversion<Converted<Kuv16u, Kuv32f, 1>, 1>("kuviConvert_16u32f_C1R"),
+                                             addConversion<Converted<Kuv16u, Kuv8u, 1>, 1>("kuviConvert_16u8u_C1R"),
+                                             addConversion<Converted<Kuv16u, Kuv8u, 3>, 3>("kuviConvert_16u8u_C3R"),
+                                             addConversion<Rounded<1>, 3>("kuviConvert_32f8u_C3R"),
+                                             addConversion<Scaled<Kuv8u, Kuv32f>, 3>("kuviScale_8u32f_C3R"),
+                                             addConversion<Scaled<Kuv32f, Kuv8u>, 3>("kuviScale_32f8u_C3R")};
 
 // It has no such operation in place: a second image takes the result.
-template <class Form, class T, int channels>
-Run prepareReversal(void* data) {
-    cv::setNumThreads(1);
-    Form& form = *static_cast<Form*>(data);
-    constexpr int type = CV_MAKETYPE(sizeof(T) == 1 ? CV_8U : CV_16U, channels);
-    const auto matrixOf = [&form](Image<T>& image) {
-        return cv::Mat(form.size.height, form.size.width, type, image.row(), static_cast<std::size_t>(image.step()));
-    };
-    cv::Mat src, dst;
-    if constexpr (requires { form.srcDst; }) {
-        src = matrixOf(form.srcDst);
-        dst = src.clone();
-    } else {
-        src = matrixOf(form.src);
-        dst = matrixOf(form.dst);
-    }
-    return {repeating([src, dst, pairs = std::vector<int>{2, 0, 1, 1, 0, 2, 3, 3}, count = Form::bytesPerPixel / (2 * sizeof(T))]() mutable {
-        cv::mixChannels(&src, 1, &dst, 1, pairs.data(), static_cast<std::size_t>(count));
-    })};
-}
-
-template <class Form, class T, int channels>
+template <class Form, int channels>
 bool addReversal(const char* function) {
-    return addPeer(function, typeid(Form), {CV_VERSION, false, nullptr, {"OpenCV", "", prepareReversal<Form, T, channels>}});
+    return addOpenCV<Form>(function, [](auto& form) {
+        const std::vector<int> pairs = {2, 0, 1, 1, 0, 2, 3, 3};
+        if constexpr (requires { form.srcDst; }) {
+            const cv::Mat src = matrixOf(form.srcDst, form.size, channels);
+            return mixing(src, src.clone(), std::vector<int>(pairs.begin(), pairs.begin() + 2 * channels));
+        } else {
+            return mixing(matrixOf(form.src, form.size, channels), matrixOf(form.dst, form.size, channels),
+                          std::vector<int>(pairs.begin(), pairs.begin() + 6));
+        }
+    });
 }
-
-[[maybe_unused]] const bool reversals[] = {addReversal<Reversed<Kuv8u, 3>, Kuv8u, 3>("kuviSwapChannels_8u_C3R"),
-                                           addReversal<Reversed<Kuv16u, 3>, Kuv16u, 3>("kuviSwapChannels_16u_C3R"),
-                                           addReversal<Reversed<Kuv8u, 4>, Kuv8u, 4>("kuviSwapChannels_8u_AC4R"),
-                                           addReversal<Reversed<Kuv16u, 4>, Kuv16u, 4>("kuviSwapChannels_16u_AC4R"),
-                                           addReversal<ReversedInPlace<3>, Kuv8u, 3>("kuviSwapChannels_8u_C3IR"),
-                                           addReversal<ReversedInPlace<4>, Kuv8u, 4>("kuviSwapChannels_8u_C4IR")};
+[[maybe_unused]] const bool reversals[] = {addReversal<Reversed<Kuv8u, 3>, 3>("kuviSwapChannels_8u_C3R"),
+                                           addReversal<Reversed<Kuv16u, 3>, 3>("kuviSwapChannels_16u_C3R"),
+                                           addReversal<Reversed<Kuv8u, 4>, 4>("kuviSwapChannels_8u_AC4R"),
+                                           addReversal<Reversed<Kuv16u, 4>, 4>("kuviSwapChannels_16u_AC4R"),
+                                           addReversal<ReversedInPlace<3>, 3>("kuviSwapChannels_8u_C3IR"),
+                                           addReversal<ReversedInPlace<4>, 4>("kuviSwapChannels_8u_C4IR")};
 
 }  // namespace

@@ -67,8 +67,8 @@ struct Case {
     std::string sizeName() const { return std::to_string(size.width) + "x" + std::to_string(size.height); }
 };
 
-// One in the first-level cache, a small odd one for what a call costs, and two of pictures.
-inline constexpr KuviSize cacheSize = {128, 24}, oddSize = {61, 7}, videoSize = {1920, 1080}, photoSize = {4000, 3000};
+// One in the first-level cache, a small odd one for what a call costs, and three of pictures.
+inline constexpr KuviSize cacheSize = {128, 24}, oddSize = {61, 7}, smallSize = {320, 240}, videoSize = {1920, 1080}, photoSize = {4000, 3000};
 constexpr bool isLarge(KuviSize size) { return size.width >= videoSize.width; }
 
 // All cases, with the peers of each: what this processor cannot run is left out.
@@ -104,7 +104,7 @@ Contender contenderOf(const char* name, const char* detail, Function* function) 
 
 template <class Form, class Function>
 bool addExport(const char* function, const char* name, const Variants<Function>& bodies) {
-    for (const KuviSize size : {cacheSize, oddSize, videoSize, photoSize}) {
+    for (const KuviSize size : {cacheSize, oddSize, smallSize, videoSize, photoSize}) {
         Case added = caseOf<Form>(Aspect::speed, function, name, size);
         for (const Variant& each : variants) {
             if (each.canRun()) added.contenders.push_back(contenderOf<Form>(each.code, "", bodies[each.index]));

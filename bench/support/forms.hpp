@@ -57,6 +57,50 @@ struct FromTo {
     }
 };
 
+// An image and one of another type that it goes to, sample by sample, times `factor` plus `offset`.
+template <class S, class D, int channels, bool aligned = true>
+struct Converted {
+    static constexpr double bytesPerPixel = channels * (sizeof(S) + sizeof(D));
+    static constexpr double factor = 1, offset = 0;
+
+    KuviSize size;
+    Image<S> src{size, channels, aligned ? 0 : 1};
+    Image<D> dst{size, channels, aligned ? 0 : 3};
+
+    explicit Converted(KuviSize wanted, float lowest = 0, float highest = 255) : size(wanted) {
+        fillWithValues(src, {size.width * channels, size.height}, 1, lowest, highest);
+        for (int row = 0; row < size.height; ++row) std::memset(dst.row(row), 0, sizeof(D) * channels * size.width);
+    }
+
+    template <class Function>
+    auto call(Function* function) {
+        return function(src.row(), src.step(), dst.row(), dst.step(), size);
+    }
+};
+
+template <Kuv32s roundMode>
+struct Rounded : Converted<Kuv32f, Kuv8u, 3> {
+    explicit Rounded(KuviSize wanted) : Converted(wanted, -20, 280) {}
+
+    template <class Function>
+    auto call(Function* function) {
+        return function(src.row(), src.step(), dst.row(), dst.step(), size, roundMode);
+    }
+};
+
+// -1 to 1 stand for 0 to 255.
+template <class S, class D>
+struct Scaled : Converted<S, D, 3> {
+    static constexpr double factor = sizeof(S) == 1 ? 2 / 255.0 : 127.5, offset = sizeof(S) == 1 ? -1 : 127.5;
+
+    explicit Scaled(KuviSize wanted) : Converted<S, D, 3>(wanted, sizeof(S) == 1 ? 0 : -1.1f, sizeof(S) == 1 ? 255 : 1.1f) {}
+
+    template <class Function>
+    auto call(Function* function) {
+        return function(this->src.row(), this->src.step(), this->dst.row(), this->dst.step(), this->size, -1.0f, 1.0f);
+    }
+};
+
 // A constant and the image that it goes to.
 template <class T, int channels = 1>
 struct Constant {

@@ -43,9 +43,9 @@ Colour sceneAt(int column, int row) {
 }  // namespace
 
 template <class T>
-void fillWithValues(Image<T>& image, KuviSize size, unsigned seed) {
+void fillWithValues(Image<T>& image, KuviSize size, unsigned seed, float lowest, float highest) {
     std::minstd_rand random(seed);
-    std::uniform_real_distribution<float> values(-100, 100);
+    std::uniform_real_distribution<float> values(lowest, highest);
     for (int row = 0; row < size.height; ++row) {
         std::generate_n(image.row(row), size.width, [&] { return static_cast<T>(values(random)); });
     }
@@ -67,7 +67,9 @@ void fillWithMosaic(Image<T>& image, KuviSize size) {
     }
 }
 
-template void fillWithValues(Image<Kuv32f>&, KuviSize, unsigned);
+template void fillWithValues(Image<Kuv8u>&, KuviSize, unsigned, float, float);
+template void fillWithValues(Image<Kuv16u>&, KuviSize, unsigned, float, float);
+template void fillWithValues(Image<Kuv32f>&, KuviSize, unsigned, float, float);
 template void fillWithMosaic(Image<Kuv8u>&, KuviSize);
 template void fillWithMosaic(Image<Kuv16u>&, KuviSize);
 

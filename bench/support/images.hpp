@@ -33,9 +33,9 @@ private:
     int offset_;
 };
 
-// Signed values around 0, so that sums that are formed again and again stay finite.
+// Evenly spread values; around 0, sums that are formed again and again stay finite.
 template <class T>
-void fillWithValues(Image<T>& image, KuviSize size, unsigned seed);
+void fillWithValues(Image<T>& image, KuviSize size, unsigned seed, float lowest = -100, float highest = 100);
 
 // What a sensor sees of a scene with gradients, edges, fine stripes and a little noise, through the colour filters R G over G B.
 // The same scene in either depth.

@@ -42,14 +42,49 @@ KUV_AVX2(KUV_INLINE void storeParts3(Kuv8u* to, Vector<Kuv8u, 32> a, Vector<Kuv8
     store<Vector<Kuv8u, 32>>(to + 64, {_mm256_permute2x128_si256(b.raw, c.raw, 0x31)});
 })
 
-// Lanes of 16 bits from as many bytes in memory.
-template <class V>
-KUV_INLINE V loadWidened(const Kuv8u* from) {
-    static_assert(sizeof(typename V::Lane) == 2);
+// Lanes of 16 or 32 bits from as many narrower ones in memory.
+template <class V, class T>
+KUV_INLINE V loadWidened(const T* from) {
+    using Lane = typename V::Lane;
+    static_assert(!std::is_signed_v<T> && sizeof(Lane) > sizeof(T) && sizeof(Lane) <= 4);
+    constexpr bool fromBytes = sizeof(T) == 1, toWords = sizeof(Lane) == 2;
     if constexpr (V::bytes == 32) {
-        KUV_AVX2(return {_mm256_cvtepu8_epi16(load<Vector<Kuv8u, 16>>(from).raw)};)
+        KUV_AVX2(if constexpr (toWords) return {_mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(from)))};
+                 else if constexpr (fromBytes) return {_mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(from)))};
+                 else return {_mm256_cvtepu16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(from)))};)
     } else {
-        return {_mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(from)), _mm_setzero_si128())};
+        const __m128i zero = _mm_setzero_si128();
+        if constexpr (fromBytes && !toWords) {
+            const __m128i four = _mm_cvtsi32_si128(loadSample(reinterpret_cast<const Kuv32s*>(from)));
+#ifdef __SSE4_1__
+            return {_mm_cvtepu8_epi32(four)};
+#else
+            return {_mm_unpacklo_epi16(_mm_unpacklo_epi8(four, zero), zero)};
+#endif
+        } else {
+            const __m128i half = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from));
+            return {fromBytes ? _mm_unpacklo_epi8(half, zero) : _mm_unpacklo_epi16(half, zero)};
+        }
+    }
+}
+
+// Bytes of wider lanes, with unsigned saturation, in their order.
+template <int bytes>
+KUV_INLINE Vector<Kuv8u, bytes> narrowed(Vector<Kuv16s, bytes> a, Vector<Kuv16s, bytes> b) {
+    const Vector<Kuv8u, bytes> packed = packUnsigned(a, b);
+    if constexpr (bytes == 16) {
+        return packed;
+    } else {
+        KUV_AVX2(return {_mm256_permute4x64_epi64(packed.raw, 0xD8)};)
+    }
+}
+template <int bytes>
+KUV_INLINE Vector<Kuv8u, bytes> narrowed(Vector<Kuv32s, bytes> a, Vector<Kuv32s, bytes> b, Vector<Kuv32s, bytes> c, Vector<Kuv32s, bytes> d) {
+    const Vector<Kuv8u, bytes> packed = packUnsigned(pack(a, b), pack(c, d));
+    if constexpr (bytes == 16) {
+        return packed;
+    } else {
+        KUV_AVX2(return {_mm256_permutevar8x32_epi32(packed.raw, _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7))};)
     }
 }
 

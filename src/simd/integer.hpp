@@ -49,6 +49,7 @@ KUV_BINARY(interleaveHigh, Kuv16u, Kuv16u, unpackhi_epi16)
 
 // Lanes of half the width with signed saturation, each 16 bytes of a before the same of b.
 KUV_BINARY(pack, Kuv16s, Kuv8s, packs_epi16)
+KUV_BINARY(pack, Kuv32s, Kuv16s, packs_epi32)
 
 #undef KUV_BINARY
 

@@ -1,15 +1,102 @@
 // Floating-point operations on vectors, and the same on single samples, so that an operation object is written once for both.
 #pragma once
 
-#include "simd/vector.hpp"
+#include "simd/integer.hpp"
 
 namespace kuv::KUV_VARIANT {
 namespace {
 
 KUV_INLINE Kuv32f add(Kuv32f a, Kuv32f b) { return a + b; }
 
-KUV_INLINE Vector<Kuv32f, 16> add(Vector<Kuv32f, 16> a, Vector<Kuv32f, 16> b) { return {_mm_add_ps(a.raw, b.raw)}; }
-KUV_AVX(KUV_INLINE Vector<Kuv32f, 32> add(Vector<Kuv32f, 32> a, Vector<Kuv32f, 32> b) { return {_mm256_add_ps(a.raw, b.raw)}; })
+// result = instruction(a, b) for lanes of one type, in both widths.
+#define KUV_REAL_BINARY(operation, T, instruction)                                                                            \
+    KUV_INLINE Vector<T, 16> operation(Vector<T, 16> a, Vector<T, 16> b) { return {_mm_##instruction(a.raw, b.raw)}; }        \
+    KUV_AVX(KUV_INLINE Vector<T, 32> operation(Vector<T, 32> a, Vector<T, 32> b) { return {_mm256_##instruction(a.raw, b.raw)}; })
+
+KUV_REAL_BINARY(add, Kuv32f, add_ps)
+KUV_REAL_BINARY(add, Kuv64f, add_pd)
+KUV_REAL_BINARY(sub, Kuv64f, sub_pd)
+KUV_REAL_BINARY(multiply, Kuv32f, mul_ps)
+KUV_REAL_BINARY(multiply, Kuv64f, mul_pd)
+
+// The smaller one; b if either is a NaN.
+KUV_REAL_BINARY(minimum, Kuv32f, min_ps)
+
+#undef KUV_REAL_BINARY
+
+// Ones where the comparison holds, which with a NaN it does not.
+KUV_INLINE Vector<Kuv32s, 16> atLeast(Vector<Kuv32f, 16> a, Vector<Kuv32f, 16> b) {
+    return {_mm_castps_si128(_mm_cmpge_ps(a.raw, b.raw))};
+}
+
+// a where a and b are equal, else 0.
+KUV_INLINE Vector<Kuv64f, 16> whereEqual(Vector<Kuv64f, 16> value, Vector<Kuv64f, 16> a, Vector<Kuv64f, 16> b) {
+    return {_mm_and_pd(value.raw, _mm_cmpeq_pd(a.raw, b.raw))};
+}
+KUV_AVX(KUV_INLINE Vector<Kuv64f, 32> whereEqual(Vector<Kuv64f, 32> value, Vector<Kuv64f, 32> a, Vector<Kuv64f, 32> b) {
+    return {_mm256_and_pd(value.raw, _mm256_cmp_pd(a.raw, b.raw, _CMP_EQ_OQ))};
+})
+
+// Integers to single precision, rounded as the processor is told to.
+KUV_INLINE Vector<Kuv32f, 16> toReals(Vector<Kuv32s, 16> v) { return {_mm_cvtepi32_ps(v.raw)}; }
+KUV_AVX2(KUV_INLINE Vector<Kuv32f, 32> toReals(Vector<Kuv32s, 32> v) { return {_mm256_cvtepi32_ps(v.raw)}; })
+
+// To integers, toward zero or rounded as the processor is told to; what does not fit gives the lowest one.
+KUV_INLINE Vector<Kuv32s, 16> truncated(Vector<Kuv32f, 16> v) { return {_mm_cvttps_epi32(v.raw)}; }
+KUV_INLINE Vector<Kuv32s, 16> rounded(Vector<Kuv32f, 16> v) { return {_mm_cvtps_epi32(v.raw)}; }
+KUV_AVX2(KUV_INLINE Vector<Kuv32s, 32> truncated(Vector<Kuv32f, 32> v) { return {_mm256_cvttps_epi32(v.raw)}; }
+         KUV_INLINE Vector<Kuv32s, 32> rounded(Vector<Kuv32f, 32> v) { return {_mm256_cvtps_epi32(v.raw)}; })
+
+// Four samples computed in double precision: `compute` gets as many of them as fit a register, widened by toDoubles, and gives what
+// toSingles or truncated(doubles) made of them.
+template <class Doubles>
+KUV_INLINE Doubles toDoubles(Vector<Kuv32f, 16> v) {
+    if constexpr (Doubles::bytes == 16) {
+        return {_mm_cvtps_pd(v.raw)};
+    } else {
+        KUV_AVX(return {_mm256_cvtps_pd(v.raw)};)
+    }
+}
+template <class Doubles>
+KUV_INLINE Doubles toDoubles(Vector<Kuv32s, 16> v) {
+    if constexpr (Doubles::bytes == 16) {
+        return {_mm_cvtepi32_pd(v.raw)};
+    } else {
+        KUV_AVX(return {_mm256_cvtepi32_pd(v.raw)};)
+    }
+}
+KUV_INLINE Vector<Kuv32f, 16> toSingles(Vector<Kuv64f, 16> v) { return {_mm_cvtpd_ps(v.raw)}; }
+KUV_INLINE Vector<Kuv32s, 16> truncated(Vector<Kuv64f, 16> v) { return {_mm_cvttpd_epi32(v.raw)}; }
+KUV_AVX(KUV_INLINE Vector<Kuv32f, 16> toSingles(Vector<Kuv64f, 32> v) { return {_mm256_cvtpd_ps(v.raw)}; }
+        KUV_INLINE Vector<Kuv32s, 16> truncated(Vector<Kuv64f, 32> v) { return {_mm256_cvttpd_epi32(v.raw)}; })
+
+KUV_INLINE Vector<Kuv32f, 16> upperHalf(Vector<Kuv32f, 16> v) { return {_mm_movehl_ps(v.raw, v.raw)}; }
+KUV_INLINE Vector<Kuv32s, 16> upperHalf(Vector<Kuv32s, 16> v) { return {_mm_unpackhi_epi64(v.raw, v.raw)}; }
+KUV_INLINE Vector<Kuv32f, 16> lowerHalves(Vector<Kuv32f, 16> a, Vector<Kuv32f, 16> b) { return {_mm_movelh_ps(a.raw, b.raw)}; }
+KUV_INLINE Vector<Kuv32s, 16> lowerHalves(Vector<Kuv32s, 16> a, Vector<Kuv32s, 16> b) { return {_mm_unpacklo_epi64(a.raw, b.raw)}; }
+
+// A register of halves that `half` gives, called with the first lane of each.
+template <class V, class Half>
+KUV_INLINE V fromHalves(Half half) {
+    if constexpr (V::bytes == 16) {
+        return half(0);
+    } else if constexpr (std::is_floating_point_v<typename V::Lane>) {
+        KUV_AVX(return {_mm256_insertf128_ps(_mm256_castps128_ps256(half(0).raw), half(V::lanes / 2).raw, 1)};)
+    } else {
+        KUV_AVX2(return {_mm256_inserti128_si256(_mm256_castsi128_si256(half(0).raw), half(V::lanes / 2).raw, 1)};)
+    }
+}
+
+template <class V, class Compute>
+KUV_INLINE auto inDoubles(V v, Compute compute) {
+    using Doubles = Native<Kuv64f>;
+    if constexpr (Doubles::bytes == 32) {
+        return compute(toDoubles<Doubles>(v));
+    } else {
+        const auto low = compute(toDoubles<Doubles>(v)), high = compute(toDoubles<Doubles>(upperHalf(v)));
+        return lowerHalves(low, high);
+    }
+}
 
 }  // namespace
 }  // namespace kuv::KUV_VARIANT

@@ -2,6 +2,7 @@
 // which is called with vectors and with single samples alike.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "core/rows.hpp"
@@ -45,6 +46,61 @@ KUV_INLINE void combineInPlace(Operation operation, const T* src, ptrdiff_t srcS
                                KuviSize size) {
     for (ptrdiff_t row = 0; row < size.height; ++row) {
         combineRowInPlace(operation, rowAt(src, srcStep, row), rowAt(srcDst, srcDstStep, row), size.width);
+    }
+}
+
+// How a block's vectors get to memory.
+struct ThroughCaches {
+    template <class V>
+    KUV_INLINE void operator()(typename V::Lane* to, V value) const {
+        store(to, value);
+    }
+};
+struct PastCaches {
+    template <class V>
+    KUV_INLINE void operator()(typename V::Lane* to, V value) const {
+        stream(to, value);
+    }
+};
+
+// dst[i] = operation(src[i]) for i in 0 .. count - 1, into another image, of another type. The operation does a single sample, and in
+// `block` so many that whole vectors are written. Blocks may lie on each other. Streams past the caches if asked to and if the
+// destination's samples are aligned; the caller closes with a fence then.
+template <class Operation, class S, class D>
+KUV_INLINE void convertRow(const Operation& operation, const S* src, D* dst, ptrdiff_t count, bool streaming) {
+    if constexpr (hasVectors) {
+        constexpr ptrdiff_t block = Operation::blockSamples, line = 64 / sizeof(D), fewBlocks = 4;
+        if (count < block) {
+            S from[block] = {};
+            D to[block];
+            __builtin_memcpy(from, src, static_cast<size_t>(count) * sizeof(S));
+            operation.block(from, to, ThroughCaches{});
+            __builtin_memcpy(dst, to, static_cast<size_t>(count) * sizeof(D));
+            return;
+        }
+        // The last block ends at `end`.
+        const auto blocks = [&](ptrdiff_t first, ptrdiff_t end) {
+            for (; first < end - block; first += block) operation.block(src + first, dst + first, ThroughCaches{});
+            operation.block(src + end - block, dst + end - block, ThroughCaches{});
+        };
+        if (count < fewBlocks * block) return blocks(0, count);
+        ptrdiff_t first = samplesToAlignment(dst, 64);
+        if (streaming && reinterpret_cast<std::uintptr_t>(dst + first) % 64 == 0) {
+            // Whole lines, which nothing else is written to.
+            while (first > 0 && first < block) first += line;
+            constexpr ptrdiff_t step = block > line ? block : line;
+            ptrdiff_t end = first + (count - first) / step * step;
+            while (end > first && count > end && count - end < block) end -= step;
+            if (first > 0) blocks(0, first);
+            for (ptrdiff_t i = first; i < end; i += block) operation.block(src + i, dst + i, PastCaches{});
+            if (end < count) blocks(end, count);
+            return;
+        }
+        first = samplesToAlignment(dst, integerBytes);
+        if (first > 0) operation.block(src, dst, ThroughCaches{});
+        blocks(first, count);
+    } else {
+        for (ptrdiff_t i = 0; i < count; ++i) storeSample(dst + i, operation(loadSample(src + i)));
     }
 }
 

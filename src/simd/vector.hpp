@@ -35,6 +35,14 @@ template <>
 struct RegisterOf<Kuv32f, 32> {
     using Type = __m256;
 };
+template <>
+struct RegisterOf<Kuv64f, 16> {
+    using Type = __m128d;
+};
+template <>
+struct RegisterOf<Kuv64f, 32> {
+    using Type = __m256d;
+};
 
 template <class T, int byteCount>
 struct Vector {
@@ -93,10 +101,16 @@ KUV_INLINE void store(typename V::Lane* to, V value) {
     }
 }
 
-// Stores integers past the caches, at an address that is a multiple of the register's size. Needs a fence before others may look.
+// Stores past the caches, at an address that is a multiple of the register's size. Needs a fence before others may look.
 template <class V>
 KUV_INLINE void stream(typename V::Lane* to, V value) {
-    if constexpr (V::bytes == 16) {
+    if constexpr (std::is_floating_point_v<typename V::Lane>) {
+        if constexpr (V::bytes == 16) {
+            _mm_stream_ps(to, value.raw);
+        } else {
+            KUV_AVX(_mm256_stream_ps(to, value.raw);)
+        }
+    } else if constexpr (V::bytes == 16) {
         _mm_stream_si128(reinterpret_cast<__m128i*>(to), value.raw);
     } else {
         KUV_AVX2(_mm256_stream_si256(reinterpret_cast<__m256i*>(to), value.raw);)
@@ -109,7 +123,19 @@ template <class V>
 KUV_INLINE V fill(typename V::Lane value) {
     using T = typename V::Lane;
     constexpr int size = sizeof(T);
-    if constexpr (V::bytes == 16) {
+    if constexpr (std::is_same_v<T, Kuv32f>) {
+        if constexpr (V::bytes == 16) {
+            return {_mm_set1_ps(value)};
+        } else {
+            KUV_AVX(return {_mm256_set1_ps(value)};)
+        }
+    } else if constexpr (std::is_same_v<T, Kuv64f>) {
+        if constexpr (V::bytes == 16) {
+            return {_mm_set1_pd(value)};
+        } else {
+            KUV_AVX(return {_mm256_set1_pd(value)};)
+        }
+    } else if constexpr (V::bytes == 16) {
         if constexpr (size == 1) return {_mm_set1_epi8(static_cast<char>(value))};
         if constexpr (size == 2) return {_mm_set1_epi16(static_cast<short>(value))};
         if constexpr (size == 4) return {_mm_set1_epi32(static_cast<int>(value))};

@@ -41,7 +41,7 @@ XMM = {
 VEX = {
     "AVX": r"""
         vbroadcast(ss|sd|f128) | vextractf128 | vinsertf128 | vmaskmovp[sd] | vpermilp[sd] | vperm2f128 | vtestp[sd] | vzero(upper|all)
-        vcmp\w+[ps][sd]""",
+        vcmp\w+[ps][sd] | v(ld|st)mxcsr""",
     "AVX2": r"""
         vpbroadcast[bwdq] | vbroadcasti128 | vextracti128 | vinserti128 | vperm2i128 | vperm[dq] | vpermp[sd] | vpblendd | vpmaskmov[dq]
         vps[lr]lv[dq] | vpsravd | v(p?)gather[dq](ps|pd|d|q)""",
