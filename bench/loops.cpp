@@ -17,6 +17,43 @@ KuvStatus KUV_LOOP(addInPlace)(const Kuv32f* src, Kuv32s srcStep, Kuv32f* srcDst
     return kuvStatusOk;
 }
 
+#define KUV_SHIFT_LOOP(name, shift)                                                                                 \
+    KuvStatus KUV_LOOP(name)(Kuv32u value, Kuv16u* srcDst, Kuv32s srcDstStep, KuviSize roiSize) {                    \
+        for (ptrdiff_t y = 0; y < roiSize.height; ++y) {                                                             \
+            Kuv16u* row = (Kuv16u*)((char*)srcDst + y * srcDstStep);                                                 \
+            for (ptrdiff_t x = 0; x < roiSize.width; ++x) row[x] = (Kuv16u)(row[x] shift value);                     \
+        }                                                                                                            \
+        return kuvStatusOk;                                                                                          \
+    }
+KUV_SHIFT_LOOP(shiftLeft, <<)
+KUV_SHIFT_LOOP(shiftRight, >>)
+
+#define KUV_SHIFT_CHANNELS_LOOP(name, samples, shift)                                                                \
+    KuvStatus KUV_LOOP(name)(const Kuv32u value[3], Kuv16u* srcDst, Kuv32s srcDstStep, KuviSize roiSize) {           \
+        const Kuv32u first = value[0], second = value[1], third = value[2];                                          \
+        for (ptrdiff_t y = 0; y < roiSize.height; ++y) {                                                             \
+            Kuv16u* pixel = (Kuv16u*)((char*)srcDst + y * srcDstStep);                                               \
+            for (ptrdiff_t x = 0; x < roiSize.width; ++x, pixel += samples) {                                        \
+                pixel[0] = (Kuv16u)(pixel[0] shift first);                                                           \
+                pixel[1] = (Kuv16u)(pixel[1] shift second);                                                          \
+                pixel[2] = (Kuv16u)(pixel[2] shift third);                                                           \
+            }                                                                                                        \
+        }                                                                                                            \
+        return kuvStatusOk;                                                                                          \
+    }
+KUV_SHIFT_CHANNELS_LOOP(shiftThreeLeft, 3, <<)
+KUV_SHIFT_CHANNELS_LOOP(shiftThreeRight, 3, >>)
+KUV_SHIFT_CHANNELS_LOOP(shiftColoursLeft, 4, <<)
+KUV_SHIFT_CHANNELS_LOOP(shiftColoursRight, 4, >>)
+
+#define KUV_SHIFT_SIGNAL_LOOP(name, shift)                                                                           \
+    KuvStatus KUV_LOOP(name)(Kuv32s value, Kuv16u* srcDst, Kuv32s len) {                                             \
+        for (ptrdiff_t i = 0; i < len; ++i) srcDst[i] = (Kuv16u)(srcDst[i] shift value);                             \
+        return kuvStatusOk;                                                                                          \
+    }
+KUV_SHIFT_SIGNAL_LOOP(shiftSignalLeft, <<)
+KUV_SHIFT_SIGNAL_LOOP(shiftSignalRight, >>)
+
 #define KUV_SET_LOOP(name, T, pitch)                                                                                 \
     KuvStatus KUV_LOOP(name)(T value, T* dst, Kuv32s dstStep, KuviSize roiSize) {                                    \
         for (ptrdiff_t y = 0; y < roiSize.height; ++y) {                                                             \

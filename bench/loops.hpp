@@ -6,6 +6,14 @@
 // Each has the signature of the export whose work it does.
 #define KUV_DECLARE_LOOPS(name, like) extern "C" decltype(like) name##_sse2, name##_avx2;
 KUV_DECLARE_LOOPS(addInPlace, kuviAdd_32f_C1IR)
+KUV_DECLARE_LOOPS(shiftLeft, kuviLShiftC_16u_C1IR)
+KUV_DECLARE_LOOPS(shiftRight, kuviRShiftC_16u_C1IR)
+KUV_DECLARE_LOOPS(shiftThreeLeft, kuviLShiftC_16u_C3IR)
+KUV_DECLARE_LOOPS(shiftThreeRight, kuviRShiftC_16u_C3IR)
+KUV_DECLARE_LOOPS(shiftColoursLeft, kuviLShiftC_16u_AC4IR)
+KUV_DECLARE_LOOPS(shiftColoursRight, kuviRShiftC_16u_AC4IR)
+KUV_DECLARE_LOOPS(shiftSignalLeft, kuvsLShiftC_16u_I)
+KUV_DECLARE_LOOPS(shiftSignalRight, kuvsRShiftC_16u_I)
 KUV_DECLARE_LOOPS(set16, kuviSet_16u_C1R)
 KUV_DECLARE_LOOPS(set32, kuviSet_32s_C1R)
 KUV_DECLARE_LOOPS(setReal, kuviSet_32f_C1R)

@@ -327,6 +327,61 @@ KUV_API void kuvsFree(void* ptr);
  *  @return #kuvStatusNullPtr if `src` or `srcDst` is null; #kuvStatusBadSize if the width or height is below 1; else
  *          #kuvStatusOk. */
 KUV_API KuvStatus kuviAdd_32f_C1IR(const Kuv32f* src, Kuv32s srcStep, Kuv32f* srcDst, Kuv32s srcDstStep, KuviSize roiSize);
+
+/** @name Shifts of images by a constant
+ *  `srcDst(x, y) = srcDst(x, y) << value`, cut to 16 bits, or `srcDst(x, y) >> value`, filled with zeros.
+ *
+ *  Any count is good: one of 0 changes nothing, one above 15 sets the samples to 0 without reading them.
+ *
+ *  Step class A, and the step is looked at before the size. Rows are done from the first: samples that belong to several rows are
+ *  shifted as often.
+ *
+ *  `value`: the count. `srcDst`: the image. `srcDstStep`: its row step in bytes. `roiSize`: size in pixels, at least 1 by 1.
+ *
+ *  Returns #kuvStatusNullPtr if `srcDst` is null; #kuvStatusBadStep if the step is below 1; #kuvStatusBadSize if the width or
+ *  height is below 1; else #kuvStatusOk.
+ *  @{ */
+KUV_API KuvStatus kuviLShiftC_16u_C1IR(Kuv32u value, Kuv16u* srcDst, Kuv32s srcDstStep, KuviSize roiSize);
+KUV_API KuvStatus kuviRShiftC_16u_C1IR(Kuv32u value, Kuv16u* srcDst, Kuv32s srcDstStep, KuviSize roiSize);
+/** @} */
+
+/** @name Shifts of images by a constant for each channel
+ *  `srcDst(x, y)[c] = srcDst(x, y)[c] << value[c]`, cut to 16 bits, or `srcDst(x, y)[c] >> value[c]`, filled with zeros, for each
+ *  of three colour channels c.
+ *
+ *  Any count is good: a channel whose count is 0 is not changed, one whose count is above 15 becomes 0. In `AC4` images the
+ *  fourth sample of a pixel is alpha: it keeps its value, and nothing behind the last colour sample of a row is touched, nor need
+ *  it be memory.
+ *
+ *  Step class A, and the step is looked at before the size. Rows are done from the first: samples that belong to several rows are
+ *  shifted as often.
+ *
+ *  `value`: three counts, read before any sample is written. `srcDst`: the image. `srcDstStep`: its row step in bytes. `roiSize`:
+ *  size in pixels, at least 1 by 1.
+ *
+ *  Returns #kuvStatusNullPtr if `value` or `srcDst` is null; #kuvStatusBadStep if the step is below 1; #kuvStatusBadSize if the
+ *  width or height is below 1; else #kuvStatusOk.
+ *  @{ */
+KUV_API KuvStatus kuviLShiftC_16u_C3IR(const Kuv32u value[3], Kuv16u* srcDst, Kuv32s srcDstStep, KuviSize roiSize);
+KUV_API KuvStatus kuviRShiftC_16u_C3IR(const Kuv32u value[3], Kuv16u* srcDst, Kuv32s srcDstStep, KuviSize roiSize);
+KUV_API KuvStatus kuviLShiftC_16u_AC4IR(const Kuv32u value[3], Kuv16u* srcDst, Kuv32s srcDstStep, KuviSize roiSize);
+KUV_API KuvStatus kuviRShiftC_16u_AC4IR(const Kuv32u value[3], Kuv16u* srcDst, Kuv32s srcDstStep, KuviSize roiSize);
+/** @} */
+
+/** @name Shifts of signals by a constant
+ *  `srcDst[i] = srcDst[i] << value`, cut to 16 bits, or `srcDst[i] >> value`, filled with zeros.
+ *
+ *  A count above 15 sets the samples to 0 without reading them. With one of 0 the signal is not accessed. The count is signed
+ *  here, and a negative one is refused, after the pointer and the length have been looked at.
+ *
+ *  `value`: the count. `srcDst`: the signal, which may stand at an odd address. `len`: samples, at least 1.
+ *
+ *  Returns #kuvStatusNullPtr if `srcDst` is null; #kuvStatusBadSize if `len` is below 1; #kuvStatusBadShift if `value` is below
+ *  0; else #kuvStatusOk.
+ *  @{ */
+KUV_API KuvStatus kuvsLShiftC_16u_I(Kuv32s value, Kuv16u* srcDst, Kuv32s len);
+KUV_API KuvStatus kuvsRShiftC_16u_I(Kuv32s value, Kuv16u* srcDst, Kuv32s len);
+/** @} */
 /** @} */
 
 /** @defgroup move Moving, setting and converting samples

@@ -178,7 +178,9 @@ const std::map<std::string, Reference>& references() {
         {"add Kuv8s", sum<Kuv8s>()}, {"add Kuv16s", sum<Kuv16s>()}, {"add Kuv32s", sum<Kuv32s>()},
         {"sub Kuv8s", difference<Kuv8s>()}, {"sub Kuv16s", difference<Kuv16s>()}, {"sub Kuv32s", difference<Kuv32s>()},
         {"subSaturated Kuv8u", differenceOr0<Kuv8u>()}, {"subSaturated Kuv16u", differenceOr0<Kuv16u>()},
-        {"multiplyLow Kuv16s", lowProduct<Kuv16s>()}, {"multiplyLow Kuv32s", lowProduct<Kuv32s>()},
+        {"multiplyLow Kuv16s", lowProduct<Kuv16s>()}, {"multiplyLow Kuv16u", lowProduct<Kuv16u>()},
+        {"multiplyLow Kuv32s", lowProduct<Kuv32s>()},
+        {"multiplyHigh Kuv16u", binary<Kuv16u>([](auto a, auto b) { return a * b >> 16; })},
         {"multiplyAddPairs Kuv16s", multiplyAddPairsOfWords}, {"multiplyAddPairs Kuv8u", multiplyAddPairsOfBytes},
         {"equal Kuv8u", isEqual<Kuv8u>()}, {"equal Kuv8s", isEqual<Kuv8s>()},
         {"equal Kuv16u", isEqual<Kuv16u>()}, {"equal Kuv16s", isEqual<Kuv16s>()},
@@ -265,7 +267,7 @@ const std::map<std::string, Reference>& references() {
         {"inDoubles from integers Kuv32s", [](In a, In, In, int bytes, Out result) {
             for (int i = 0; i < lanesIn<Kuv32s>(bytes); ++i) store(result, i, static_cast<float>(load<Kuv32s>(a, i) * 0.1 - 7.0));
         }},
-        {"inDoubles to integers Kuv32s", toIntegers([](double x) { return std::trunc(x == std::trunc(x) ? x - 0.5 : x); })},
+        {"inDoubles to integers Kuv32s", toIntegers([](double x) { return std::trunc(x == std::trunc(x) && x < 0x1p31 ? x - 0.5 : x); })},
     };
     return all;
 }

@@ -68,7 +68,7 @@ constexpr SimdOperation operations[] = {
     BINARY(add, Kuv8s) BINARY(add, Kuv16s) BINARY(add, Kuv32s)
     BINARY(sub, Kuv8s) BINARY(sub, Kuv16s) BINARY(sub, Kuv32s)
     BINARY(subSaturated, Kuv8u) BINARY(subSaturated, Kuv16u)
-    BINARY(multiplyLow, Kuv16s) BINARY(multiplyLow, Kuv32s)
+    BINARY(multiplyLow, Kuv16s) BINARY(multiplyLow, Kuv16u) BINARY(multiplyLow, Kuv32s) BINARY(multiplyHigh, Kuv16u)
     BINARY(multiplyAddPairs, Kuv16s)
     // Weights from -64 to 63: the sum must fit.
     OPERATION("multiplyAddPairs", Kuv8u,

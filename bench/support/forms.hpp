@@ -208,6 +208,30 @@ struct ReversedInPlace {
     }
 };
 
+// An image in place and the counts that it is shifted by, one for each colour channel; or a signal as long as the image has pixels.
+template <int channels, int first = 3, int second = first, int third = first, bool aligned = true>
+struct ShiftedInPlace {
+    static constexpr double bytesPerPixel = 4 * (channels == 4 ? 3 : channels);
+    static constexpr Kuv32u counts[3] = {first, second, third};
+
+    KuviSize size;
+    Image<Kuv16u> srcDst{size, channels, aligned ? 0 : 3};
+
+    explicit ShiftedInPlace(KuviSize wanted) : size(wanted) {
+        for (int row = 0; row < size.height; ++row) std::memset(srcDst.row(row), 0x5A, std::size_t{2 * channels} * size.width);
+    }
+
+    template <class Count>
+    auto call(KuvStatus (*function)(Count, Kuv16u*, Kuv32s, KuviSize)) {
+        if constexpr (std::is_pointer_v<Count>) {
+            return function(counts, srcDst.row(), srcDst.step(), size);
+        } else {
+            return function(counts[0], srcDst.row(), srcDst.step(), size);
+        }
+    }
+    auto call(decltype(kuvsLShiftC_16u_I)* function) { return function(first, srcDst.row(), size.width * size.height); }
+};
+
 // A whole mosaic, or a band of its rows.
 template <class T>
 struct Demosaic {

@@ -20,6 +20,13 @@ KUV_INLINE T* rowAt(T* image, ptrdiff_t step, ptrdiff_t row) {
     return reinterpret_cast<T*>(reinterpret_cast<ByteOf<T>*>(image) + step * row);
 }
 
+// Rows that touch are one long row.
+KUV_INLINE void joinRows(ptrdiff_t& width, ptrdiff_t& height, ptrdiff_t step, ptrdiff_t pixelBytes) {
+    if (step != width * pixelBytes) return;
+    width *= height;
+    height = 1;
+}
+
 // Asks for memory that is needed in about a microsecond: rows of a tile lie too far apart for the processor to foresee them.
 template <class T>
 KUV_INLINE void prefetchRow(const T* row, ptrdiff_t samples) {

@@ -1,6 +1,6 @@
 // Fills with a constant.
 #include "core/checks.hpp"
-#include "move/runs.hpp"
+#include "move/fills.hpp"
 
 namespace kuv::KUV_VARIANT {
 namespace {
@@ -12,24 +12,11 @@ template <class T>
 KuvStatus setImage(T value, T* dst, Kuv32s dstStep, KuviSize roi, Kuv64s leastAsked) {
     if (anyNull(dst)) return kuvStatusNullPtr;
     if (emptyRoi(roi)) return kuvStatusBadSize;
-    if constexpr (!hasVectors) {
-        for (ptrdiff_t row = 0; row < roi.height; ++row) {
-            T* const to = rowAt(dst, dstStep, row);
-            for (ptrdiff_t i = 0; i < roi.width; ++i) storeSample(to + i, value);
-        }
-    } else {
-        ptrdiff_t rowBytes = ptrdiff_t{roi.width} * static_cast<ptrdiff_t>(sizeof(T)), rows = roi.height;
-        // A size that 32 bits cannot tell counts as a small one.
-        const bool fits = rowBytes <= 0x7FFFFFFF / rows;
-        const bool streaming = fits && rowBytes * rows >= leastAsked && exceedsCache(rowBytes * rows, 1);
-        if (dstStep == rowBytes) {
-            rowBytes *= rows;
-            rows = 1;
-        }
-        const FillPattern<T> pattern(value);
-        for (ptrdiff_t row = 0; row < rows; ++row) fillRun(bytesOf(rowAt(dst, dstStep, row)), rowBytes, pattern, streaming);
-        if (streaming) streamFence();
-    }
+    // A size that 32 bits cannot tell counts as a small one.
+    const Kuv64s rowBytes = Kuv64s{roi.width} * static_cast<Kuv64s>(sizeof(T));
+    const bool fits = rowBytes <= 0x7FFFFFFF / roi.height;
+    const bool streaming = hasVectors && fits && rowBytes * roi.height >= leastAsked && exceedsCache(rowBytes * roi.height, 1);
+    fillImage(value, dst, dstStep, roi.width, roi.height, streaming);
     return kuvStatusOk;
 }
 

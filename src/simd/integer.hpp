@@ -27,7 +27,10 @@ KUV_BINARY(sub, Kuv32s, Kuv32s, sub_epi32)
 KUV_BINARY(subSaturated, Kuv8u, Kuv8u, subs_epu8)
 KUV_BINARY(subSaturated, Kuv16u, Kuv16u, subs_epu16)
 
+// The lower and the upper halves of the products.
 KUV_BINARY(multiplyLow, Kuv16s, Kuv16s, mullo_epi16)
+KUV_BINARY(multiplyLow, Kuv16u, Kuv16u, mullo_epi16)
+KUV_BINARY(multiplyHigh, Kuv16u, Kuv16u, mulhi_epu16)
 
 // Lane i of the result: a[2i] * b[2i] + a[2i + 1] * b[2i + 1].
 KUV_BINARY(multiplyAddPairs, Kuv16s, Kuv32s, madd_epi16)

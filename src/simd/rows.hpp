@@ -19,33 +19,101 @@ KUV_INLINE ptrdiff_t samplesToAlignment(const T* address, ptrdiff_t bytes) {
     return (-value & (bytes - 1)) / static_cast<ptrdiff_t>(sizeof(T));
 }
 
-// srcDst[i] = operation(srcDst[i], src[i]) for i in 0 .. count - 1. In place, so no sample is computed twice: single samples up to
-// the destination's alignment, blocks of vectors, and single samples again.
-template <class Operation, class T>
-KUV_INLINE void combineRowInPlace(Operation operation, const T* src, T* srcDst, ptrdiff_t count) {
-    ptrdiff_t i = 0;
-    const auto single = [&](ptrdiff_t end) {
-        for (; i < end; ++i) storeSample(srcDst + i, operation(loadSample(srcDst + i), loadSample(src + i)));
+// What an operation takes beside the sample that it changes: `sample(i)` is the operand of sample i of a row; `vectorsFrom(i)`
+// gives those of the vectors that begin at sample i and after it, and its `at(j, k)` the one of the k-th of them, which begins at
+// sample j.
+//
+// The row of another image.
+template <class T>
+struct Row {
+    const T* samples;
+
+    KUV_INLINE T sample(ptrdiff_t i) const { return loadSample(samples + i); }
+    KUV_INLINE Row vectorsFrom(ptrdiff_t) const { return *this; }
+    KUV_INLINE Native<T> at(ptrdiff_t j, int) const { return load<Native<T>>(samples + j); }
+};
+
+// A constant for each channel, in turn.
+template <class T, int channels>
+class Periodic {
+    using V = Native<T>;
+    static constexpr int registerCount = V::lanes % channels == 0 ? 1 : channels;
+
+public:
+    struct Vectors {
+        V registers[registerCount];
+        KUV_INLINE V at(ptrdiff_t, int k) const { return registers[k % registerCount]; }
     };
+
+    explicit Periodic(const T (&values)[channels]) {
+        for (int i = 0; i < tableSamples; i += channels) {
+            for (int c = 0; c < channels; ++c) table_[i + c] = values[c];
+        }
+    }
+    KUV_INLINE T sample(ptrdiff_t i) const { return table_[i % channels]; }
+    KUV_INLINE Vectors vectorsFrom(ptrdiff_t i) const {
+        Vectors all;
+        for (int k = 0; k < registerCount; ++k) all.registers[k] = load<V>(table_ + i % channels + k * V::lanes);
+        return all;
+    }
+
+private:
+    // From any channel on.
+    static constexpr int tableSamples = (registerCount * V::lanes + 2 * (channels - 1)) / channels * channels;
+    T table_[tableSamples];
+};
+
+// srcDst[i] = operation(srcDst[i], operands of i ...) for i in 0 .. count - 1. In place, so no sample is computed from a result:
+// the vectors at both ends are read before anything is written, and the aligned ones in between may overlap them. Fewer samples
+// than a vector's go one by one.
+template <class Operation, class T, class... Operands>
+KUV_INLINE void transformRowInPlace(Operation operation, T* srcDst, ptrdiff_t count, const Operands&... operands) {
     if constexpr (hasVectors) {
         using V = Native<T>;
-        constexpr ptrdiff_t lanes = V::lanes, block = 4 * lanes;
-        const auto vectors = [&](ptrdiff_t at) { store(srcDst + at, operation(load<V>(srcDst + at), load<V>(src + at))); };
-        if (count >= 2 * block) single(samplesToAlignment(srcDst, V::bytes));
-        for (; count - i >= block; i += block) {
-            for (ptrdiff_t at = 0; at < block; at += lanes) vectors(i + at);
+        constexpr ptrdiff_t lanes = V::lanes;
+        if (count >= lanes) {
+            constexpr int unrolled = 3;  // the period of three channels
+            const auto result = [&](ptrdiff_t i, int k, const auto&... vectors) {
+                return operation(load<V>(srcDst + i), vectors.at(i, k)...);
+            };
+            const ptrdiff_t end = count - lanes;
+            const V first = result(0, 0, operands.vectorsFrom(0)...), last = result(end, 0, operands.vectorsFrom(end)...);
+            // Aligned rows have nothing before the second vector that is not in the first.
+            const ptrdiff_t toAlignment = samplesToAlignment(srcDst, V::bytes), start = toAlignment == 0 ? lanes : toAlignment;
+            const auto middle = [&](const auto&... vectors) {
+                ptrdiff_t i = start;
+                for (; i + unrolled * lanes <= end; i += unrolled * lanes) {
+#pragma GCC unroll 3
+                    for (int k = 0; k < unrolled; ++k) store(srcDst + i + k * lanes, result(i + k * lanes, k, vectors...));
+                }
+#pragma GCC unroll 3
+                for (int k = 0; k < unrolled; ++k, i += lanes) {
+                    if (i >= end) break;
+                    store(srcDst + i, result(i, k, vectors...));
+                }
+            };
+            middle(operands.vectorsFrom(start)...);
+            store(srcDst, first);
+            store(srcDst + end, last);
+            return;
         }
-        for (; count - i >= lanes; i += lanes) vectors(i);
     }
-    single(count);
+    for (ptrdiff_t i = 0; i < count; ++i) storeSample(srcDst + i, operation(loadSample(srcDst + i), operands.sample(i)...));
 }
 
-// combineRowInPlace on every row, from the first.
+// transformRowInPlace on every row, from the first.
+template <class Operation, class T, class... Operands>
+KUV_INLINE void transformInPlace(Operation operation, T* srcDst, ptrdiff_t step, ptrdiff_t count, ptrdiff_t rows,
+                                 const Operands&... operands) {
+    for (ptrdiff_t row = 0; row < rows; ++row) transformRowInPlace(operation, rowAt(srcDst, step, row), count, operands...);
+}
+
+// The same with the rows of another image.
 template <class Operation, class T>
 KUV_INLINE void combineInPlace(Operation operation, const T* src, ptrdiff_t srcStep, T* srcDst, ptrdiff_t srcDstStep,
                                KuviSize size) {
     for (ptrdiff_t row = 0; row < size.height; ++row) {
-        combineRowInPlace(operation, rowAt(src, srcStep, row), rowAt(srcDst, srcDstStep, row), size.width);
+        transformRowInPlace(operation, rowAt(srcDst, srcDstStep, row), size.width, Row<T>{rowAt(src, srcStep, row)});
     }
 }
 
