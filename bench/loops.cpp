@@ -147,6 +147,66 @@ KuvStatus KUV_LOOP(swapFourInPlace)(Kuv8u* srcDst, Kuv32s srcDstStep, KuviSize r
     return kuvStatusOk;
 }
 
+// The three axes: 0 exchanges rows, 1 reverses them, 2 does both.
+#define KUV_MIRROR_LOOP(name, T, channels)                                                                           \
+    KuvStatus KUV_LOOP(name)(const T* src, Kuv32s srcStep, T* dst, Kuv32s dstStep, KuviSize roiSize, Kuv32s axis) {  \
+        const ptrdiff_t width = roiSize.width, height = roiSize.height;                                              \
+        for (ptrdiff_t y = 0; y < height; ++y) {                                                                     \
+            const T* from = (const T*)((const char*)src + y * srcStep);                                              \
+            T* to = (T*)((char*)dst + (axis == 1 ? y : height - 1 - y) * dstStep);                                   \
+            if (axis == 0) {                                                                                         \
+                for (ptrdiff_t x = 0; x < channels * width; ++x) to[x] = from[x];                                    \
+            } else {                                                                                                 \
+                for (ptrdiff_t x = 0; x < width; ++x) {                                                              \
+                    for (int c = 0; c < channels; ++c) to[channels * x + c] = from[channels * (width - 1 - x) + c];  \
+                }                                                                                                    \
+            }                                                                                                        \
+        }                                                                                                            \
+        return kuvStatusOk;                                                                                          \
+    }                                                                                                                \
+    KuvStatus KUV_LOOP(name##InPlace)(T* srcDst, Kuv32s srcDstStep, KuviSize roiSize, Kuv32s axis) {                 \
+        const ptrdiff_t width = roiSize.width, height = roiSize.height;                                              \
+        for (ptrdiff_t y = 0; y < (axis == 1 ? height : (height + 1) / 2); ++y) {                                    \
+            T* a = (T*)((char*)srcDst + y * srcDstStep);                                                             \
+            T* b = (T*)((char*)srcDst + (axis == 1 ? y : height - 1 - y) * srcDstStep);                              \
+            const ptrdiff_t count = axis == 0 ? channels * width : a == b ? width / 2 : width;                       \
+            if (axis == 0) {                                                                                         \
+                for (ptrdiff_t x = 0; x < count; ++x) {                                                              \
+                    const T kept = a[x];                                                                             \
+                    a[x] = b[x], b[x] = kept;                                                                        \
+                }                                                                                                    \
+            } else {                                                                                                 \
+                for (ptrdiff_t x = 0; x < count; ++x) {                                                              \
+                    for (int c = 0; c < channels; ++c) {                                                             \
+                        T* other = b + channels * (width - 1 - x) + c;                                               \
+                        const T kept = a[channels * x + c];                                                          \
+                        a[channels * x + c] = *other, *other = kept;                                                 \
+                    }                                                                                                \
+                }                                                                                                    \
+            }                                                                                                        \
+        }                                                                                                            \
+        return kuvStatusOk;                                                                                          \
+    }
+KUV_MIRROR_LOOP(mirrorOne8, Kuv8u, 1)
+KUV_MIRROR_LOOP(mirrorThree8, Kuv8u, 3)
+KUV_MIRROR_LOOP(mirrorOne16, Kuv16u, 1)
+KUV_MIRROR_LOOP(mirrorThree16, Kuv16u, 3)
+
+// About the main diagonal, or the second one.
+#define KUV_TRANSPOSE_LOOP(name, T)                                                                                  \
+    KuvStatus KUV_LOOP(name)(const T* src, Kuv32s srcStep, T* dst, Kuv32s dstStep, KuviSize roiSize, Kuv32s axis) {  \
+        for (ptrdiff_t y = 0; y < roiSize.height; ++y) {                                                             \
+            T* to = (T*)((char*)dst + (axis == 3 ? y : roiSize.height - 1 - y) * dstStep);                           \
+            for (ptrdiff_t x = 0; x < roiSize.width; ++x) {                                                          \
+                const T* from = (const T*)((const char*)src + (axis == 3 ? x : roiSize.width - 1 - x) * srcStep);    \
+                to[x] = from[y];                                                                                     \
+            }                                                                                                        \
+        }                                                                                                            \
+        return kuvStatusOk;                                                                                          \
+    }
+KUV_TRANSPOSE_LOOP(transpose8, Kuv8u)
+KUV_TRANSPOSE_LOOP(transpose16, Kuv16u)
+
 #define KUV_LAYOUT_LOOP(name, T, colours, srcSamples, dstSamples)                                                    \
     KuvStatus KUV_LOOP(name)(const T* src, Kuv32s srcStep, T* dst, Kuv32s dstStep, KuviSize roiSize) {               \
         for (ptrdiff_t y = 0; y < roiSize.height; ++y) {                                                             \

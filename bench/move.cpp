@@ -102,6 +102,30 @@ CONVERSION(kuviConvert_32f8u_C3R, "from zero", convert32fTo8, Rounded<2>)
 CONVERSION(kuviScale_8u32f_C3R, "aligned", scale8to32f, Scaled<Kuv8u, Kuv32f>)
 CONVERSION(kuviScale_32f8u_C3R, "aligned", scale32fTo8, Scaled<Kuv32f, Kuv8u>)
 
+#define MIRROR_AXIS(type, T, channels, loop, axis, name)                                                                  \
+    KUV_BENCHMARK(kuviMirror_##type##R, name, Mirrored<T, channels, axis>)                                                \
+    KUV_LOOP_PEERS(kuviMirror_##type##R, loop, Mirrored<T, channels, axis>)                                               \
+    KUV_BENCHMARK(kuviMirror_##type##IR, name, MirroredInPlace<T, channels, axis>)                                        \
+    KUV_LOOP_PEERS(kuviMirror_##type##IR, loop##InPlace, MirroredInPlace<T, channels, axis>)
+#define MIRROR(type, T, channels, loop)                                                                                   \
+    MIRROR_AXIS(type, T, channels, loop, kuvAxisHorizontal, "horizontal axis")                                            \
+    MIRROR_AXIS(type, T, channels, loop, kuvAxisVertical, "vertical axis")                                                \
+    MIRROR_AXIS(type, T, channels, loop, kuvAxisBoth, "both axes")                                                        \
+    KUV_BENCHMARK(kuviMirror_##type##R, "vertical axis unaligned", Mirrored<T, channels, kuvAxisVertical, false>)        \
+    KUV_LOOP_PEERS(kuviMirror_##type##R, loop, Mirrored<T, channels, kuvAxisVertical, false>)
+MIRROR(8u_C1, Kuv8u, 1, mirrorOne8)
+MIRROR(8u_C3, Kuv8u, 3, mirrorThree8)
+MIRROR(16u_C1, Kuv16u, 1, mirrorOne16)
+MIRROR(16u_C3, Kuv16u, 3, mirrorThree16)
+
+#define TRANSPOSITION(function, T, loop)                                                                                  \
+    KUV_BENCHMARK(function, "diagonal", Mirrored<T, 1, kuvAxisDiagonal>)                                                  \
+    KUV_BENCHMARK(function, "second diagonal", Mirrored<T, 1, kuvAxisSecondDiagonal>)                                     \
+    KUV_LOOP_PEERS(function, loop, Mirrored<T, 1, kuvAxisDiagonal>)                                                       \
+    KUV_LOOP_PEERS(function, loop, Mirrored<T, 1, kuvAxisSecondDiagonal>)
+TRANSPOSITION(kuviMirror_8u_C1R, Kuv8u, transpose8)
+TRANSPOSITION(kuviMirror_16u_C1R, Kuv16u, transpose16)
+
 KUV_BENCHMARK(kuviSwapChannels_8u_C3R, "aligned", Reversed<Kuv8u, 3>)
 KUV_BENCHMARK(kuviSwapChannels_8u_C3R, "unaligned", Reversed<Kuv8u, 3, false>)
 KUV_BENCHMARK(kuviSwapChannels_16u_C3R, "aligned", Reversed<Kuv16u, 3>)

@@ -139,6 +139,15 @@ enum {
     kuvCfaGRBG = 3  /**< G R over B G */
 };
 
+/** Axes of kuviMirror_*: what an image is mirrored about. */
+enum {
+    kuvAxisHorizontal = 0,    /**< the horizontal axis: rows change places */
+    kuvAxisVertical = 1,      /**< the vertical axis: each row is reversed */
+    kuvAxisBoth = 2,          /**< both of them: a rotation by half a turn */
+    kuvAxisDiagonal = 3,      /**< the main diagonal: a transposition */
+    kuvAxisSecondDiagonal = 4 /**< the second diagonal, from the upper right to the lower left */
+};
+
 /** Data-type selectors of set-up functions. */
 enum {
     kuvDataType8u = 1,  /**< #Kuv8u */
@@ -589,6 +598,55 @@ KUV_API KuvStatus kuviScale_8u32f_C3R(const Kuv8u* src, Kuv32s srcStep, Kuv32f* 
  *  @return as kuviScale_8u32f_C3R() */
 KUV_API KuvStatus kuviScale_32f8u_C3R(const Kuv32f* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize, Kuv32f vMin,
                                       Kuv32f vMax);
+/** @name Mirror images
+ *  With W and H the width and height of `roiSize`, `dst(x, y)` is
+ *
+ *  - #kuvAxisHorizontal: `src(x, H-1-y)`
+ *  - #kuvAxisVertical: `src(W-1-x, y)`
+ *  - #kuvAxisBoth: `src(W-1-x, H-1-y)`
+ *  - #kuvAxisDiagonal: `src(y, x)`, in the one-channel functions only
+ *  - #kuvAxisSecondDiagonal: `src(H-1-y, W-1-x)`, in the one-channel functions only
+ *
+ *  The channels of a pixel keep their order. About the diagonals `roiSize` is the destination's size, so that the source is H pixels wide
+ *  and W rows high.
+ *
+ *  Step class C, but for the diagonals: rows are done in the order of the source, so that destination rows on one place leave there what
+ *  comes from the last one. If `src` is `dst` with the same step, the image is mirrored in place as by the function for that, with its
+ *  checks. What any other overlap gives is not stated. Large images may bypass the caches.
+ *
+ *  The diagonals have checks of their own: steps are at least 1, and even for 16-bit samples. An overlap of the images is refused as far
+ *  as it shows in the corners: if the first or last sample of an image's first or last row lies within a row of the other image.
+ *
+ *  `src`, `dst`: the images. `srcStep`, `dstStep`: their row steps in bytes. `roiSize`: size of `dst` in pixels, at least 1 by 1. `axis`:
+ *  the axis.
+ *
+ *  Returns #kuvStatusNullPtr if `src` or `dst` is null; #kuvStatusBadSize if the width or height is below 1; #kuvStatusBadAxis if `axis`
+ *  is none that the function has; else #kuvStatusOk. About the diagonals, of a one-channel image: #kuvStatusNullPtr if `src` or `dst` is
+ *  null; #kuvStatusBadStep if a step is below 1, or odd with 16-bit samples; #kuvStatusBadSize if the width or height is below 1;
+ *  #kuvStatusInternal if the images overlap in the sense above; else #kuvStatusOk.
+ *  @{ */
+KUV_API KuvStatus kuviMirror_8u_C1R(const Kuv8u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize, Kuv32s axis);
+KUV_API KuvStatus kuviMirror_8u_C3R(const Kuv8u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize, Kuv32s axis);
+KUV_API KuvStatus kuviMirror_16u_C1R(const Kuv16u* src, Kuv32s srcStep, Kuv16u* dst, Kuv32s dstStep, KuviSize roiSize, Kuv32s axis);
+KUV_API KuvStatus kuviMirror_16u_C3R(const Kuv16u* src, Kuv32s srcStep, Kuv16u* dst, Kuv32s dstStep, KuviSize roiSize, Kuv32s axis);
+/** @} */
+
+/** @name Mirror images in place
+ *  What kuviMirror_8u_C1R() and its like give for #kuvAxisHorizontal, #kuvAxisVertical and #kuvAxisBoth, onto the image itself.
+ *
+ *  Step class C: rows are exchanged in pairs, the outermost first, and rows are reversed from the first. With a step of 0 an exchange of
+ *  rows changes nothing, about both axes too, and about the vertical axis the one row is reversed `roiSize.height` times.
+ *
+ *  `srcDst`: the image. `srcDstStep`: its row step in bytes. `roiSize`: size in pixels, at least 1 by 1. `axis`: the axis.
+ *
+ *  Returns #kuvStatusNullPtr if `srcDst` is null; #kuvStatusBadSize if the width or height is below 1; #kuvStatusBadAxis if `axis` is not
+ *  one of the three; else #kuvStatusOk.
+ *  @{ */
+KUV_API KuvStatus kuviMirror_8u_C1IR(Kuv8u* srcDst, Kuv32s srcDstStep, KuviSize roiSize, Kuv32s axis);
+KUV_API KuvStatus kuviMirror_8u_C3IR(Kuv8u* srcDst, Kuv32s srcDstStep, KuviSize roiSize, Kuv32s axis);
+KUV_API KuvStatus kuviMirror_16u_C1IR(Kuv16u* srcDst, Kuv32s srcDstStep, KuviSize roiSize, Kuv32s axis);
+KUV_API KuvStatus kuviMirror_16u_C3IR(Kuv16u* srcDst, Kuv32s srcDstStep, KuviSize roiSize, Kuv32s axis);
+/** @} */
 
 /** @name Channels reordered
  *  `dst(x, y)[c] = src(x, y)[dstOrder[c]]` for each colour channel c: {2, 1, 0} reverses three channels, {0, 0, 0} spreads the first.

@@ -89,6 +89,13 @@ Reference interleaved3() {
 }
 
 template <class T>
+Reference reversed() {
+    return [](In a, In, In, int bytes, Out result) {
+        for (int i = 0; i < lanesIn<T>(bytes); ++i) store(result, i, load<T>(a, lanesIn<T>(bytes) - 1 - i));
+    };
+}
+
+template <class T>
 Reference filled() {
     return [](In a, In, In, int bytes, Out result) {
         for (int i = 0; i < lanesIn<T>(bytes); ++i) store(result, i, load<T>(a));
@@ -163,6 +170,7 @@ const std::map<std::string, Reference>& references() {
         {"loadParts of one Kuv8u", [](In a, In, In, int bytes, Out result) {
             for (int i = 0; i < bytes; ++i) result[i] = a[i % 16];
         }},
+        {"loadReversed Kuv8u", reversed<Kuv8u>()}, {"loadReversed Kuv16u", reversed<Kuv16u>()},
         {"storeParts Kuv8u", [](In a, In, In, int bytes, Out result) {
             std::memcpy(result + 20, a, 16);
             if (bytes == 32) std::memcpy(result, a + 16, 16);

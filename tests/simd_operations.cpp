@@ -55,6 +55,8 @@ constexpr SimdOperation operations[] = {
     RUN("stream", Kuv8u, alignas(32) Kuv8u block[V::bytes]; stream(block, a); streamFence(); put(result, load<V>(block)))
     OPERATION("loadParts", Kuv8u, loadParts<V>(first + 16, -16))
     OPERATION("loadParts of one", Kuv8u, loadParts<V>(first, 0))
+    OPERATION("loadReversed", Kuv8u, loadReversed<V>(first))
+    OPERATION("loadReversed", Kuv16u, loadReversed<V>(reinterpret_cast<const Kuv16u*>(first)))
     RUN("storeParts", Kuv8u, storeParts(result + 20, -20, a))
     RUN("storeParts3", Kuv8u, storeParts3(result, a, b, c))
 #ifdef __SSSE3__

@@ -125,4 +125,45 @@ bool addReversal(const char* function) {
                                            addReversal<ReversedInPlace<3>, 3>("kuviSwapChannels_8u_C3IR"),
                                            addReversal<ReversedInPlace<4>, 4>("kuviSwapChannels_8u_C4IR")};
 
+// About the axes, in place too, and about the main diagonal.
+template <class T, int channels, Kuv32s axis, class Form>
+bool addMirror(const char* function) {
+    return addOpenCV<Form>(function, [](auto& form) {
+        cv::Mat src, dst;
+        if constexpr (requires { form.srcDst; }) {
+            src = dst = matrixOf(form.srcDst, form.size, channels);
+        } else {
+            src = matrixOf(form.src, form.size, channels);
+            dst = matrixOf(form.dst, form.mirrored, channels);
+        }
+        return [src, dst]() mutable {
+            if constexpr (axis == kuvAxisDiagonal) cv::transpose(src, dst);
+            else cv::flip(src, dst, axis == kuvAxisBoth ? -1 : axis);
+        };
+    });
+}
+
+template <class T, int channels, Kuv32s axis>
+bool addMirrors(const char* function, const char* inPlace) {
+    return addMirror<T, channels, axis, Mirrored<T, channels, axis>>(function) &&
+           addMirror<T, channels, axis, MirroredInPlace<T, channels, axis>>(inPlace);
+}
+
+template <class T, int channels>
+bool addAxes(const char* function, const char* inPlace) {
+    return addMirrors<T, channels, kuvAxisHorizontal>(function, inPlace) && addMirrors<T, channels, kuvAxisVertical>(function, inPlace) &&
+           addMirrors<T, channels, kuvAxisBoth>(function, inPlace) &&
+           addMirror<T, channels, kuvAxisVertical, Mirrored<T, channels, kuvAxisVertical, false>>(function);
+}
+
+template <class T>
+bool addTransposition(const char* function) {
+    return addMirror<T, 1, kuvAxisDiagonal, Mirrored<T, 1, kuvAxisDiagonal>>(function);
+}
+[[maybe_unused]] const bool mirrors[] = {addAxes<Kuv8u, 1>("kuviMirror_8u_C1R", "kuviMirror_8u_C1IR"),
+                                         addAxes<Kuv8u, 3>("kuviMirror_8u_C3R", "kuviMirror_8u_C3IR"),
+                                         addAxes<Kuv16u, 1>("kuviMirror_16u_C1R", "kuviMirror_16u_C1IR"),
+                                         addAxes<Kuv16u, 3>("kuviMirror_16u_C3R", "kuviMirror_16u_C3IR"),
+                                         addTransposition<Kuv8u>("kuviMirror_8u_C1R"), addTransposition<Kuv16u>("kuviMirror_16u_C1R")};
+
 }  // namespace

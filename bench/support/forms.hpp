@@ -232,6 +232,43 @@ struct ShiftedInPlace {
     auto call(decltype(kuvsLShiftC_16u_I)* function) { return function(first, srcDst.row(), size.width * size.height); }
 };
 
+// An image and its mirror image; about the diagonals `size` is the source's.
+template <class T, int channels, Kuv32s axis, bool aligned = true>
+struct Mirrored {
+    static constexpr double bytesPerPixel = 2 * channels * sizeof(T);
+    static constexpr bool diagonal = axis == kuvAxisDiagonal || axis == kuvAxisSecondDiagonal;
+
+    KuviSize size, mirrored = diagonal ? KuviSize{size.height, size.width} : size;
+    Image<T> src{size, channels, aligned ? 0 : 1}, dst{mirrored, channels, aligned ? 0 : 3};
+
+    explicit Mirrored(KuviSize wanted) : size(wanted) {
+        for (int row = 0; row < size.height; ++row) std::memset(src.row(row), 0x5A, sizeof(T) * channels * size.width);
+        for (int row = 0; row < mirrored.height; ++row) std::memset(dst.row(row), 0xA5, sizeof(T) * channels * mirrored.width);
+    }
+
+    template <class Function>
+    auto call(Function* function) {
+        return function(src.row(), src.step(), dst.row(), dst.step(), mirrored, axis);
+    }
+};
+
+template <class T, int channels, Kuv32s axis>
+struct MirroredInPlace {
+    static constexpr double bytesPerPixel = 2 * channels * sizeof(T);
+
+    KuviSize size;
+    Image<T> srcDst{size, channels};
+
+    explicit MirroredInPlace(KuviSize wanted) : size(wanted) {
+        for (int row = 0; row < size.height; ++row) std::memset(srcDst.row(row), 0x5A, sizeof(T) * channels * size.width);
+    }
+
+    template <class Function>
+    auto call(Function* function) {
+        return function(srcDst.row(), srcDst.step(), size, axis);
+    }
+};
+
 // A whole mosaic, or a band of its rows.
 template <class T>
 struct Demosaic {

@@ -30,6 +30,25 @@ KUV_INLINE void storeParts(Kuv8u* to, [[maybe_unused]] ptrdiff_t distance, V val
     }
 }
 
+// Lanes of one or two bytes, the last one in memory first.
+template <class V>
+KUV_INLINE V loadReversed(const typename V::Lane* from) {
+    constexpr bool ofBytes = sizeof(typename V::Lane) == 1;
+    static_assert(ofBytes || sizeof(typename V::Lane) == 2);
+    constexpr Kuv64s order[2] = {ofBytes ? 0x08090A0B0C0D0E0F : 0x09080B0A0D0C0F0E, ofBytes ? 0x0001020304050607 : 0x0100030205040706};
+    const auto v = loadParts<Vector<Kuv8u, V::bytes>>(reinterpret_cast<const Kuv8u*>(from) + V::bytes - 16, -16);
+    if constexpr (V::bytes == 32) {
+        KUV_AVX2(return {_mm256_shuffle_epi8(v.raw, _mm256_setr_epi64x(order[0], order[1], order[0], order[1]))};)
+    } else if constexpr (hasSSSE3) {
+        return {_mm_shuffle_epi8(v.raw, _mm_set_epi64x(order[1], order[0]))};
+    } else {
+        const __m128i quarters = _mm_shuffle_epi32(v.raw, 0x4E);
+        const __m128i words = _mm_shufflehi_epi16(_mm_shufflelo_epi16(quarters, 0x1B), 0x1B);
+        if constexpr (!ofBytes) return {words};
+        return {_mm_or_si128(_mm_slli_epi16(words, 8), _mm_srli_epi16(words, 8))};
+    }
+}
+
 // Three registers one after the other: first the low 16 bytes of each, then the high ones.
 KUV_INLINE void storeParts3(Kuv8u* to, Vector<Kuv8u, 16> a, Vector<Kuv8u, 16> b, Vector<Kuv8u, 16> c) {
     store(to, a);
