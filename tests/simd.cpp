@@ -171,12 +171,16 @@ const std::map<std::string, Reference>& references() {
             for (int i = 0; i < bytes; ++i) result[i] = a[i % 16];
         }},
         {"loadReversed Kuv8u", reversed<Kuv8u>()}, {"loadReversed Kuv16u", reversed<Kuv16u>()},
-        {"storeParts Kuv8u", [](In a, In, In, int bytes, Out result) {
-            std::memcpy(result + 20, a, 16);
-            if (bytes == 32) std::memcpy(result, a + 16, 16);
-        }},
+        {"storeHalves Kuv8u", binary<Kuv8u>([](auto a, auto) { return a; })},
         {"storeParts3 Kuv8u", [](In a, In b, In c, int bytes, Out result) {
             for (int i = 0; i < 3 * bytes; ++i) result[i] = std::array{a, b, c}[static_cast<std::size_t>(i / 16 % 3)][i / 48 * 16 + i % 16];
+        }},
+        {"joinTwelves Kuv8u", [](In a, In, In, int bytes, Out result) {
+            const int parts = bytes / 16;
+            for (int i = 0; i < bytes; ++i) result[i % 16 < 12 ? i / 16 * 12 + i % 16 : parts * 12 + i / 16 * 4 + i % 16 - 12] = a[i];
+        }},
+        {"storeParts4 Kuv8u", [](In a, In b, In c, int bytes, Out result) {
+            for (int i = 0; i < 4 * bytes; ++i) result[i] = std::array{a, b, c, a}[static_cast<std::size_t>(i / 16 % 4)][i / 64 * 16 + i % 16];
         }},
         {"shuffleBytes Kuv8u", [](In a, In b, In, int bytes, Out result) {
             for (int i = 0; i < bytes; ++i) result[i] = b[i] & 0x80 ? 0 : a[i / 16 * 16 + b[i] % 16];
@@ -224,7 +228,6 @@ const std::map<std::string, Reference>& references() {
         {"loadWidened of words Kuv32s", [](In a, In, In, int bytes, Out result) {
             for (int i = 0; i < lanesIn<Kuv32s>(bytes); ++i) store(result, i, Kuv32s{load<Kuv16u>(a, i)});
         }},
-        {"signsOf Kuv8u", binary<Kuv8u>([](auto a, auto) { return a >= 0x80 ? 0xFF : 0; })},
         {"pack Kuv16s", packed<Kuv16s, Kuv8s>()}, {"pack Kuv32s", packed<Kuv32s, Kuv16s>(0)},
         {"narrowed Kuv16s", [](In a, In b, In, int bytes, Out result) {
             for (int i = 0; i < bytes; ++i) result[i] = static_cast<unsigned char>(std::clamp<int>(load<Kuv16s>(i < bytes / 2 ? a : b, i % (bytes / 2)), 0, 255));
@@ -263,7 +266,8 @@ const std::map<std::string, Reference>& references() {
                 store(result, i, load<std::uint32_t>(load<float>(a, i) < load<float>(b, i) ? a : b, i));
             }
         }},
-        {"fill Kuv32f", filled<Kuv32u>()}, {"stream Kuv32f", binary<Kuv8u>([](auto a, auto) { return a; })},
+        {"fill Kuv32f", filled<Kuv32u>()}, {"storeHalves Kuv32f", binary<Kuv8u>([](auto a, auto) { return a; })},
+        {"stream Kuv32f", binary<Kuv8u>([](auto a, auto) { return a; })},
         {"toReals Kuv32s", [](In a, In, In, int bytes, Out result) {
             for (int i = 0; i < lanesIn<Kuv32s>(bytes); ++i) store(result, i, static_cast<float>(load<Kuv32s>(a, i)));
         }},

@@ -57,8 +57,10 @@ constexpr SimdOperation operations[] = {
     OPERATION("loadParts of one", Kuv8u, loadParts<V>(first, 0))
     OPERATION("loadReversed", Kuv8u, loadReversed<V>(first))
     OPERATION("loadReversed", Kuv16u, loadReversed<V>(reinterpret_cast<const Kuv16u*>(first)))
-    RUN("storeParts", Kuv8u, storeParts(result + 20, -20, a))
+    RUN("storeHalves", Kuv8u, storeHalves(reinterpret_cast<Kuv8u*>(result), a))
     RUN("storeParts3", Kuv8u, storeParts3(result, a, b, c))
+    OPERATION("joinTwelves", Kuv8u, joinTwelves(a))
+    RUN("storeParts4", Kuv8u, storeParts4(result, a, b, c, a))
 #ifdef __SSSE3__
     BINARY(shuffleBytes, Kuv8u)
 #endif
@@ -97,7 +99,6 @@ constexpr SimdOperation operations[] = {
     OPERATION("loadWidened", Kuv16u, loadWidened<V>(first))
     OPERATION("loadWidened", Kuv32s, loadWidened<V>(first))
     OPERATION("loadWidened of words", Kuv32s, loadWidened<V>(reinterpret_cast<const Kuv16u*>(first)))
-    OPERATION("signsOf", Kuv8u, signsOf(a))
     BINARY(pack, Kuv16s) BINARY(pack, Kuv32s)
     BINARY(packUnsigned, Kuv16s)
     // Half the range: what is outside of it must not be packed.
@@ -115,6 +116,7 @@ constexpr SimdOperation operations[] = {
 
     REAL_BINARY(add, Kuv32f) REAL_BINARY(multiply, Kuv32f) REAL_BINARY(minimum, Kuv32f)
     REAL("fill Kuv32f", Kuv32f, put(result, fill<V>(a.raw[0])))
+    REAL("storeHalves Kuv32f", Kuv32f, storeHalves(reinterpret_cast<Kuv32f*>(result), a))
     REAL("stream Kuv32f", Kuv32f, alignas(32) Kuv32f block[V::lanes]; stream(block, a); streamFence(); put(result, load<V>(block)))
     OPERATION("toReals", Kuv32s, toReals(a))
     OPERATION("truncated", Kuv32s, truncated(get<Vector<Kuv32f, V::bytes>>(first)))

@@ -11,13 +11,19 @@
 namespace kuv::KUV_VARIANT {
 namespace {
 
-// Runs block(i) for blocks of `step` pixels, up to pixel `end`. The last block may lie on the one before; it comes first, so that its
-// stores have reached the cache when the loop reads there. Gives the first pixel that is not done.
-template <class Block>
-KUV_INLINE ptrdiff_t overlappingBlocks(ptrdiff_t end, ptrdiff_t step, Block block) {
+// Reads and writes blocks of `step` pixels, up to pixel `end`. The last block may lie on the one before. Blocks hold what they keep of
+// the destination, so it is read first and written last: no read has to wait for a write. Gives the first pixel that is not done.
+template <class Value, class Read, class Write>
+KUV_INLINE ptrdiff_t overlappingBlocks(ptrdiff_t end, ptrdiff_t step, Read read, Write write) {
     if (end < step) return 0;
-    block(end - step);
-    for (ptrdiff_t i = 0; i < end - step; i += step) block(i);
+    Value last;
+    read(end - step, last);
+    for (ptrdiff_t i = 0; i < end - step; i += step) {
+        Value value;
+        read(i, value);
+        write(i, value);
+    }
+    write(end - step, last);
     return end;
 }
 
@@ -74,10 +80,11 @@ void copyAC4(const T* src, T* dst, ptrdiff_t width) {
     ptrdiff_t done = 0;
     if constexpr (hasVectors) {
         const ByteVector alpha = repeated(FourAndThree<T>::tables.alpha);
-        done = overlappingBlocks(width - 1, FourAndThree<T>::pixels, [&](ptrdiff_t i) {
-            Kuv8u* const to = bytesOf(dst + 4 * i);
-            store(to, select(alpha, load<ByteVector>(to), load<ByteVector>(bytesOf(src + 4 * i))));
-        });
+        const auto read = [&](ptrdiff_t i, ByteVector& v) {
+            v = bitOr(bitAnd(alpha, load<ByteVector>(bytesOf(dst + 4 * i))), bitAndNot(alpha, load<ByteVector>(bytesOf(src + 4 * i))));
+        };
+        const auto write = [&](ptrdiff_t i, ByteVector v) { store(bytesOf(dst + 4 * i), v); };
+        done = overlappingBlocks<ByteVector>(width - 1, FourAndThree<T>::pixels, read, write);
     }
     copyPixels<3, 4, 4>(src, dst, done, width);
 }
@@ -89,10 +96,12 @@ void copyC3AC4(const T* src, T* dst, ptrdiff_t width) {
     ptrdiff_t done = 0;
 #ifdef __SSSE3__
     const ByteVector alpha = repeated(Shape::tables.alpha), toFour = repeated(Shape::tables.toFour);
-    done = overlappingBlocks(width - Shape::margin, Shape::pixels, [&](ptrdiff_t i) {
-        Kuv8u* const to = bytesOf(dst + 4 * i);
-        store(to, bitOr(bitAnd(alpha, load<ByteVector>(to)), shuffleBytes(loadParts<ByteVector>(bytesOf(src + 3 * i), 12), toFour)));
-    });
+    const auto read = [&](ptrdiff_t i, ByteVector& v) {
+        const ByteVector colours = shuffleBytes(loadParts<ByteVector>(bytesOf(src + 3 * i), 12), toFour);
+        v = bitOr(bitAnd(alpha, load<ByteVector>(bytesOf(dst + 4 * i))), colours);
+    };
+    const auto write = [&](ptrdiff_t i, ByteVector v) { store(bytesOf(dst + 4 * i), v); };
+    done = overlappingBlocks<ByteVector>(width - Shape::margin, Shape::pixels, read, write);
 #else
     if constexpr (hasVectors) {
         using Word = typename Shape::Word;
@@ -112,8 +121,9 @@ void copyAC4C3(const T* src, T* dst, ptrdiff_t width) {
     ptrdiff_t done = 0;
 #ifdef __SSSE3__
     const ByteVector toThree = repeated(Shape::tables.toThree);
-    for (; done + Shape::pixels <= width - Shape::margin; done += Shape::pixels) {
-        storeParts(bytesOf(dst + 3 * done), 12, shuffleBytes(load<ByteVector>(bytesOf(src + 4 * done)), toThree));
+    constexpr ptrdiff_t pixel = 3 * sizeof(T), beyond = (vectorBytes - Shape::pixels * pixel + pixel - 1) / pixel;
+    for (; done + Shape::pixels <= width - beyond; done += Shape::pixels) {
+        store(bytesOf(dst + 3 * done), joinTwelves(shuffleBytes(load<ByteVector>(bytesOf(src + 4 * done)), toThree)));
     }
 #else
     if constexpr (hasVectors) {
@@ -124,39 +134,69 @@ void copyAC4C3(const T* src, T* dst, ptrdiff_t width) {
     copyPixels<3, 4, 3>(src, dst, done, width);
 }
 
+// Of three vectors of pixels of three bytes: where within its 16 each first byte comes from, 0x80 for the others; and ones in these.
+struct FirstOfThree {
+    struct Tables {
+        Kuv8u from[3][vectorBytes], others[3][vectorBytes];
+    };
+    static constexpr Tables tables = [] {
+        Tables all{};
+        for (int at = 0; at < 3 * vectorBytes; ++at) {
+            const bool first = at % 3 == 0;
+            all.from[at / vectorBytes][at % vectorBytes] = static_cast<Kuv8u>(first ? at / 3 % 16 : 0x80);
+            all.others[at / vectorBytes][at % vectorBytes] = first ? 0 : 0xFF;
+        }
+        return all;
+    }();
+};
+
 // One sample to the first of three.
 KUV_INLINE void copyC1C3(const Kuv8u* src, Kuv8u* dst, ptrdiff_t width) {
     ptrdiff_t done = 0;
 #ifdef __SSSE3__
-    const auto& shuffles = Interleave3<1>::shuffles.index;
-    const ByteVector index[3] = {repeated(shuffles[0][0]), repeated(shuffles[1][0]), repeated(shuffles[2][0])};
-    const ByteVector other[3] = {signsOf(index[0]), signsOf(index[1]), signsOf(index[2])};
-    done = overlappingBlocks(width - 1, vectorBytes, [&](ptrdiff_t i) {
-        const ByteVector samples = load<ByteVector>(src + i);
+    using Thirds = ByteVector[3];
+    const auto read = [&](ptrdiff_t i, Thirds& thirds) {
+        // The middle third's lower half comes from the first 16 samples, its upper half from the last 16.
+        const ByteVector samples[3] = {loadParts<ByteVector>(src + i, 0), load<ByteVector>(src + i), loadParts<ByteVector>(src + i + vectorBytes - 16, 0)};
 #pragma GCC unroll 3
         for (int k = 0; k < 3; ++k) {
-            Kuv8u* const to = dst + 3 * i + 16 * k;
-            storeParts(to, 48, bitOr(bitAnd(other[k], loadParts<ByteVector>(to, 48)), shuffleBytes(samples, index[k])));
+            const ByteVector old = bitAnd(load<ByteVector>(FirstOfThree::tables.others[k]), load<ByteVector>(dst + 3 * i + vectorBytes * k));
+            thirds[k] = bitOr(old, shuffleBytes(samples[k], load<ByteVector>(FirstOfThree::tables.from[k])));
         }
-    });
+    };
+    const auto write = [&](ptrdiff_t i, const Thirds& thirds) {
+#pragma GCC unroll 3
+        for (int k = 0; k < 3; ++k) store(dst + 3 * i + vectorBytes * k, thirds[k]);
+    };
+    done = overlappingBlocks<Thirds>(width - 1, vectorBytes, read, write);
+#else
+    if constexpr (hasVectors) {
+        // To spread bytes without a byte shuffle takes longer than to store them one by one.
+        for (; done + 8 <= width; done += 8) {
+            const Kuv64u samples = loadWord<Kuv64u>(src + done);
+#pragma GCC unroll 8
+            for (int k = 0; k < 8; ++k) dst[3 * (done + k)] = static_cast<Kuv8u>(samples >> (8 * k));
+        }
+    }
 #endif
     copyPixels<1, 1, 3>(src, dst, done, width);
 }
 
 // Planes to pixels of as many samples.
 template <int channels>
-KUV_INLINE void interleave(const Kuv8u* const (&planes)[channels], ptrdiff_t i, Kuv8u* to) {
-    ByteVector v[channels];
+KUV_INLINE void loadPlanes(const Kuv8u* const (&planes)[channels], ptrdiff_t i, ByteVector (&v)[channels]) {
+#pragma GCC unroll 4
     for (int c = 0; c < channels; ++c) v[c] = load<ByteVector>(planes[c] + i);
+}
+template <int channels>
+KUV_INLINE void storePixels(Kuv8u* to, const ByteVector (&v)[channels]) {
     if constexpr (channels == 3) {
         storeInterleaved3(to, v[0], v[1], v[2]);
     } else {
         const auto low01 = as<Kuv16u>(interleaveLow(v[0], v[1])), high01 = as<Kuv16u>(interleaveHigh(v[0], v[1]));
         const auto low23 = as<Kuv16u>(interleaveLow(v[2], v[3])), high23 = as<Kuv16u>(interleaveHigh(v[2], v[3]));
-        storeParts(to, 64, as<Kuv8u>(interleaveLow(low01, low23)));
-        storeParts(to + 16, 64, as<Kuv8u>(interleaveHigh(low01, low23)));
-        storeParts(to + 32, 64, as<Kuv8u>(interleaveLow(high01, high23)));
-        storeParts(to + 48, 64, as<Kuv8u>(interleaveHigh(high01, high23)));
+        storeParts4(to, as<Kuv8u>(interleaveLow(low01, low23)), as<Kuv8u>(interleaveHigh(low01, low23)),
+                    as<Kuv8u>(interleaveLow(high01, high23)), as<Kuv8u>(interleaveHigh(high01, high23)));
     }
 }
 
@@ -171,7 +211,10 @@ template <int channels>
 void interleaveRow(const Kuv8u* const (&planes)[channels], Kuv8u* dst, ptrdiff_t width) {
     ptrdiff_t done = 0;
     if constexpr (hasVectors) {
-        done = overlappingBlocks(width, vectorBytes, [&](ptrdiff_t i) { interleave(planes, i, dst + channels * i); });
+        using Samples = ByteVector[channels];
+        done = overlappingBlocks<Samples>(
+            width, vectorBytes, [&](ptrdiff_t i, Samples& v) { loadPlanes(planes, i, v); },
+            [&](ptrdiff_t i, const Samples& v) { storePixels(dst + channels * i, v); });
     }
     interleavePixels(planes, done, width, dst);
 }
@@ -185,7 +228,9 @@ void interleaveRowStreaming(const Kuv8u* const (&planes)[channels], Kuv8u* dst, 
     if (offsetIn(dst + channels * i, vectorBytes) == 0) {
         for (; i + vectorBytes <= width; i += vectorBytes) {
             alignas(vectorBytes) Kuv8u block[channels * vectorBytes];
-            interleave(planes, i, block);
+            ByteVector v[channels];
+            loadPlanes(planes, i, v);
+            storePixels(block, v);
             for (int k = 0; k < channels; ++k) {
                 stream(dst + channels * i + k * vectorBytes, load<ByteVector>(block + k * vectorBytes));
             }
@@ -200,15 +245,16 @@ void copyMasked(const T* src, T* dst, const Kuv8u* mask, ptrdiff_t width) {
     ptrdiff_t done = 0;
     if constexpr (hasVectors) {
         using V = Native<T>;
-        done = overlappingBlocks(width, V::lanes, [&](ptrdiff_t i) {
+        const auto read = [&](ptrdiff_t i, V& v) {
             V marks;
             if constexpr (sizeof(T) == 1) {
                 marks = load<V>(mask + i);
             } else {
                 marks = loadWidened<V>(mask + i);
             }
-            store(dst + i, select(equal(marks, fill<V>(0)), load<V>(dst + i), load<V>(src + i)));
-        });
+            v = select(equal(marks, fill<V>(0)), load<V>(dst + i), load<V>(src + i));
+        };
+        done = overlappingBlocks<V>(width, V::lanes, read, [&](ptrdiff_t i, V v) { store(dst + i, v); });
     }
     for (ptrdiff_t i = done; i < width; ++i) {
         if (mask[i] != 0) storeSample(dst + i, loadSample(src + i));

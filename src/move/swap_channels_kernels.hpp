@@ -245,7 +245,8 @@ KUV_INLINE void swapImage(const ChannelOrder<P>& order, const typename P::Sample
     if constexpr (hasVectors) {
         using Half = Vector<Kuv8u, 16>;
         constexpr int pattern = patternRegisters<P>, many = pattern == 1 && hasSSSE3 ? 4 : pattern;
-        if (swapRows<P, Block<P, Native<Kuv8u>, many>>(order, src, srcStep, dst, dstStep, width, height) ||
+        using Widest = std::conditional_t<pattern == 1, Half, Native<Kuv8u>>;
+        if (swapRows<P, Block<P, Widest, many>>(order, src, srcStep, dst, dstStep, width, height) ||
             swapRows<P, Block<P, Half, many>>(order, src, srcStep, dst, dstStep, width, height) ||
             swapRows<P, Block<P, Half, pattern>>(order, src, srcStep, dst, dstStep, width, height)) {
             return;

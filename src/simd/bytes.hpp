@@ -7,8 +7,7 @@
 namespace kuv::KUV_VARIANT {
 namespace {
 
-// Each 16 bytes of a register from or to a place `distance` bytes after that of the 16 before. Loaded with a distance of 0 they
-// repeat.
+// Each 16 bytes of a register from a place `distance` bytes after that of the 16 before. With a distance of 0 they repeat.
 template <class V>
 KUV_INLINE V loadParts(const Kuv8u* from, [[maybe_unused]] ptrdiff_t distance) {
     const Vector<Kuv8u, 16> low = load<Vector<Kuv8u, 16>>(from);
@@ -17,16 +16,6 @@ KUV_INLINE V loadParts(const Kuv8u* from, [[maybe_unused]] ptrdiff_t distance) {
     } else {
         KUV_AVX2(const auto high = load<Vector<Kuv8u, 16>>(from + distance);
                  return {_mm256_inserti128_si256(_mm256_castsi128_si256(low.raw), high.raw, 1)};)
-    }
-}
-
-template <class V>
-KUV_INLINE void storeParts(Kuv8u* to, [[maybe_unused]] ptrdiff_t distance, V value) {
-    if constexpr (V::bytes == 16) {
-        store(to, value);
-    } else {
-        KUV_AVX2(store<Vector<Kuv8u, 16>>(to, {_mm256_castsi256_si128(value.raw)});
-                 store<Vector<Kuv8u, 16>>(to + distance, {_mm256_extracti128_si256(value.raw, 1)});)
     }
 }
 
@@ -59,6 +48,24 @@ KUV_AVX2(KUV_INLINE void storeParts3(Kuv8u* to, Vector<Kuv8u, 32> a, Vector<Kuv8
     store<Vector<Kuv8u, 32>>(to, {_mm256_permute2x128_si256(a.raw, b.raw, 0x20)});
     store<Vector<Kuv8u, 32>>(to + 32, {_mm256_permute2x128_si256(c.raw, a.raw, 0x30)});
     store<Vector<Kuv8u, 32>>(to + 64, {_mm256_permute2x128_si256(b.raw, c.raw, 0x31)});
+})
+
+// The same for four.
+KUV_INLINE void storeParts4(Kuv8u* to, Vector<Kuv8u, 16> a, Vector<Kuv8u, 16> b, Vector<Kuv8u, 16> c, Vector<Kuv8u, 16> d) {
+    storeParts3(to, a, b, c);
+    store(to + 48, d);
+}
+KUV_AVX2(KUV_INLINE void storeParts4(Kuv8u* to, Vector<Kuv8u, 32> a, Vector<Kuv8u, 32> b, Vector<Kuv8u, 32> c, Vector<Kuv8u, 32> d) {
+    store<Vector<Kuv8u, 32>>(to, {_mm256_permute2x128_si256(a.raw, b.raw, 0x20)});
+    store<Vector<Kuv8u, 32>>(to + 32, {_mm256_permute2x128_si256(c.raw, d.raw, 0x20)});
+    store<Vector<Kuv8u, 32>>(to + 64, {_mm256_permute2x128_si256(a.raw, b.raw, 0x31)});
+    store<Vector<Kuv8u, 32>>(to + 96, {_mm256_permute2x128_si256(c.raw, d.raw, 0x31)});
+})
+
+// The first 12 of each 16 bytes one after the other, and after them the last 4 of each.
+KUV_INLINE Vector<Kuv8u, 16> joinTwelves(Vector<Kuv8u, 16> v) { return v; }
+KUV_AVX2(KUV_INLINE Vector<Kuv8u, 32> joinTwelves(Vector<Kuv8u, 32> v) {
+    return {_mm256_permutevar8x32_epi32(v.raw, _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 3, 7))};
 })
 
 // Lanes of 16 or 32 bits from as many narrower ones in memory.
@@ -105,12 +112,6 @@ KUV_INLINE Vector<Kuv8u, bytes> narrowed(Vector<Kuv32s, bytes> a, Vector<Kuv32s,
     } else {
         KUV_AVX2(return {_mm256_permutevar8x32_epi32(packed.raw, _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7))};)
     }
-}
-
-// Ones where the highest bit of the byte is set.
-template <int bytes>
-KUV_INLINE Vector<Kuv8u, bytes> signsOf(Vector<Kuv8u, bytes> v) {
-    return as<Kuv8u>(greater(as<Kuv8s>(fill<Vector<Kuv8u, bytes>>(0)), as<Kuv8s>(v)));
 }
 
 #ifdef __SSSE3__

@@ -101,6 +101,19 @@ KUV_INLINE void store(typename V::Lane* to, V value) {
     }
 }
 
+// The same by 16 bytes at a time.
+template <class V>
+KUV_INLINE void storeHalves(typename V::Lane* to, V value) {
+    if constexpr (V::bytes == 16) {
+        store(to, value);
+    } else if constexpr (std::is_floating_point_v<typename V::Lane>) {
+        KUV_AVX(_mm_storeu_ps(to, _mm256_castps256_ps128(value.raw)); _mm_storeu_ps(to + 4, _mm256_extractf128_ps(value.raw, 1));)
+    } else {
+        KUV_AVX2(__m128i* const at = reinterpret_cast<__m128i*>(to); _mm_storeu_si128(at, _mm256_castsi256_si128(value.raw));
+                 _mm_storeu_si128(at + 1, _mm256_extracti128_si256(value.raw, 1));)
+    }
+}
+
 // Stores past the caches, at an address that is a multiple of the register's size. Needs a fence before others may look.
 template <class V>
 KUV_INLINE void stream(typename V::Lane* to, V value) {
