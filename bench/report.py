@@ -6,6 +6,8 @@ Without PAGE.md it only prints. The plots go to images/ beside the page.
 
 import csv
 import pathlib
+import re
+import statistics
 import string
 import sys
 from collections import namedtuple
@@ -16,9 +18,13 @@ matplotlib.use("Agg")
 import matplotlib.pyplot as plt  # noqa: E402  (after the choice of a backend that needs no screen)
 
 LARGE = ["1920x1080", "4000x3000"]
+PICTURES = ["320x240", *LARGE]
+SIZES = ["61x7", "128x24", *PICTURES]
+MAIN = "1920x1080"
 
 Row = namedtuple("Row", "kind function case size ours other median low high ours_ns other_ns rounds slower")
 Aim = namedtuple("Aim", "text kind function ours other least most")
+Family = namedtuple("Family", "text functions cases least wanted")
 
 AIMS = [
     Aim("8-bit adaptive demosaicing against LibRaw's", "peer", "kuviDemosaicAHD_8u_C1C3R", "h9", "LibRaw", 40, None),
@@ -29,6 +35,19 @@ AIMS = [
     Aim("16-bit adaptive demosaicing on two threads against one", "threads", "kuviDemosaicAHD_16u_C1C3R", "2-threads",
         "1-thread", 1.8, None),
     Aim("A call through the export less a direct one, ns", "stub", "kuvcvGetLibVersion", "stub", "direct", None, 2),
+]
+
+# The strongest variant against every peer, on pictures: what each comparison is to reach at least, and what is wanted.
+FAMILIES = [
+    Family("Plain copies and fills", r"kuv[is](Copy_(8u|16u|16s|32s|32f)_C[134]R|Copy_8u|Set_.*_C1R|Zero_8u)", "", 0.95, 1.05),
+    Family("Copies under a mask", r"kuviCopy_.*_C1MR", "", 1.2, 1.6),
+    Family("Copies between layouts, channel swaps", r"kuvi(Copy_.*(AC4R|C3R|P4C4R|AC4C3R)|Set_8u_C4CR|SwapChannels_.*)", "", 1.1, 1.5),
+    Family("Conversions of integers", r"kuviConvert_(8u|16u).*", "", 1.1, 1.4),
+    Family("Single precision to 8 bits, ranges", r"kuvi(Convert_32f8u|Scale)_.*", "", 1.2, 2),
+    Family("Mirror images of one channel", r"kuviMirror_.*_C1I?R", "axis|axes", 1, 1.3),
+    Family("Mirror images of three channels, vertical axis", r"kuviMirror_.*_C3I?R", "vertical", 5, 8),
+    Family("Transposition", r"kuviMirror_.*", "diagonal", 2, 3),
+    Family("Shifts", r"kuv[is][LR]ShiftC_.*", "", 1, 1.3),
 ]
 
 
@@ -123,41 +142,66 @@ def aims(rows):
     return text
 
 
+def families(rows):
+    """How many comparisons of a family reach what is aimed at, and the one that is furthest from it."""
+    strongest = next((r.ours for r in reversed(rows) if r.kind == "px"), None)
+    taken, lines = set(), []
+    for family in FAMILIES:
+        found = [r for r in rows if r.kind == "peer" and r.ours == strongest and r.size in PICTURES and r not in taken
+                 and re.fullmatch(family.functions, r.function) and re.search(family.cases, r.case)]
+        taken.update(found)
+        if not found:
+            continue
+        last = min(found, key=lambda r: r.median)
+        reached = [sum(r.median >= aim for r in found) for aim in (family.least, family.wanted)]
+        lines.append([family.text, len(found), f"{family.least:g}", reached[0], f"{family.wanted:g}", reached[1],
+                      number(statistics.median(r.median for r in found)), number(last.median),
+                      f"`{last.function}`, {last.case}, {last.size}, {last.other}"])
+    return table(["Family", "Comparisons", "Least", "Reached", "Wanted", "Reached", "Median", "Smallest", "Where"], lines)
+
+
+def by_size(rows, value=lambda r: number(r.median)):
+    """One line's cells, a size each."""
+    of = {r.size: value(r) for r in rows}
+    return [of.get(size, "–") for size in SIZES]
+
+
+def grouped(rows, key):
+    return [(each, [r for r in rows if key(r) == each]) for each in unique(map(key, rows))]
+
+
 def peers(rows):
-    lines = [[f"`{r.function}`", r.case, r.size, r.ours, r.other, number(r.median), middle_half(r), number(r.ours_ns),
-              number(r.other_ns)] for r in rows if r.kind == "peer"]
-    return table(["Function", "Case", "Size", "Variant", "Peer", "Ratio", "Middle half", "ns/pixel", "Peer's ns/pixel"], lines)
+    chosen = [r for r in rows if r.kind == "peer"]
+    lines = [[f"`{function}`", case, ours, other, *by_size(group)]
+             for (function, case, ours, other), group in grouped(chosen, lambda r: (r.function, r.case, r.ours, r.other))]
+    return table(["Function", "Case", "Variant", "Peer", *SIZES], lines)
 
 
 def variants(rows):
     chosen = [r for r in rows if r.kind == "px"]
     codes = unique(r.ours for r in chosen)
     lines = []
-    for key in unique((r.function, r.case, r.size) for r in chosen):
-        group = {r.ours: r for r in chosen if (r.function, r.case, r.size) == key}
-        first = next(iter(group.values()))
-        last = group[codes[-1]]
-        lines.append([f"`{key[0]}`", *key[1:], number(first.other_ns), *(number(group[code].median) for code in codes),
-                      number(last.ours_ns)])
-    return table(["Function", "Case", "Size", "px ns/pixel", *codes, f"{codes[-1]} ns/pixel" if codes else ""], lines)
-
-
-def slower_line(r):
-    return f"- {r.ours} of `{r.function}` ({r.case}, {r.size}) takes {number(1 / r.median)} times as long as {r.other}"
+    for (function, case), group in grouped(chosen, lambda r: (r.function, r.case)):
+        main = {r.ours: r for r in group if r.size == MAIN} or {r.ours: r for r in group}
+        first, last = next(iter(main.values())), main[codes[-1]]
+        lines.append([f"`{function}`", case, number(first.other_ns), *(number(main[code].median) for code in codes),
+                      number(last.ours_ns), *by_size([r for r in group if r.ours == codes[-1]])])
+    last = codes[-1] if codes else ""
+    return table(["Function", "Case", "px ns/pixel", *codes, f"{last} ns/pixel", *(f"{last} {size}" for size in SIZES)], lines)
 
 
 def slower(rows):
-    lines = []
-    for r in rows:
-        if r.slower:
-            reason = bound(rows, r)
-            lines.append(slower_line(r) + (f"; {reason}." if reason else "."))
-    return "\n".join(lines) or "Nowhere, in this run."
+    chosen = [r for r in rows if r.slower]
+    lines = [[f"`{function}`", case, ours, other, *by_size(group, lambda r: number(1 / r.median))]
+             for (function, case, ours, other), group in grouped(chosen, lambda r: (r.function, r.case, r.ours, r.other))]
+    return table(["Function", "Case", "Variant", "Faster one", *SIZES], lines) if lines else "Nowhere, in this run."
 
 
 def copies(rows):
-    lines = [[f"`{r.function}`", r.case, r.size, r.ours, f"{number(100 * r.median)} %"] for r in rows if r.kind == "copy"]
-    return table(["Function", "Case", "Size", "Variant", "Share of memcpy's rate"], lines)
+    chosen = [r for r in rows if r.kind == "copy"]
+    lines = [[f"`{function}`", case, ours, *by_size(group, lambda r: f"{number(100 * r.median)} %")]
+             for (function, case, ours), group in grouped(chosen, lambda r: (r.function, r.case, r.ours))]
+    return table(["Function", "Case", "Variant", *SIZES], lines)
 
 
 def control_of(rows, row):
@@ -190,7 +234,7 @@ def machine(facts):
 
 
 def short(function):
-    return function.split("_", 1)[0].removeprefix("kuvi") + " " + function.split("_", 1)[1]
+    return re.sub(r"^kuv[is]", "", function.replace("_", " ", 1))
 
 
 def finish(figure, path):
@@ -222,23 +266,25 @@ def plot_demosaicing(rows, path):
 
 
 def plot_ratios(rows, kind, name, label, path):
-    """A row for each function, case and size: the ratios on a logarithmic scale, with the middle half as a bar."""
-    chosen = [r for r in rows if r.kind == kind]
-    keys = unique((r.function, r.case, r.size) for r in chosen)
-    places = {key: len(keys) - i for i, key in enumerate(keys)}
-    figure, axis = plt.subplots(figsize=(10, 1.2 + 0.3 * len(keys)))
+    """A row for each function, its first case on a large picture: the ratios on a logarithmic scale, with the middle half as a bar."""
+    chosen = [r for r in rows if r.kind == kind and r.size == MAIN]
+    first = {r.function: r.case for r in reversed(chosen)}
+    chosen = [r for r in chosen if r.case == first[r.function]]
+    functions = unique(r.function for r in chosen)
+    places = {function: len(functions) - i for i, function in enumerate(functions)}
+    figure, axis = plt.subplots(figsize=(10, 1.2 + 0.22 * len(functions)))
     for each in unique(name(r) for r in chosen):
         points = [r for r in chosen if name(r) == each]
         medians = [r.median for r in points]
         errors = [[r.median - r.low for r in points], [r.high - r.median for r in points]]
-        axis.errorbar(medians, [places[r.function, r.case, r.size] for r in points], xerr=errors, fmt="o", markersize=5,
-                      label=each)
+        axis.errorbar(medians, [places[r.function] for r in points], xerr=errors, fmt="o", markersize=4, label=each)
     axis.axvline(1, color="black", linewidth=0.8)
     axis.set_xscale("log", base=2)
     axis.xaxis.set_major_formatter(lambda value, _: f"{value:g}")
-    axis.set_yticks(list(places.values()), [f"{short(function)}, {case}, {size}" for function, case, size in keys], fontsize=8)
+    axis.set_yticks(list(places.values()), [f"{short(function)}, {first[function]}" for function in functions], fontsize=7)
+    axis.set_ylim(0, len(functions) + 1)
     axis.grid(axis="x", alpha=0.4)
-    axis.set_xlabel(label)
+    axis.set_xlabel(f"{label}, {MAIN}")
     axis.legend(fontsize=8)
     finish(figure, path)
 
@@ -247,9 +293,9 @@ def main(arguments):
     if len(arguments) not in (1, 2):
         sys.exit(__doc__)
     facts, rows = read(arguments[0])
-    parts = {"machine": machine(facts), "aims": aims(rows), "peers": peers(rows), "variants": variants(rows),
+    parts = {"machine": machine(facts), "aims": aims(rows), "families": families(rows), "peers": peers(rows), "variants": variants(rows),
              "slower": slower(rows), "copies": copies(rows), "threads": threads(rows), "calls": calls(rows)}
-    titles = {"machine": "Machine", "aims": "Aims", "peers": "Against other libraries", "variants": "Variants against px",
+    titles = {"machine": "Machine", "aims": "Aims", "families": "Aims by family", "peers": "Against other libraries", "variants": "Variants against px",
               "slower": "Where it is slower", "copies": "Against a copy", "threads": "Two threads against one",
               "calls": "Cost of a call, in ns"}
     for key, text in parts.items():

@@ -37,7 +37,7 @@ struct Options {
 
 Plan planOf(const Options& options) {
     if (options.brief) return {0, 0, 3, 3};
-    return {0.001, 2, 15, 101};
+    return {0.001, 0.6, 15, 51};
 }
 
 void printHeader(const std::vector<Case>& cases, const Plan& plan) {
