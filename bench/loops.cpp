@@ -253,3 +253,24 @@ KUV_PLANES_LOOP(copyP4C4, 4)
     }
 KUV_MASKED_LOOP(copyMasked8, Kuv8u)
 KUV_MASKED_LOOP(copyMasked16, Kuv16u)
+
+// What becomes of an entry of the palette and the destination's pixel `to`.
+#define KUV_PALETTE_LOOP(name, S, D, channels, ...)                                                                  \
+    KuvStatus KUV_LOOP(name)(const S* src, Kuv32s srcStep, D* dst, Kuv32s dstStep, KuviSize roiSize,                 \
+                             const D* table, Kuv32s nBitSize) {                                                      \
+        const ptrdiff_t mask = ((ptrdiff_t)1 << nBitSize) - 1;                                                       \
+        for (ptrdiff_t y = 0; y < roiSize.height; ++y) {                                                             \
+            const S* from = (const S*)((const char*)src + y * srcStep);                                              \
+            D* to = (D*)((char*)dst + y * dstStep);                                                                  \
+            for (ptrdiff_t x = 0; x < roiSize.width; ++x, to += channels) {                                          \
+                const D* entry = table + channels * (from[x] & mask);                                                \
+                __VA_ARGS__;                                                                                         \
+            }                                                                                                        \
+        }                                                                                                            \
+        return kuvStatusOk;                                                                                          \
+    }
+#define KUV_THREE_BYTES const Kuv8u a = entry[0], b = entry[1], c = entry[2]; to[0] = a, to[1] = b, to[2] = c
+KUV_PALETTE_LOOP(palette8to24, Kuv8u, Kuv8u, 3, KUV_THREE_BYTES)
+KUV_PALETTE_LOOP(palette8to32, Kuv8u, Kuv32u, 1, *to = *entry)
+KUV_PALETTE_LOOP(palette16to24, Kuv16u, Kuv8u, 3, KUV_THREE_BYTES)
+KUV_PALETTE_LOOP(palette16to32, Kuv16u, Kuv32u, 1, *to = *entry)

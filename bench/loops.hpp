@@ -53,6 +53,10 @@ KUV_DECLARE_LOOPS(copyP3C3, kuviCopy_8u_P3C3R)
 KUV_DECLARE_LOOPS(copyP4C4, kuviCopy_8u_P4C4R)
 KUV_DECLARE_LOOPS(copyMasked8, kuviCopy_8u_C1MR)
 KUV_DECLARE_LOOPS(copyMasked16, kuviCopy_16u_C1MR)
+KUV_DECLARE_LOOPS(palette8to24, kuviLUTPalette_8u24u_C1R)
+KUV_DECLARE_LOOPS(palette8to32, kuviLUTPalette_8u32u_C1R)
+KUV_DECLARE_LOOPS(palette16to24, kuviLUTPalette_16u24u_C1R)
+KUV_DECLARE_LOOPS(palette16to32, kuviLUTPalette_16u32u_C1R)
 
 // Makes both loops peers of the export, each of the variant with the same instructions. Needs support/cases.hpp.
 #define KUV_LOOP_PEERS(function, loop, ...)                                                                        \

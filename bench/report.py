@@ -47,6 +47,7 @@ FAMILIES = [
     Family("Mirror images of one channel", r"kuviMirror_.*_C1I?R", "axis|axes", 1, 1.3),
     Family("Mirror images of three channels, vertical axis", r"kuviMirror_.*_C3I?R", "vertical", 5, 8),
     Family("Transposition", r"kuviMirror_.*", "diagonal", 2, 3),
+    Family("Palettes", r"kuviLUTPalette_.*", "", 1.1, 1.5),
     Family("Shifts", r"kuv[is][LR]ShiftC_.*", "", 1, 1.3),
 ]
 

@@ -712,6 +712,35 @@ KUV_API KuvStatus kuviSwapChannels_8u_C3IR(Kuv8u* srcDst, Kuv32s srcDstStep, Kuv
 KUV_API KuvStatus kuviSwapChannels_8u_C4IR(Kuv8u* srcDst, Kuv32s srcDstStep, KuviSize roiSize, const Kuv32s* dstOrder);
 /** @} */
 
+/** @defgroup tone Tone maps and palettes
+ *  @{ */
+
+/** @name Palettes
+ *  `dst(x, y) = table[src(x, y) & (2^nBitSize - 1)]`: what a sample holds beyond its low `nBitSize` bits does not count.
+ *
+ *  - `24u`: entries and pixels of three bytes, entry i at byte 3 * i, copied in their order whatever they stand for.
+ *  - `32u`: entries and pixels of 32 bits.
+ *
+ *  Step class B. `table` has 2^`nBitSize` entries, and no byte behind them is read; like the images it may stand at any address.
+ *
+ *  `src`: the indices. `dst`: the colours. `srcStep`, `dstStep`: their row steps in bytes. `roiSize`: size in pixels, at least 1
+ *  by 1. `table`: the palette. `nBitSize`: bits of an index, 1 to 8 with `8u` samples, 1 to 16 with `16u` samples.
+ *
+ *  Returns #kuvStatusNullPtr if `src`, `dst` or `table` is null; #kuvStatusBadSize if the width or height is below 1;
+ *  #kuvStatusOutOfRange if `nBitSize` is out of its range; #kuvStatusBadStep if a row of either image has more bytes than its step;
+ *  else #kuvStatusOk.
+ *  @{ */
+KUV_API KuvStatus kuviLUTPalette_8u24u_C1R(const Kuv8u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize,
+                                           const Kuv8u* table, Kuv32s nBitSize);
+KUV_API KuvStatus kuviLUTPalette_8u32u_C1R(const Kuv8u* src, Kuv32s srcStep, Kuv32u* dst, Kuv32s dstStep, KuviSize roiSize,
+                                           const Kuv32u* table, Kuv32s nBitSize);
+KUV_API KuvStatus kuviLUTPalette_16u24u_C1R(const Kuv16u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize,
+                                            const Kuv8u* table, Kuv32s nBitSize);
+KUV_API KuvStatus kuviLUTPalette_16u32u_C1R(const Kuv16u* src, Kuv32s srcStep, Kuv32u* dst, Kuv32s dstStep, KuviSize roiSize,
+                                            const Kuv32u* table, Kuv32s nBitSize);
+/** @} */
+/** @} */
+
 /** @defgroup colour Camera colour
  *  @{ */
 

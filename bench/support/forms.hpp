@@ -269,6 +269,28 @@ struct MirroredInPlace {
     }
 };
 
+// Indices of so many bits, evenly spread, a palette of entries with as many samples as a pixel, and the image that they make.
+template <class S, class D, int channels, Kuv32s bits>
+struct Indexed {
+    static constexpr double bytesPerPixel = sizeof(S) + channels * sizeof(D);
+    static constexpr int entries = 1 << bits;
+
+    KuviSize size;
+    Image<S> src{size};
+    Image<D> dst{size, channels}, table{{entries, 1}, channels};
+
+    explicit Indexed(KuviSize wanted) : size(wanted) {
+        fillWithValues(src, size, 1, 0, entries - 0.1f);
+        std::memset(table.row(), 0x5A, sizeof(D) * channels * entries);
+        for (int row = 0; row < size.height; ++row) std::memset(dst.row(row), 0xA5, sizeof(D) * channels * size.width);
+    }
+
+    template <class Function>
+    auto call(Function* function) {
+        return function(src.row(), src.step(), dst.row(), dst.step(), size, table.row(), bits);
+    }
+};
+
 // A whole mosaic, or a band of its rows.
 template <class T>
 struct Demosaic {

@@ -81,6 +81,7 @@ template void fillSamples<Kuv8u>(Random&, const Image&, int);
 template void fillSamples<Kuv16u>(Random&, const Image&, int);
 template void fillSamples<Kuv16s>(Random&, const Image&, int);
 template void fillSamples<Kuv32s>(Random&, const Image&, int);
+template void fillSamples<Kuv32u>(Random&, const Image&, int);
 template void fillSamples<Kuv32f>(Random&, const Image&, int);
 
 }  // namespace kuvtest
