@@ -274,3 +274,35 @@ KUV_PALETTE_LOOP(palette8to24, Kuv8u, Kuv8u, 3, KUV_THREE_BYTES)
 KUV_PALETTE_LOOP(palette8to32, Kuv8u, Kuv32u, 1, *to = *entry)
 KUV_PALETTE_LOOP(palette16to24, Kuv16u, Kuv8u, 3, KUV_THREE_BYTES)
 KUV_PALETTE_LOOP(palette16to32, Kuv16u, Kuv32u, 1, *to = *entry)
+
+static inline Kuv8u integerPart(int sum) {
+    const int value = sum >> 16;
+    return (Kuv8u)(value < 0 ? 0 : value > 255 ? 255 : value);
+}
+
+// Of even widths.
+KuvStatus KUV_LOOP(expandVideo)(const Kuv8u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize) {
+    for (ptrdiff_t y = 0; y < roiSize.height; ++y) {
+        const Kuv8u* from = src + y * srcStep;
+        Kuv8u* to = dst + y * dstStep;
+        for (ptrdiff_t x = 0; x < roiSize.width / 2; ++x, from += 4, to += 6) {
+            const int b = from[0] - 128, r = from[2] - 128, first = 76282 * from[1] - 1187744, second = 76282 * from[3] - 1187744;
+            to[0] = integerPart(first + 104593 * r);
+            to[1] = integerPart(first - 25689 * b - 53279 * r);
+            to[2] = integerPart(first + 132184 * b);
+            to[3] = integerPart(second + 104593 * r);
+            to[4] = integerPart(second - 25689 * b - 53279 * r);
+            to[5] = integerPart(second + 132184 * b);
+        }
+    }
+    return kuvStatusOk;
+}
+
+KuvStatus KUV_LOOP(repeatGrey)(const Kuv8u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize) {
+    for (ptrdiff_t y = 0; y < roiSize.height; ++y) {
+        const Kuv8u* from = src + y * srcStep;
+        Kuv8u* to = dst + y * dstStep;
+        for (ptrdiff_t x = 0; x < roiSize.width; ++x) to[3 * x] = to[3 * x + 1] = to[3 * x + 2] = from[x];
+    }
+    return kuvStatusOk;
+}

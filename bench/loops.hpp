@@ -57,6 +57,8 @@ KUV_DECLARE_LOOPS(palette8to24, kuviLUTPalette_8u24u_C1R)
 KUV_DECLARE_LOOPS(palette8to32, kuviLUTPalette_8u32u_C1R)
 KUV_DECLARE_LOOPS(palette16to24, kuviLUTPalette_16u24u_C1R)
 KUV_DECLARE_LOOPS(palette16to32, kuviLUTPalette_16u32u_C1R)
+KUV_DECLARE_LOOPS(expandVideo, kuviCbYCr422ToRGB_8u_C2C3R)
+KUV_DECLARE_LOOPS(repeatGrey, kuviGrayToRGB_8u_C1C3R)
 
 // Makes both loops peers of the export, each of the variant with the same instructions. Needs support/cases.hpp.
 #define KUV_LOOP_PEERS(function, loop, ...)                                                                        \

@@ -48,6 +48,9 @@ FAMILIES = [
     Family("Mirror images of three channels, vertical axis", r"kuviMirror_.*_C3I?R", "vertical", 5, 8),
     Family("Transposition", r"kuviMirror_.*", "diagonal", 2, 3),
     Family("Palettes", r"kuviLUTPalette_.*", "", 1.1, 1.5),
+    Family("Quick interpolation, 8 bits", r"kuviCFAToRGB_8u_.*", "", 2, 3),
+    Family("Quick interpolation, 16 bits", r"kuviCFAToRGB_16u_.*", "", 4, 8),
+    Family("Grey to RGB", r"kuviGrayToRGB_.*", "", 1, 1.2),
     Family("Shifts", r"kuv[is][LR]ShiftC_.*", "", 1, 1.3),
 ]
 

@@ -744,6 +744,45 @@ KUV_API KuvStatus kuviLUTPalette_16u32u_C1R(const Kuv16u* src, Kuv32s srcStep, K
 /** @defgroup colour Camera colour
  *  @{ */
 
+/** Reconstructs RGB from a Bayer mosaic by bilinear interpolation, with a gradient test for green.
+ *
+ *  With E the mosaic, continued beyond the image's borders by reflection (index -i for i, 2*last - i beyond the last), all in 32-bit
+ *  integers:
+ *
+ *  - The colour of a site keeps its sample.
+ *  - At a green site, the colour left and right of it is `(E(x-1, y) + E(x+1, y) + 1) >> 1`, the colour above and below it
+ *    `(E(x, y-1) + E(x, y+1) + 1) >> 1`.
+ *  - At a red or blue site, the other one of the two is the mean of the four diagonal neighbours, `(sum + 2) >> 2`.
+ *  - Green at a red or blue site follows the smaller one of `|E(x, y-2) - E(x, y+2)|` and `|E(x-2, y) - E(x+2, y)|`: the mean of the
+ *    neighbours above and below, or of those left and right, `(a + b + 1) >> 1`. If these are equal, and in the two outermost rows and
+ *    columns of the image in any case, it is the mean of the four, `(sum + 2) >> 2`.
+ *
+ *  All variants give the same bits.
+ *
+ *  The region is clipped at the far edges of the image without a status. Pixels of it that lie before the image's first row or column have
+ *  no stated value; nothing outside the region is written. A region of no width or height, or past both far edges, writes nothing. The
+ *  caller must not pass a region that begins past one far edge only: it gets pixels of the image's last column or row at their place, which
+ *  is before the region.
+ *
+ *  Step class C. `src` and `dst` must not overlap.
+ *
+ *  @param src the mosaic, at image sample (0, 0), not at the region
+ *  @param roi the region to produce
+ *  @param imageSize size of the whole mosaic, at least 2 by 2
+ *  @param srcStep row step of `src` in bytes
+ *  @param dst the region's first output pixel; three interleaved samples a pixel: R, G, B
+ *  @param dstStep row step of `dst` in bytes
+ *  @param layout colours of the mosaic at the image's origin, wherever the region lies
+ *  @param interpolation not used; any value
+ *  @return #kuvStatusNullPtr if `src` or `dst` is null; #kuvStatusBadSize if the image's width, then its height, is below 2;
+ *          #kuvStatusBadArg if `layout` is not one of the four; else #kuvStatusOk. */
+KUV_API KuvStatus kuviCFAToRGB_8u_C1C3R(const Kuv8u* src, KuviRect roi, KuviSize imageSize, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep,
+                                        KuvCfaLayout layout, Kuv32s interpolation);
+
+/** kuviCFAToRGB_8u_C1C3R() on 16-bit samples. */
+KUV_API KuvStatus kuviCFAToRGB_16u_C1C3R(const Kuv16u* src, KuviRect roi, KuviSize imageSize, Kuv32s srcStep, Kuv16u* dst,
+                                         Kuv32s dstStep, KuvCfaLayout layout, Kuv32s interpolation);
+
 /** Reconstructs RGB from a Bayer mosaic by adaptive homogeneity-directed interpolation.
  *
  *  The image is interpolated twice, along rows (H) and along columns (V), and each pixel is taken whole from the direction that
@@ -813,6 +852,52 @@ KUV_API KuvStatus kuviDemosaicAHD_8u_C1C3R(const Kuv8u* src, KuviRect roi, KuviS
  *          #kuvStatusBadArg if `layout` is not one of the four; else #kuvStatusOk. */
 KUV_API KuvStatus kuviDemosaicAHD_16u_C1C3R(const Kuv16u* src, KuviRect roi, KuviSize imageSize, Kuv32s srcStep, Kuv16u* dst,
                                             Kuv32s dstStep, KuvCfaLayout layout, Kuv16u* tmp, Kuv32s tmpStep);
+
+/** Expands packed 4:2:2 video to RGB.
+ *
+ *  The source has two bytes a pixel; each pair of pixels is Cb, Y of the first, Cr, Y of the second, and both share Cb and Cr. With
+ *  b = Cb - 128, r = Cr - 128 and shifts that round down, each result limited to 0 to 255, a pixel is, by the exact formulae,
+ *
+ *  - `R = (76282*Y + 104593*r - 1187744) >> 16`
+ *  - `G = (76282*Y - 25689*b - 53279*r - 1187744) >> 16`
+ *  - `B = (76282*Y + 132184*b - 1187744) >> 16`
+ *
+ *  where 1187744 stands for luma's offset of 16 and a rounding term of one half; and by the quick formulae, with
+ *  `m(a, k) = (a*k) >> 16` and `y = m((Y - 16) << 7, 4769)`,
+ *
+ *  - `R = (y + m(r << 7, 6537) + 4) >> 3`
+ *  - `G = (y - (m(b << 7, 1605) + m(r << 7, 3330)) + 4) >> 3`
+ *  - `B = (y + m(b << 7, 8263) + 4) >> 3`
+ *
+ *  Which formulae hold depends on the variant and on a pixel's place in its row. px and w7 are exact everywhere. In s8, p8 and g9 the
+ *  quick formulae hold for the first pixels of a row, as many as the largest multiple of 8 that fits the width, in h9 of 16; the
+ *  others, up to 7 and up to 15, are exact. A sample by the one and by the other differs by 1 at most.
+ *
+ *  The last pixel of an odd row has Cb and Y in its two bytes and takes the Cr of the pair before it. Where px and w7 find none, at a
+ *  width of 1, they take the pixel's own Cb for r too. s8, p8, g9 and h9 do that at a width of 3 instead, and with a width of 1 they
+ *  read r from the byte two places before `src(0, y)`, as it stands in memory: the caller provides it.
+ *
+ *  Step class C. `src` and `dst` must not overlap.
+ *
+ *  @param src the video: Cb, Y, Cr, Y, two bytes a pixel
+ *  @param srcStep row step of `src` in bytes
+ *  @param dst three interleaved samples a pixel: R, G, B
+ *  @param dstStep row step of `dst` in bytes
+ *  @param roiSize size of both in pixels, at least 1 by 1
+ *  @return #kuvStatusNullPtr if `src` or `dst` is null; #kuvStatusBadSize if the width or height is below 1; else #kuvStatusOk. */
+KUV_API KuvStatus kuviCbYCr422ToRGB_8u_C2C3R(const Kuv8u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize);
+
+/** Repeats a grey sample in all three channels: `dst(x, y)[c] = src(x, y)`.
+ *
+ *  Step class C. `src` and `dst` must not overlap.
+ *
+ *  @param src the grey samples
+ *  @param srcStep row step of `src` in bytes
+ *  @param dst three interleaved samples a pixel: R, G, B
+ *  @param dstStep row step of `dst` in bytes
+ *  @param roiSize size of both in pixels, at least 1 by 1
+ *  @return #kuvStatusNullPtr if `src` or `dst` is null; #kuvStatusBadSize if the width or height is below 1; else #kuvStatusOk. */
+KUV_API KuvStatus kuviGrayToRGB_8u_C1C3R(const Kuv8u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize);
 /** @} */
 
 #ifdef __cplusplus

@@ -140,6 +140,8 @@ Reference toIntegers(double (*cut)(double)) {
 template <class T>
 auto lowProduct() { return binary<T>([](auto a, auto b) { return a * b; }); }
 template <class T>
+auto mean() { return binary<T>([](auto a, auto b) { return (a + b + 1) >> 1; }); }
+template <class T>
 auto sum() { return binary<T>([](auto a, auto b) { return a + b; }); }
 template <class T>
 auto difference() { return binary<T>([](auto a, auto b) { return a - b; }); }
@@ -190,8 +192,12 @@ const std::map<std::string, Reference>& references() {
         {"add Kuv8s", sum<Kuv8s>()}, {"add Kuv16s", sum<Kuv16s>()}, {"add Kuv32s", sum<Kuv32s>()},
         {"sub Kuv8s", difference<Kuv8s>()}, {"sub Kuv16s", difference<Kuv16s>()}, {"sub Kuv32s", difference<Kuv32s>()},
         {"subSaturated Kuv8u", differenceOr0<Kuv8u>()}, {"subSaturated Kuv16u", differenceOr0<Kuv16u>()},
+        {"average Kuv8u", mean<Kuv8u>()}, {"average Kuv16u", mean<Kuv16u>()},
         {"multiplyLow Kuv16s", lowProduct<Kuv16s>()}, {"multiplyLow Kuv16u", lowProduct<Kuv16u>()},
         {"multiplyLow Kuv32s", lowProduct<Kuv32s>()},
+        {"multiplyRounded Kuv16s", binary<Kuv16s>([](auto a, auto b) { return static_cast<std::int64_t>(std::floor(static_cast<double>(a * b) / 32768 + 0.5)); })},
+        // In doubles: of integers GCC 12 makes the upper halves of unsigned products.
+        {"multiplyHigh Kuv16s", binary<Kuv16s>([](auto a, auto b) { return static_cast<std::int64_t>(std::floor(static_cast<double>(a * b) / 65536)); })},
         {"multiplyHigh Kuv16u", binary<Kuv16u>([](auto a, auto b) { return a * b >> 16; })},
         {"multiplyAddPairs Kuv16s", multiplyAddPairsOfWords}, {"multiplyAddPairs Kuv8u", multiplyAddPairsOfBytes},
         {"equal Kuv8u", isEqual<Kuv8u>()}, {"equal Kuv8s", isEqual<Kuv8s>()},
@@ -201,7 +207,7 @@ const std::map<std::string, Reference>& references() {
         {"minimum Kuv16u", smaller<Kuv16u>()}, {"minimum Kuv32s", smaller<Kuv32s>()},
         {"maximum Kuv8u", larger<Kuv8u>()}, {"maximum Kuv16s", larger<Kuv16s>()},
         {"maximum Kuv16u", larger<Kuv16u>()}, {"maximum Kuv32s", larger<Kuv32s>()},
-        {"absoluteDifference Kuv8u", distance<Kuv8u>()}, {"absoluteDifference Kuv16s", distance<Kuv16s>()},
+        {"absoluteDifference Kuv8u", distance<Kuv8u>()}, {"absoluteDifference Kuv16u", distance<Kuv16u>()}, {"absoluteDifference Kuv16s", distance<Kuv16s>()},
         {"bitAnd Kuv8u", binary<Kuv8u>([](auto a, auto b) { return a & b; })},
         {"bitOr Kuv8u", binary<Kuv8u>([](auto a, auto b) { return a | b; })},
         {"bitXor Kuv8u", binary<Kuv8u>([](auto a, auto b) { return a ^ b; })},
@@ -376,7 +382,8 @@ TEST_P(Simd, EveryOperationIsListed) {
         }
         for (const auto& [name, reference] : references()) {
             const bool real = name.find("32f") != std::string::npos;
-            const char* const first = bytes == 32 ? (real ? "g9" : "h9") : name.rfind("shuffleBytes", 0) == 0 ? "s8" : "px";
+            const bool fromSSSE3 = name.rfind("shuffleBytes", 0) == 0 || name.rfind("multiplyRounded", 0) == 0;
+            const char* const first = bytes == 32 ? (real ? "g9" : "h9") : fromSSSE3 ? "s8" : "px";
             if (name.rfind("single", 0) != 0 && GetParam().index >= variantOf(first).index) wanted.insert(name);
         }
         EXPECT_EQ(listed, wanted) << bytes << " bytes";

@@ -63,6 +63,7 @@ constexpr SimdOperation operations[] = {
     RUN("storeParts4", Kuv8u, storeParts4(result, a, b, c, a))
 #ifdef __SSSE3__
     BINARY(shuffleBytes, Kuv8u)
+    BINARY(multiplyRounded, Kuv16s)
 #endif
     OPERATION("as", Kuv8u, as<Kuv16s>(a))
     OPERATION("fill", Kuv8u, fill<V>(*first))
@@ -72,7 +73,9 @@ constexpr SimdOperation operations[] = {
     BINARY(add, Kuv8s) BINARY(add, Kuv16s) BINARY(add, Kuv32s)
     BINARY(sub, Kuv8s) BINARY(sub, Kuv16s) BINARY(sub, Kuv32s)
     BINARY(subSaturated, Kuv8u) BINARY(subSaturated, Kuv16u)
-    BINARY(multiplyLow, Kuv16s) BINARY(multiplyLow, Kuv16u) BINARY(multiplyLow, Kuv32s) BINARY(multiplyHigh, Kuv16u)
+    BINARY(average, Kuv8u) BINARY(average, Kuv16u)
+    BINARY(multiplyLow, Kuv16s) BINARY(multiplyLow, Kuv16u) BINARY(multiplyLow, Kuv32s)
+    BINARY(multiplyHigh, Kuv16s) BINARY(multiplyHigh, Kuv16u)
     BINARY(multiplyAddPairs, Kuv16s)
     // Weights from -64 to 63: the sum must fit.
     OPERATION("multiplyAddPairs", Kuv8u,
@@ -81,7 +84,7 @@ constexpr SimdOperation operations[] = {
     BINARY(greater, Kuv8s) BINARY(greater, Kuv16s) BINARY(greater, Kuv32s)
     BINARY(minimum, Kuv8u) BINARY(minimum, Kuv16s) BINARY(minimum, Kuv16u) BINARY(minimum, Kuv32s)
     BINARY(maximum, Kuv8u) BINARY(maximum, Kuv16s) BINARY(maximum, Kuv16u) BINARY(maximum, Kuv32s)
-    BINARY(absoluteDifference, Kuv8u) BINARY(absoluteDifference, Kuv16s)
+    BINARY(absoluteDifference, Kuv8u) BINARY(absoluteDifference, Kuv16u) BINARY(absoluteDifference, Kuv16s)
     BINARY(bitAnd, Kuv8u) BINARY(bitOr, Kuv8u) BINARY(bitXor, Kuv8u) BINARY(bitAndNot, Kuv8u)
     OPERATION("select", Kuv8u, select(equal(a, b), b, c))
     OPERATION("select", Kuv32s, select(greater(a, b), b, c))

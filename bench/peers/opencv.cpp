@@ -1,5 +1,8 @@
 // OpenCV on one thread.
 #include <opencv2/core.hpp>
+#ifdef KUV_OPENCV_IMGPROC
+#include <opencv2/imgproc.hpp>
+#endif
 
 #include "support/cases.hpp"
 #include "support/forms.hpp"
@@ -165,5 +168,31 @@ bool addTransposition(const char* function) {
                                          addAxes<Kuv16u, 1>("kuviMirror_16u_C1R", "kuviMirror_16u_C1IR"),
                                          addAxes<Kuv16u, 3>("kuviMirror_16u_C3R", "kuviMirror_16u_C3IR"),
                                          addTransposition<Kuv8u>("kuviMirror_8u_C1R"), addTransposition<Kuv16u>("kuviMirror_16u_C1R")};
+
+#ifdef KUV_OPENCV_IMGPROC
+template <int channels, bool aligned>
+bool addColourSpace(const char* function, int code) {
+    return addOpenCV<FromTo<Kuv8u, channels, 3, aligned>>(function, [code](auto& form) {
+        return [src = matrixOf(form.src, form.size, channels), dst = matrixOf(form.dst, form.size, 3), code]() mutable { cv::cvtColor(src, dst, code); };
+    });
+}
+
+template <int channels>
+bool addColourSpaces(const char* function, int code) {
+    return addColourSpace<channels, true>(function, code) && addColourSpace<channels, false>(function, code);
+}
+[[maybe_unused]] const bool colourSpaces[] = {addColourSpaces<2>("kuviCbYCr422ToRGB_8u_C2C3R", cv::COLOR_YUV2RGB_UYVY),
+                                              addColourSpaces<1>("kuviGrayToRGB_8u_C1C3R", cv::COLOR_GRAY2RGB)};
+
+template <class T>
+bool addInterpolation(const char* function) {
+    return addOpenCV<Interpolated<T>>(function, [](auto& form) {
+        const cv::Mat src = matrixOf(form.src, form.size), dst = matrixOf(form.dst, form.size, 3);
+        return [src, dst]() mutable { cv::cvtColor(src, dst, cv::COLOR_BayerBG2RGB); };
+    });
+}
+[[maybe_unused]] const bool interpolations[] = {addInterpolation<Kuv8u>("kuviCFAToRGB_8u_C1C3R"),
+                                                addInterpolation<Kuv16u>("kuviCFAToRGB_16u_C1C3R")};
+#endif
 
 }  // namespace

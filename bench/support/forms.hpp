@@ -291,6 +291,22 @@ struct Indexed {
     }
 };
 
+// A mosaic and the picture that it becomes.
+template <class T>
+struct Interpolated {
+    static constexpr double bytesPerPixel = 4 * sizeof(T);
+
+    KuviSize size;
+    Image<T> src{size}, dst{size, 3};
+
+    explicit Interpolated(KuviSize wanted) : size(wanted) { fillWithMosaic(src, size); }
+
+    template <class Function>
+    auto call(Function* function) {
+        return function(src.row(), {0, 0, size.width, size.height}, size, src.step(), dst.row(), dst.step(), kuvCfaRGGB, 0);
+    }
+};
+
 // A whole mosaic, or a band of its rows.
 template <class T>
 struct Demosaic {

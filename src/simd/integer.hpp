@@ -27,9 +27,14 @@ KUV_BINARY(sub, Kuv32s, Kuv32s, sub_epi32)
 KUV_BINARY(subSaturated, Kuv8u, Kuv8u, subs_epu8)
 KUV_BINARY(subSaturated, Kuv16u, Kuv16u, subs_epu16)
 
+// (a + b + 1) >> 1
+KUV_BINARY(average, Kuv8u, Kuv8u, avg_epu8)
+KUV_BINARY(average, Kuv16u, Kuv16u, avg_epu16)
+
 // The lower and the upper halves of the products.
 KUV_BINARY(multiplyLow, Kuv16s, Kuv16s, mullo_epi16)
 KUV_BINARY(multiplyLow, Kuv16u, Kuv16u, mullo_epi16)
+KUV_BINARY(multiplyHigh, Kuv16s, Kuv16s, mulhi_epi16)
 KUV_BINARY(multiplyHigh, Kuv16u, Kuv16u, mulhi_epu16)
 
 // Lane i of the result: a[2i] * b[2i] + a[2i + 1] * b[2i + 1].
@@ -127,8 +132,9 @@ KUV_EXTREME(maximum, Kuv32s, max_epi32, hasSSE41, select(greater(a, b), a, b))
 
 #undef KUV_EXTREME
 
-template <int bytes>
-KUV_INLINE Vector<Kuv8u, bytes> absoluteDifference(Vector<Kuv8u, bytes> a, Vector<Kuv8u, bytes> b) {
+template <class T, int bytes>
+KUV_INLINE Vector<T, bytes> absoluteDifference(Vector<T, bytes> a, Vector<T, bytes> b) {
+    static_assert(std::is_unsigned_v<T>);
     return bitOr(subSaturated(a, b), subSaturated(b, a));
 }
 template <int bytes>
