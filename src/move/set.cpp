@@ -20,26 +20,25 @@ KuvStatus setImage(T value, T* dst, Kuv32s dstStep, KuviSize roi, Kuv64s leastAs
     return kuvStatusOk;
 }
 
-// Every fourth byte of a row, the first among them.
-void setChannelOf4(Kuv8u* dst, ptrdiff_t pixels, Kuv8u value) {
-    ptrdiff_t i = 0;
+struct Replaced {
+    KUV_INLINE Kuv8u operator()(Kuv8u a, Kuv8u kept, Kuv8u value) const { return static_cast<Kuv8u>((a & kept) | value); }
+    template <int bytes>
+    KUV_INLINE Vector<Kuv8u, bytes> operator()(Vector<Kuv8u, bytes> a, Vector<Kuv8u, bytes> kept, Vector<Kuv8u, bytes> value) const {
+        return bitOr(bitAnd(a, kept), value);
+    }
+};
+
+// Every fourth byte, the first among them. The last pixel's other bytes may not be the caller's.
+void setChannelOf4(Kuv8u value, Kuv8u* dst, ptrdiff_t dstStep, ptrdiff_t width, ptrdiff_t height) {
     if constexpr (hasVectors) {
-        using Pixels = Native<Kuv32s>;
-        const Pixels channel = fill<Pixels>(0xFF), wanted = fill<Pixels>(value);
-        const auto some = [&](ptrdiff_t at) {
-            const Pixels old = as<Kuv32s>(load<ByteVector>(dst + 4 * at));
-            store(dst + 4 * at, as<Kuv8u>(bitOr(bitAndNot(channel, old), wanted)));
-        };
-        // The last pixel's other bytes may not be the caller's. The overlapping last vector comes first: its stores have reached the cache
-        // when the loop reads there.
-        const ptrdiff_t whole = pixels - 1;
-        if (whole >= Pixels::lanes) {
-            some(whole - Pixels::lanes);
-            for (; whole - i > Pixels::lanes; i += Pixels::lanes) some(i);
-            i = whole;
+        transformInPlace(Replaced{}, dst, dstStep, 4 * width - 3, height, Periodic<Kuv8u, 4>({0, 0xFF, 0xFF, 0xFF}),
+                         Periodic<Kuv8u, 4>({value, 0, 0, 0}));
+    } else {
+        for (ptrdiff_t row = 0; row < height; ++row) {
+            Kuv8u* const to = rowAt(dst, dstStep, row);
+            for (ptrdiff_t i = 0; i < width; ++i) to[4 * i] = value;
         }
     }
-    for (; i < pixels; ++i) dst[4 * i] = value;
 }
 
 }  // namespace
@@ -67,7 +66,7 @@ KuvStatus KUV_VARIANT_FUNCTION(kuviSet_8u_C4CR)(Kuv8u value, Kuv8u* dst, Kuv32s 
     using namespace kuv::KUV_VARIANT;
     if (anyNull(dst)) return kuvStatusNullPtr;
     if (emptyRoi(roiSize)) return kuvStatusBadSize;
-    for (ptrdiff_t row = 0; row < roiSize.height; ++row) setChannelOf4(rowAt(dst, dstStep, row), roiSize.width, value);
+    setChannelOf4(value, dst, dstStep, roiSize.width, roiSize.height);
     return kuvStatusOk;
 }
 
