@@ -7,9 +7,6 @@
 namespace kuv::KUV_VARIANT {
 namespace {
 
-using ByteVector = Native<Kuv8u>;
-constexpr ptrdiff_t vectorBytes = ByteVector::bytes;
-
 // Weights in fixed point with 16 fraction bits. `start` stands for luma's offset of 16 and for one half, which rounds.
 constexpr Kuv32s lumaWeight = 76282, redCr = 104593, greenCb = -25689, greenCr = -53279, blueCb = 132184;
 constexpr Kuv32s start = 32768 - 16 * lumaWeight;

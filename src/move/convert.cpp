@@ -34,7 +34,13 @@ KuvStatus convertRows(const Operation& operation, const S* src, ptrdiff_t srcSte
         rows = 1;
     }
     const bool streaming = hasVectors && bypassesCaches(rows, samples, srcBytes + dstBytes, samples * dstBytes, partsOfCache<Operation>);
-    for (ptrdiff_t row = 0; row < rows; ++row) convertRow(operation, rowAt(src, srcStep, row), rowAt(dst, dstStep, row), samples, streaming);
+    const auto convert = [&](auto byHalves) {
+        for (ptrdiff_t row = 0; row < rows; ++row) {
+            convertRow<byHalves.value>(operation, rowAt(src, srcStep, row), rowAt(dst, dstStep, row), samples, streaming);
+        }
+    };
+    if (vectorBytes == 32 && samples * dstBytes > firstLevelBytes / rows) convert(std::true_type{});
+    else convert(std::false_type{});
     if (streaming) streamFence();
     return kuvStatusOk;
 }

@@ -46,7 +46,7 @@ void copyPlanned(const Kuv8u* src, ptrdiff_t srcStep, Kuv8u* dst, ptrdiff_t dstS
     if (!fits) return copyRowsStreaming(src, srcStep, dst, dstStep, w, height);
     const ptrdiff_t n = w * height;
     if (srcStep == w && dstStep == w) return copyRun(dst, src, n);
-    if (w < leastPlannedRow) return copyRows(src, srcStep, dst, dstStep, w, height, copyShort);
+    if (w < leastPlannedRow) return copyRows(src, srcStep, dst, dstStep, w, height, copyShort<>);
     if (n > leastStreamedImage && exceedsCache(n, 2)) return copyRowsStreaming(src, srcStep, dst, dstStep, w, height);
     const bool aligned = offsetIn(dst, 32) == 0 && dstStep % 32 == 0 && w % 32 == 0;
     const ptrdiff_t offset = offsetInPage(dst, src);
@@ -54,7 +54,7 @@ void copyPlanned(const Kuv8u* src, ptrdiff_t srcStep, Kuv8u* dst, ptrdiff_t dstS
         return copyRows(src, srcStep, dst, dstStep, w, height, copyBackward);
     }
     // On aligned rows the short copy's vectors are aligned ones.
-    if (aligned) return copyRows(src, srcStep, dst, dstStep, w, height, copyShort);
+    if (aligned) return copyRows(src, srcStep, dst, dstStep, w, height, copyShort<>);
     copyRows(src, srcStep, dst, dstStep, w, height, copyForward);
 }
 

@@ -67,15 +67,15 @@ KuvStatus copyUnderMask(const T* src, Kuv32s srcStep, T* dst, Kuv32s dstStep, Ku
 }  // namespace
 }  // namespace kuv::KUV_VARIANT
 
-#define KUV_COPY_LAYOUT(name, T, copyRow)                                                                                             \
+#define KUV_COPY_LAYOUT(name, T, ...)                                                                                                 \
     KuvStatus KUV_VARIANT_FUNCTION(name)(const T* src, Kuv32s srcStep, T* dst, Kuv32s dstStep, KuviSize roiSize) {                    \
         using namespace kuv::KUV_VARIANT;                                                                                             \
-        return copyLayout(src, srcStep, dst, dstStep, roiSize, copyRow);                                                              \
+        return copyLayout(src, srcStep, dst, dstStep, roiSize, __VA_ARGS__);                                                          \
     }
-KUV_COPY_LAYOUT(kuviCopy_8u_AC4R, Kuv8u, copyAC4<Kuv8u>)
-KUV_COPY_LAYOUT(kuviCopy_16u_AC4R, Kuv16u, copyAC4<Kuv16u>)
-KUV_COPY_LAYOUT(kuviCopy_8u_C3AC4R, Kuv8u, copyC3AC4<Kuv8u>)
-KUV_COPY_LAYOUT(kuviCopy_16u_C3AC4R, Kuv16u, copyC3AC4<Kuv16u>)
+KUV_COPY_LAYOUT(kuviCopy_8u_AC4R, Kuv8u, copyKeepingAlpha<4, Kuv8u>)
+KUV_COPY_LAYOUT(kuviCopy_16u_AC4R, Kuv16u, copyKeepingAlpha<4, Kuv16u>)
+KUV_COPY_LAYOUT(kuviCopy_8u_C3AC4R, Kuv8u, copyKeepingAlpha<3, Kuv8u>)
+KUV_COPY_LAYOUT(kuviCopy_16u_C3AC4R, Kuv16u, copyKeepingAlpha<3, Kuv16u>)
 KUV_COPY_LAYOUT(kuviCopy_8u_AC4C3R, Kuv8u, copyAC4C3<Kuv8u>)
 KUV_COPY_LAYOUT(kuviCopy_16u_AC4C3R, Kuv16u, copyAC4C3<Kuv16u>)
 KUV_COPY_LAYOUT(kuviCopy_8u_C1C3R, Kuv8u, copyC1C3)

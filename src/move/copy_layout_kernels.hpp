@@ -74,44 +74,34 @@ KUV_INLINE void storeWord(void* to, Word value) {
     storeSample(static_cast<Word*>(to), value);
 }
 
-// Four samples to four, the fourth kept.
-template <class T>
-void copyAC4(const T* src, T* dst, ptrdiff_t width) {
-    ptrdiff_t done = 0;
-    if constexpr (hasVectors) {
-        const ByteVector alpha = repeated(FourAndThree<T>::tables.alpha);
-        const auto read = [&](ptrdiff_t i, ByteVector& v) {
-            v = bitOr(bitAnd(alpha, load<ByteVector>(bytesOf(dst + 4 * i))), bitAndNot(alpha, load<ByteVector>(bytesOf(src + 4 * i))));
-        };
-        const auto write = [&](ptrdiff_t i, ByteVector v) { store(bytesOf(dst + 4 * i), v); };
-        done = overlappingBlocks<ByteVector>(width - 1, FourAndThree<T>::pixels, read, write);
-    }
-    copyPixels<3, 4, 4>(src, dst, done, width);
-}
-
-// Three samples to four, the fourth kept.
-template <class T>
-void copyC3AC4(const T* src, T* dst, ptrdiff_t width) {
+// Three samples, or the first three of four, to four, the fourth kept.
+template <int srcSamples, class T>
+void copyKeepingAlpha(const T* src, T* dst, ptrdiff_t width) {
     using Shape = FourAndThree<T>;
     ptrdiff_t done = 0;
+    if constexpr (hasVectors && (srcSamples == 4 || hasSSSE3)) {
+        const ByteVector alpha = repeated(Shape::tables.alpha);
+        [[maybe_unused]] const ByteVector toFour = repeated(Shape::tables.toFour);
+        const auto read = [&](ptrdiff_t i, ByteVector& v) {
+            const ByteVector kept = bitAnd(alpha, load<ByteVector>(bytesOf(dst + 4 * i)));
 #ifdef __SSSE3__
-    const ByteVector alpha = repeated(Shape::tables.alpha), toFour = repeated(Shape::tables.toFour);
-    const auto read = [&](ptrdiff_t i, ByteVector& v) {
-        const ByteVector colours = shuffleBytes(loadParts<ByteVector>(bytesOf(src + 3 * i), 12), toFour);
-        v = bitOr(bitAnd(alpha, load<ByteVector>(bytesOf(dst + 4 * i))), colours);
-    };
-    const auto write = [&](ptrdiff_t i, ByteVector v) { store(bytesOf(dst + 4 * i), v); };
-    done = overlappingBlocks<ByteVector>(width - Shape::margin, Shape::pixels, read, write);
-#else
-    if constexpr (hasVectors) {
+            if constexpr (srcSamples == 3) {
+                v = bitOr(kept, shuffleBytes(loadParts<ByteVector>(bytesOf(src + 3 * i), 12), toFour));
+                return;
+            }
+#endif
+            v = bitOr(kept, bitAndNot(alpha, load<ByteVector>(bytesOf(src + 4 * i))));
+        };
+        const auto write = [&](ptrdiff_t i, ByteVector v) { store(bytesOf(dst + 4 * i), v); };
+        done = overlappingBlocks<ByteVector>(width - (srcSamples == 3 ? Shape::margin : 1), Shape::pixels, read, write);
+    } else if constexpr (hasVectors) {
         using Word = typename Shape::Word;
         for (; done < width - 1; ++done) {
             const Word colours = loadWord<Word>(src + 3 * done) & Shape::colourBits;
             storeWord(dst + 4 * done, colours | (loadWord<Word>(dst + 4 * done) & static_cast<Word>(~Shape::colourBits)));
         }
     }
-#endif
-    copyPixels<3, 3, 4>(src, dst, done, width);
+    copyPixels<3, srcSamples, 4>(src, dst, done, width);
 }
 
 // Four samples to three. Blocks write beyond their pixels; what comes after them writes there again.
@@ -157,7 +147,8 @@ KUV_INLINE void copyC1C3(const Kuv8u* src, Kuv8u* dst, ptrdiff_t width) {
     using Thirds = ByteVector[3];
     const auto read = [&](ptrdiff_t i, Thirds& thirds) {
         // The middle third's lower half comes from the first 16 samples, its upper half from the last 16.
-        const ByteVector samples[3] = {loadParts<ByteVector>(src + i, 0), load<ByteVector>(src + i), loadParts<ByteVector>(src + i + vectorBytes - 16, 0)};
+        const Kuv8u* const from = src + i;
+        const ByteVector samples[3] = {loadParts<ByteVector>(from, 0), load<ByteVector>(from), loadParts<ByteVector>(from + vectorBytes - 16, 0)};
 #pragma GCC unroll 3
         for (int k = 0; k < 3; ++k) {
             const ByteVector old = bitAnd(load<ByteVector>(FirstOfThree::tables.others[k]), load<ByteVector>(dst + 3 * i + vectorBytes * k));
@@ -193,10 +184,7 @@ KUV_INLINE void storePixels(Kuv8u* to, const ByteVector (&v)[channels]) {
     if constexpr (channels == 3) {
         storeInterleaved3(to, v[0], v[1], v[2]);
     } else {
-        const auto low01 = as<Kuv16u>(interleaveLow(v[0], v[1])), high01 = as<Kuv16u>(interleaveHigh(v[0], v[1]));
-        const auto low23 = as<Kuv16u>(interleaveLow(v[2], v[3])), high23 = as<Kuv16u>(interleaveHigh(v[2], v[3]));
-        storeParts4(to, as<Kuv8u>(interleaveLow(low01, low23)), as<Kuv8u>(interleaveHigh(low01, low23)),
-                    as<Kuv8u>(interleaveLow(high01, high23)), as<Kuv8u>(interleaveHigh(high01, high23)));
+        storeInterleaved4(to, v[0], v[1], v[2], v[3]);
     }
 }
 

@@ -1,6 +1,7 @@
 // Mirror images: checks, and what becomes of each row.
 #include "core/checks.hpp"
 #include "move/mirror_kernels.hpp"
+#include "simd/rows.hpp"
 
 namespace kuv::KUV_VARIANT {
 namespace {
@@ -22,11 +23,13 @@ KUV_INLINE bool bypassesCaches(ptrdiff_t rowBytes, ptrdiff_t rows) {
 // About the horizontal axis rows are copied.
 KUV_ALIGNED void copyRowsUpward(const Kuv8u* src, ptrdiff_t srcStep, Kuv8u* dst, ptrdiff_t dstStep, ptrdiff_t n, ptrdiff_t height) {
     const bool streaming = bypassesCaches(n, height), aligned = offsetIn(dst, vectorBytes) == 0 && dstStep % vectorBytes == 0;
+    const bool large = n > firstLevelBytes / height;
     for (ptrdiff_t row = 0; row < height; ++row) {
         const Kuv8u* const from = rowAt(src, srcStep, row);
         Kuv8u* const to = rowAt(dst, dstStep, height - 1 - row);
         if (streaming) copyStreaming(to, from, n);
-        else if (aligned || n < leastAligned) copyRow(to, from, n);
+        else if (large && aligned) copyShort<true>(to, from, n);
+        else if (aligned || n < leastAligned) copyShort(to, from, n);
         else copyForward(to, from, n);
     }
     if (streaming) streamFence();

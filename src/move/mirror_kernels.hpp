@@ -202,7 +202,27 @@ private:
 #define KUV_ALIGNED __attribute__((aligned(64)))
 
 // Of shorter rows the wide blocks' constants cost more than the blocks gain.
-constexpr ptrdiff_t leastWideRow = 960;
+constexpr ptrdiff_t leastWideReversal = 1024, leastWideExchange = 480;
+
+// In functions of their own, so that short rows do not pay for wide registers. They give how many bytes are done.
+template <class W>
+__attribute__((noinline)) ptrdiff_t reverseWide(const Kuv8u* srcEnd, Kuv8u* dst, ptrdiff_t n) {
+    W::writeFront(dst, W::readBack(srcEnd));
+    const ptrdiff_t toAlignment = W::bytesToAlignment(dst);
+    ptrdiff_t i = toAlignment > 0 ? toAlignment : W::bytes;
+    for (; n - i >= W::bytes; i += W::bytes) W::writeFront(dst + i, W::readBack(srcEnd - i));
+    return i;
+}
+template <class W>
+__attribute__((noinline)) ptrdiff_t exchangeWide(Kuv8u* front, Kuv8u* backEnd, ptrdiff_t n) {
+    ptrdiff_t i = 0;
+    for (; n - i >= W::bytes; i += W::bytes) {
+        const auto toBack = W::readFront(front + i), toFront = W::readBack(backEnd - i);
+        W::writeFront(front + i, toFront);
+        W::writeBack(backEnd - i, toBack);
+    }
+    return i;
+}
 
 // n bytes, at least a block.
 template <class B>
@@ -212,14 +232,7 @@ KUV_ALIGNED void reverseRun(const Kuv8u* src, Kuv8u* dst, ptrdiff_t n) {
     const auto lastBlock = B::readExactly(src);
     ptrdiff_t i = 0;
     if constexpr (!std::is_void_v<typename B::Wide>) {
-        using W = typename B::Wide;
-        if (n >= leastWideRow) {
-            W::writeFront(dst, W::readBack(srcEnd));
-            const ptrdiff_t toAlignment = W::bytesToAlignment(dst);
-            for (i = toAlignment > 0 ? toAlignment : W::bytes; n - i >= W::bytes; i += W::bytes) {
-                W::writeFront(dst + i, W::readBack(srcEnd - i));
-            }
-        }
+        if (n >= leastWideReversal) i = reverseWide<typename B::Wide>(srcEnd, dst, n);
     }
     for (; last - i > 3 * B::bytes; i += 4 * B::bytes) {
         typename B::Value v[4];
@@ -239,12 +252,7 @@ KUV_ALIGNED void exchangeReversed(Kuv8u* front, Kuv8u* backEnd, ptrdiff_t n) {
     const auto lastFront = B::readExactly(front + last), lastBack = B::readExactly(backEnd - n);
     ptrdiff_t i = 0;
     if constexpr (!std::is_void_v<typename B::Wide>) {
-        using W = typename B::Wide;
-        for (; 2 * n >= leastWideRow && n - i >= W::bytes; i += W::bytes) {
-            const auto toBack = W::readFront(front + i), toFront = W::readBack(backEnd - i);
-            W::writeFront(front + i, toFront);
-            W::writeBack(backEnd - i, toBack);
-        }
+        if (n >= leastWideExchange) i = exchangeWide<typename B::Wide>(front, backEnd, n);
     }
     if constexpr (B::reach == B::bytes) {
         const auto some = [&](ptrdiff_t at) {
@@ -274,23 +282,9 @@ KUV_ALIGNED void exchangeReversed(Kuv8u* front, Kuv8u* backEnd, ptrdiff_t n) {
     B::writeExactly(backEnd - n, lastFront);
 }
 
-// Rows of n bytes by pairs of vectors, of which the last ends with the row.
+// Rows that share no byte. They are exchanged by pairs of vectors; the last pair is read before anything is written.
 constexpr ptrdiff_t pairBytes = 2 * vectorBytes;
 
-KUV_INLINE void copyRow(Kuv8u* dst, const Kuv8u* src, ptrdiff_t n) {
-    if (n < vectorBytes) return copyFew(dst, src, n);
-    if (n < pairBytes) {
-        copyVectors<1>(dst, src);
-        return copyVectors<1>(dst + n - vectorBytes, src + n - vectorBytes);
-    }
-    for (ptrdiff_t i = 0; i < n - pairBytes; i += pairBytes) {
-        copyVectors<1>(dst + i, src + i);
-        copyVectors<1>(dst + i + vectorBytes, src + i + vectorBytes);
-    }
-    copyVectors<2>(dst + n - pairBytes, src + n - pairBytes);
-}
-
-// Rows that share no byte. The last pair is read before anything is written.
 KUV_ALIGNED void exchangeRows(Kuv8u* a, Kuv8u* b, ptrdiff_t n) {
     if (n < vectorBytes) {
         Kuv8u kept[vectorBytes];
@@ -316,18 +310,18 @@ KUV_ALIGNED void exchangeRows(Kuv8u* a, Kuv8u* b, ptrdiff_t n) {
     store(b + end, endA);
 }
 
-// The blocks of an image, widest first. False if there are less pixels than a block has.
+// The blocks that suit n bytes. False if there are less pixels than a block has.
 template <int channels, class T, class Run>
 KUV_INLINE bool withBlocks(ptrdiff_t n, Run run) {
-    const auto tried = [&]<class B>(std::type_identity<B>) {
-        if (n < B::bytes) return false;
+    const auto tried = [&]<class B>(std::type_identity<B>, ptrdiff_t least = B::bytes) {
+        if (n < least) return false;
         run(std::type_identity<B>{});
         return true;
     };
     if constexpr (!hasVectors) {
         return false;
     } else if constexpr (channels == 1) {
-        return tried(std::type_identity<SampleBlock<Native<T>>>{}) || tried(std::type_identity<SampleBlock<Vector<T, 16>>>{});
+        return tried(std::type_identity<SampleBlock<Native<T>>>{}, 4 * vectorBytes) || tried(std::type_identity<SampleBlock<Vector<T, 16>>>{});
     } else {
         return tried(std::type_identity<PixelBlock<T>>{});
     }

@@ -8,8 +8,6 @@
 namespace kuv::KUV_VARIANT {
 namespace {
 
-using ByteVector = Native<Kuv8u>;
-constexpr ptrdiff_t vectorBytes = ByteVector::bytes;
 constexpr ptrdiff_t blockBytes = 64;
 constexpr ptrdiff_t pageBytes = 4096;
 
@@ -50,22 +48,32 @@ KUV_INLINE void copyFew(Kuv8u* dst, const Kuv8u* src, ptrdiff_t n) {
 }
 
 // count vectors, all read before the first is written.
-template <int count>
+template <int count, bool byHalves = false>
 KUV_INLINE void copyVectors(Kuv8u* dst, const Kuv8u* src) {
     ByteVector v[count];
 #pragma GCC unroll 8
     for (int i = 0; i < count; ++i) v[i] = load<ByteVector>(src + i * vectorBytes);
 #pragma GCC unroll 8
-    for (int i = 0; i < count; ++i) store(dst + i * vectorBytes, v[i]);
+    for (int i = 0; i < count; ++i) {
+        if constexpr (byHalves) storeHalves(dst + i * vectorBytes, v[i]);
+        else store(dst + i * vectorBytes, v[i]);
+    }
 }
 
-// For lengths at which looking at alignment does not pay.
+// For lengths at which looking at alignment does not pay: pairs of vectors, of which the last ends with the run.
+template <bool byHalves = false>
 void copyShort(Kuv8u* dst, const Kuv8u* src, ptrdiff_t n) {
+    constexpr ptrdiff_t pairBytes = 2 * vectorBytes;
     if (n < vectorBytes) return copyFew(dst, src, n);
-    ptrdiff_t i = 0;
-    for (; n - i >= 4 * vectorBytes; i += 4 * vectorBytes) copyVectors<4>(dst + i, src + i);
-    for (; n - i >= vectorBytes; i += vectorBytes) copyVectors<1>(dst + i, src + i);
-    if (i < n) copyVectors<1>(dst + n - vectorBytes, src + n - vectorBytes);
+    if (n < pairBytes) {
+        copyVectors<1, byHalves>(dst, src);
+        return copyVectors<1, byHalves>(dst + n - vectorBytes, src + n - vectorBytes);
+    }
+    for (ptrdiff_t i = 0; i < n - pairBytes; i += pairBytes) {
+        copyVectors<1, byHalves>(dst + i, src + i);
+        copyVectors<1, byHalves>(dst + i + vectorBytes, src + i + vectorBytes);
+    }
+    copyVectors<2, byHalves>(dst + n - pairBytes, src + n - pairBytes);
 }
 
 // From the first byte to the last, on aligned vectors of the destination.

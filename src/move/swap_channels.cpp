@@ -36,10 +36,7 @@ KuvStatus swapChannels(const T* src, Kuv32s srcStep, T* dst, Kuv32s dstStep, Kuv
 // Rows without padding are one long row.
 KUV_INLINE void swapInPlace(const ChannelOrder<Pixel<Kuv8u, 3, 3>>& order, Kuv8u* srcDst, ptrdiff_t step, KuviSize size) {
     ptrdiff_t width = size.width, height = size.height;
-    if (step == 3 * width) {
-        width *= height;
-        height = 1;
-    }
+    joinRows(width, height, step, 3);
     swapImage(order, srcDst, step, srcDst, step, width, height);
 }
 

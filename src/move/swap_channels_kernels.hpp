@@ -6,6 +6,7 @@
 
 #include "core/rows.hpp"
 #include "simd/bytes.hpp"
+#include "simd/rows.hpp"
 
 namespace kuv::KUV_VARIANT {
 namespace {
@@ -246,7 +247,8 @@ KUV_INLINE void swapImage(const ChannelOrder<P>& order, const typename P::Sample
         using Half = Vector<Kuv8u, 16>;
         constexpr int pattern = patternRegisters<P>, many = pattern == 1 && hasSSSE3 ? 4 : pattern;
         using Widest = std::conditional_t<pattern == 1, Half, Native<Kuv8u>>;
-        if (swapRows<P, Block<P, Widest, many>>(order, src, srcStep, dst, dstStep, width, height) ||
+        const bool small = width * P::bytes <= firstLevelBytes / height;  // beyond that cache wide stores gain nothing
+        if ((small && swapRows<P, Block<P, Widest, many>>(order, src, srcStep, dst, dstStep, width, height)) ||
             swapRows<P, Block<P, Half, many>>(order, src, srcStep, dst, dstStep, width, height) ||
             swapRows<P, Block<P, Half, pattern>>(order, src, srcStep, dst, dstStep, width, height)) {
             return;

@@ -11,6 +11,9 @@
 namespace kuv::KUV_VARIANT {
 namespace {
 
+// What does not fit a first-level cache is written faster by 16 bytes than by 32.
+constexpr ptrdiff_t firstLevelBytes = 32768;
+
 // How many single samples stand before the next address that is a multiple of `bytes`; 0 if none is, at this address.
 template <class T>
 KUV_INLINE ptrdiff_t samplesToAlignment(const T* address, ptrdiff_t bytes) {
@@ -105,9 +108,6 @@ KUV_INLINE void transformRowInPlace(Operation operation, T* srcDst, ptrdiff_t co
     for (ptrdiff_t i = 0; i < count; ++i) storeSample(srcDst + i, operation(loadSample(srcDst + i), operands.sample(i)...));
 }
 
-// What does not fit a first-level cache is written faster by 16 bytes than by 32.
-constexpr ptrdiff_t firstLevelBytes = 32768;
-
 // transformRowInPlace on every row, from the first.
 template <class Operation, class T, class... Operands>
 KUV_INLINE void transformInPlace(Operation operation, T* srcDst, ptrdiff_t step, ptrdiff_t count, ptrdiff_t rows,
@@ -131,10 +131,12 @@ KUV_INLINE void combineInPlace(Operation operation, const T* src, ptrdiff_t srcS
 }
 
 // How a block's vectors get to memory.
+template <bool byHalves>
 struct ThroughCaches {
     template <class V>
     KUV_INLINE void operator()(typename V::Lane* to, V value) const {
-        store(to, value);
+        if constexpr (byHalves) storeHalves(to, value);
+        else store(to, value);
     }
 };
 struct PastCaches {
@@ -147,7 +149,7 @@ struct PastCaches {
 // dst[i] = operation(src[i]) for i in 0 .. count - 1, into another image, of another type. The operation does a single sample, and in
 // `block` so many that whole vectors are written. Blocks may lie on each other. Streams past the caches if asked to and if the
 // destination's samples are aligned; the caller closes with a fence then.
-template <class Operation, class S, class D>
+template <bool byHalves, class Operation, class S, class D>
 KUV_INLINE void convertRow(const Operation& operation, const S* src, D* dst, ptrdiff_t count, bool streaming) {
     if constexpr (hasVectors) {
         constexpr ptrdiff_t block = Operation::blockSamples, line = 64 / sizeof(D), fewBlocks = 4;
@@ -155,14 +157,14 @@ KUV_INLINE void convertRow(const Operation& operation, const S* src, D* dst, ptr
             S from[block] = {};
             D to[block];
             __builtin_memcpy(from, src, static_cast<size_t>(count) * sizeof(S));
-            operation.block(from, to, ThroughCaches{});
+            operation.block(from, to, ThroughCaches<byHalves>{});
             __builtin_memcpy(dst, to, static_cast<size_t>(count) * sizeof(D));
             return;
         }
         // The last block ends at `end`.
         const auto blocks = [&](ptrdiff_t first, ptrdiff_t end) {
-            for (; first < end - block; first += block) operation.block(src + first, dst + first, ThroughCaches{});
-            operation.block(src + end - block, dst + end - block, ThroughCaches{});
+            for (; first < end - block; first += block) operation.block(src + first, dst + first, ThroughCaches<byHalves>{});
+            operation.block(src + end - block, dst + end - block, ThroughCaches<byHalves>{});
         };
         if (count < fewBlocks * block) return blocks(0, count);
         ptrdiff_t first = samplesToAlignment(dst, 64);
@@ -178,7 +180,7 @@ KUV_INLINE void convertRow(const Operation& operation, const S* src, D* dst, ptr
             return;
         }
         first = samplesToAlignment(dst, integerBytes);
-        if (first > 0) operation.block(src, dst, ThroughCaches{});
+        if (first > 0) operation.block(src, dst, ThroughCaches<byHalves>{});
         blocks(first, count);
     } else {
         for (ptrdiff_t i = 0; i < count; ++i) storeSample(dst + i, operation(loadSample(src + i)));

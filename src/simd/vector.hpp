@@ -55,6 +55,9 @@ struct Vector {
 template <class T>
 using Native = Vector<T, std::is_floating_point_v<T> ? realBytes : integerBytes>;
 
+using ByteVector = Native<Kuv8u>;
+constexpr int vectorBytes = ByteVector::bytes;
+
 // Functions on 32-byte vectors exist only where the compiler may use the registers.
 #ifdef __AVX__
 #define KUV_AVX(...) __VA_ARGS__

@@ -209,11 +209,7 @@ public:
         if constexpr (channels == 3) {
             storeInterleaved3(to, a, b, c);
         } else {
-            const Bytes d = shuffleBytes(planes_[3], index);
-            const auto abLow = as<Kuv16u>(interleaveLow(a, b)), cdLow = as<Kuv16u>(interleaveLow(c, d));
-            const auto abHigh = as<Kuv16u>(interleaveHigh(a, b)), cdHigh = as<Kuv16u>(interleaveHigh(c, d));
-            storeParts4(to, as<Kuv8u>(interleaveLow(abLow, cdLow)), as<Kuv8u>(interleaveHigh(abLow, cdLow)),
-                        as<Kuv8u>(interleaveLow(abHigh, cdHigh)), as<Kuv8u>(interleaveHigh(abHigh, cdHigh)));
+            storeInterleaved4(to, a, b, c, shuffleBytes(planes_[3], index));
         }
     }
 
