@@ -55,6 +55,12 @@ Reference packed(int shift = sizeof(T) == 4 ? 1 : 0) {
     };
 }
 
+Reference blended(int chosen) {
+    return [chosen](In a, In b, In, int bytes, Out result) {
+        for (int i = 0; i < lanesIn<Kuv16u>(bytes); ++i) store(result, i, load<Kuv16u>(chosen >> i % 8 & 1 ? b : a, i));
+    };
+}
+
 template <class T>
 Reference halvesInterleaved() {
     return [](In a, In, In, int bytes, Out result) {
@@ -246,9 +252,7 @@ const std::map<std::string, Reference>& references() {
         }},
         {"packUnsigned Kuv16s", packed<Kuv16s, Kuv8u>()}, {"packUnsigned Kuv32s", packed<Kuv32s, Kuv16u>()},
         {"interleaveHalves Kuv8u", halvesInterleaved<Kuv8u>()}, {"interleaveHalves Kuv16u", halvesInterleaved<Kuv16u>()},
-        {"mergeEvenOdd Kuv16u", [](In a, In b, In, int bytes, Out result) {
-            for (int i = 0; i < lanesIn<Kuv16u>(bytes); ++i) store(result, i, load<Kuv16u>(i % 2 == 0 ? a : b, i));
-        }},
+        {"blend<0xAA> Kuv16u", blended(0xAA)}, {"blend<0x49> Kuv16u", blended(0x49)},
         {"bitsOf Kuv8u", [](In a, In b, In, int bytes, Out result) {
             std::uint32_t bits = 0;
             for (int i = 0; i < bytes; ++i) bits |= std::uint32_t{a[i] == b[i]} << i;

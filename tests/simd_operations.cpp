@@ -110,7 +110,8 @@ constexpr SimdOperation operations[] = {
     OPERATION("narrowed", Kuv32s, narrowed(a, b, c, a))
     OPERATION("interleaveHalves", Kuv8u, interleaveHalves(a))
     OPERATION("interleaveHalves", Kuv16u, interleaveHalves(a))
-    BINARY(mergeEvenOdd, Kuv16u)
+    OPERATION("blend<0xAA>", Kuv16u, blend<0xAA>(a, b))
+    OPERATION("blend<0x49>", Kuv16u, blend<0x49>(a, b))
 
     OPERATION("bitsOf", Kuv8u, bitsOf(equal(a, b)))
     OPERATION("maskOf", Kuv8u, maskOf<V>(loadSample(reinterpret_cast<const Kuv32u*>(first))))

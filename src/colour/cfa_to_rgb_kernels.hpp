@@ -3,6 +3,7 @@
 
 #include "colour/bayer.hpp"
 #include "simd/interleave.hpp"
+#include "simd/rows.hpp"
 
 namespace kuv::KUV_VARIANT {
 namespace {
@@ -75,32 +76,36 @@ KUV_INLINE V meanOfMeans(V a, V b, V c, V d, V x, V y) {
     return as<typename V::Lane>(sub(as<Signed>(average(x, y)), as<Signed>(excess)));
 }
 
-template <class V>
-KUV_INLINE V oddLanes() {
-    if constexpr (sizeof(typename V::Lane) == 1) {
-        return as<Kuv8u>(fill<Vector<Kuv16s, V::bytes>>(static_cast<Kuv16s>(0xFF00)));
+// Lanes of green sites, the even ones if the first is green, from a, the others from b.
+template <bool greenFirst, class V>
+KUV_INLINE V atGreen(V a, V b) {
+    if constexpr (sizeof(typename V::Lane) == 2) {
+        return blend<greenFirst ? 0x55 : 0xAA>(b, a);
     } else {
-        return as<Kuv16u>(fill<Vector<Kuv32s, V::bytes>>(static_cast<Kuv32s>(0xFFFF0000)));
+        const V green = as<Kuv8u>(fill<Vector<Kuv16s, V::bytes>>(static_cast<Kuv16s>(greenFirst ? 0x00FF : 0xFF00)));
+        return select(green, a, b);
     }
 }
 
-// As many columns as V has lanes, from c on. `green` is ones in the lanes of green sites.
-template <bool ring, class V, class T>
-KUV_INLINE void interpolateVector(const MosaicRows<T>& rows, ptrdiff_t c, V green, T* out, RowColours colours) {
+// As many columns as V has lanes, from c on.
+template <bool ring, class V, bool greenFirst, class T>
+KUV_INLINE void interpolateVector(const MosaicRows<T>& rows, ptrdiff_t c, T* out, RowColours colours) {
     const auto at = [&](int row, int column) { return load<V>(rows[row] + c + column); };
     const V up = at(-1, 0), down = at(1, 0), left = at(0, -1), right = at(0, 1), site = at(0, 0);
     const V vertical = average(up, down), horizontal = average(left, right);
-    V chosen = meanOfMeans(up, down, left, right, vertical, horizontal);
+    V first = vertical, second = horizontal;
     if constexpr (!ring) {
+        // Both are the one along which less changes, where there is one. The mean of what is the same is the same.
         const V alongColumn = absoluteDifference(at(-2, 0), at(2, 0)), alongRow = absoluteDifference(at(0, -2), at(0, 2));
-        const V zero = bitXor(site, site);
-        const V notVertical = equal(subSaturated(alongRow, alongColumn), zero), notHorizontal = equal(subSaturated(alongColumn, alongRow), zero);
-        chosen = select(notVertical, select(notHorizontal, chosen, horizontal), vertical);
+        const V least = minimum(alongColumn, alongRow), either = bitXor(vertical, horizontal);
+        first = bitXor(horizontal, bitAnd(either, equal(least, alongColumn)));
+        second = bitXor(vertical, bitAnd(either, equal(least, alongRow)));
     }
+    const V around = meanOfMeans(up, down, left, right, first, second);
     const V upLeft = at(-1, -1), upRight = at(-1, 1), downLeft = at(1, -1), downRight = at(1, 1);
     const V diagonals = meanOfMeans(upLeft, upRight, downLeft, downRight, average(upLeft, upRight), average(downLeft, downRight));
-    const V own = select(green, horizontal, site), other = select(green, vertical, diagonals);
-    const V middle = select(green, site, chosen);
+    const V own = atGreen<greenFirst>(horizontal, site), other = atGreen<greenFirst>(vertical, diagonals);
+    const V middle = atGreen<greenFirst>(site, around);
     if (colours.own == 0) {
         storeInterleaved3(out + 3 * c, own, middle, other);
     } else {
@@ -108,18 +113,24 @@ KUV_INLINE void interpolateVector(const MosaicRows<T>& rows, ptrdiff_t c, V gree
     }
 }
 
-// interpolateColumns by vectors, of which the last may lie on the one before.
+// interpolateColumns by vectors, whose writes are aligned but for the first and the last. These may lie on others.
 template <bool ring, class T>
 KUV_INLINE void interpolateRow(const MosaicRows<T>& rows, ptrdiff_t first, ptrdiff_t end, ptrdiff_t greenParity, T* out, RowColours colours) {
     if constexpr (hasVectors) {
         using V = Native<T>;
+        const auto vectors = [&](auto greenFirst, ptrdiff_t from, ptrdiff_t to) __attribute__((always_inline)) {
+            for (ptrdiff_t c = from; c < to; c += V::lanes) interpolateVector<ring, V, greenFirst.value>(rows, c, out, colours);
+        };
+        const auto some = [&](ptrdiff_t from, ptrdiff_t to) __attribute__((always_inline)) {
+            if (from % 2 == greenParity) vectors(std::true_type{}, from, to);
+            else vectors(std::false_type{}, from, to);
+        };
         if (end - first >= V::lanes) {
-            const V odd = oddLanes<V>(), even = equal(odd, bitXor(odd, odd));
-            const auto greenFrom = [&](ptrdiff_t c) { return c % 2 == greenParity ? even : odd; };
-            const V green = greenFrom(first);
             const ptrdiff_t last = end - V::lanes;
-            for (ptrdiff_t c = first; c < last; c += V::lanes) interpolateVector<ring>(rows, c, green, out, colours);
-            interpolateVector<ring>(rows, last, greenFrom(last), out, colours);
+            const ptrdiff_t aligned = first + pixelsToAlignment<3 * sizeof(T)>(out + 3 * first, V::bytes);
+            if (aligned > first && first < last) some(first, first + 1);
+            some(aligned, last);
+            some(last, end);
             return;
         }
     }

@@ -122,14 +122,14 @@ struct DemosaicSamples<Vector<Kuv16u, bytes>> {
 
     // The middle 16 bits of the sums.
     static KUV_INLINE Luminance mergeLuminance(Wide evens, Wide odds) {
-        return as<Kuv16s>(mergeEvenOdd(as<Kuv16u>(shiftRight<8>(evens)), as<Kuv16u>(shiftLeft<8>(odds))));
+        return as<Kuv16s>(blend<0xAA>(as<Kuv16u>(shiftRight<8>(evens)), as<Kuv16u>(shiftLeft<8>(odds))));
     }
     static KUV_INLINE Wide upperHalves(Wide v) { return bitAnd(v, fill<Wide>(-65536)); }
 
     static KUV_INLINE Square squaredDistance(Wide u, Wide v) { return add(multiplyLow(u, u), multiplyLow(v, v)); }
     // Not 0 where a > b.
     static KUV_INLINE V whereBeyond(const Square (&a)[2], const Square (&b)[2]) {
-        return mergeEvenOdd(as<Kuv16u>(greater(a[0], b[0])), as<Kuv16u>(greater(a[1], b[1])));
+        return blend<0xAA>(as<Kuv16u>(greater(a[0], b[0])), as<Kuv16u>(greater(a[1], b[1])));
     }
 };
 

@@ -51,7 +51,7 @@ KUV_INLINE void exactWords(Vector<Kuv8u, 16> packed, Vector<Kuv16s, 16>& red, Ve
     const auto words = [&](Sums colour, Kuv32s constant) {
         colour = add(colour, fill<Sums>(constant));
         const auto evens = as<Kuv16u>(shiftRight<16>(as<Kuv32u>(add(even, colour))));
-        return as<Kuv16s>(mergeEvenOdd(evens, as<Kuv16u>(add(odd, colour))));
+        return as<Kuv16s>(blend<0xAA>(evens, as<Kuv16u>(add(odd, colour))));
     };
     red = words(add(weighted(chroma, 0, redCr), add(cr, cr)), redStart);
     green = words(sub(weighted(chroma, greenCb, greenCr), cr), greenStart);

@@ -1,7 +1,6 @@
 // Mirror images: checks, and what becomes of each row.
 #include "core/checks.hpp"
 #include "move/mirror_kernels.hpp"
-#include "simd/rows.hpp"
 
 namespace kuv::KUV_VARIANT {
 namespace {

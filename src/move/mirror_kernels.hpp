@@ -6,6 +6,7 @@
 
 #include "move/runs.hpp"
 #include "simd/bytes.hpp"
+#include "simd/rows.hpp"
 
 namespace kuv::KUV_VARIANT {
 namespace {
@@ -119,13 +120,6 @@ struct WidePixelBlock {
     static constexpr ptrdiff_t bytes = 96;
     static constexpr WidePixelShuffles shuffles = widePixelShuffles(pixel);
 
-    // How many bytes of pixels stand before the first that begins on a multiple of 32; 0 if none does.
-    static KUV_INLINE ptrdiff_t bytesToAlignment(const Kuv8u* address) {
-        constexpr ptrdiff_t sample = sizeof(T), inverse = 11;  // 3 * inverse is 1, modulo 32
-        const ptrdiff_t missing = bytesToBoundary(address, 32);
-        return missing % sample == 0 ? missing / sample * inverse % (32 / sample) * pixel : 0;
-    }
-
     static KUV_INLINE V index(int output, int input) { return loadParts<V>(shuffles.index[output][input], 0); }
     static KUV_INLINE Value readFront(const Kuv8u* from) {
         const V a = loadParts<V>(from + 48, -48), b = loadParts<V>(from + 64, -48), c = loadParts<V>(from + 80, -48);
@@ -208,7 +202,7 @@ constexpr ptrdiff_t leastWideReversal = 1024, leastWideExchange = 480;
 template <class W>
 __attribute__((noinline)) ptrdiff_t reverseWide(const Kuv8u* srcEnd, Kuv8u* dst, ptrdiff_t n) {
     W::writeFront(dst, W::readBack(srcEnd));
-    const ptrdiff_t toAlignment = W::bytesToAlignment(dst);
+    const ptrdiff_t toAlignment = W::pixel * pixelsToAlignment<W::pixel>(dst, 32);
     ptrdiff_t i = toAlignment > 0 ? toAlignment : W::bytes;
     for (; n - i >= W::bytes; i += W::bytes) W::writeFront(dst + i, W::readBack(srcEnd - i));
     return i;

@@ -180,16 +180,6 @@ constexpr ptrdiff_t pixelsBefore = B::margin;
 template <class P, class B>
 constexpr ptrdiff_t pixelsAfter = B::margin > 0 || P::hasAlpha ? 1 : 0;
 
-// How many bytes stand before the first pixel that begins on a multiple of `boundary`, 16 or 32; 0 if none does.
-template <class P>
-KUV_INLINE ptrdiff_t pixelBytesToBoundary(const Kuv8u* address, size_t boundary) {
-    constexpr size_t odd = P::samples == 3 ? 3 : 1, even = P::bytes / odd;
-    constexpr size_t inverse = odd == 3 ? 11 : 1;  // odd * inverse is 1, modulo 32
-    const size_t missing = -reinterpret_cast<size_t>(address);
-    if (missing % even != 0) return 0;
-    return static_cast<ptrdiff_t>(missing / even * inverse % (boundary / even)) * P::bytes;
-}
-
 // Blocks from `at` to past `last`, at which another one is still to be written.
 template <class B>
 KUV_INLINE void swapBlocks(const B& blocks, const Kuv8u* from, Kuv8u* to, ptrdiff_t at, ptrdiff_t last) {
@@ -219,7 +209,7 @@ KUV_INLINE void swapRow(const ChannelOrder<P>& order, const B& blocks, const typ
         swapBlocks(blocks, from, to, first, last);
     } else {
         const auto firstBlock = blocks.read(from + first, to + first);
-        swapBlocks(blocks, from, to, first + pixelBytesToBoundary<P>(to + first, B::boundary), last);
+        swapBlocks(blocks, from, to, first + P::bytes * pixelsToAlignment<P::bytes>(to + first, B::boundary), last);
         B::write(to + first, firstBlock);
     }
     B::write(to + last, lastBlock);

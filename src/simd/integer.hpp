@@ -209,16 +209,18 @@ KUV_INLINE Vector<T, bytes> interleaveHalves(Vector<T, bytes> v) {
     }
 }
 
-// Even lanes from a, odd lanes from b.
-template <int bytes>
-KUV_INLINE Vector<Kuv16u, bytes> mergeEvenOdd(Vector<Kuv16u, bytes> a, Vector<Kuv16u, bytes> b) {
+// Of each eight lanes those of b that have their bit in `chosen`, else those of a.
+template <int chosen, class T, int bytes>
+KUV_INLINE Vector<T, bytes> blend(Vector<T, bytes> a, Vector<T, bytes> b) {
+    static_assert(sizeof(T) == 2);
     if constexpr (bytes == 32) {
-        KUV_AVX2(return {_mm256_blend_epi16(a.raw, b.raw, 0xAA)};)
+        KUV_AVX2(return {_mm256_blend_epi16(a.raw, b.raw, chosen)};)
     } else if constexpr (hasSSE41) {
-        return {_mm_blend_epi16(a.raw, b.raw, 0xAA)};
+        return {_mm_blend_epi16(a.raw, b.raw, chosen)};
     } else {
-        const auto even = as<Kuv16u>(fill<Vector<Kuv32s, bytes>>(0xFFFF));
-        return bitOr(bitAnd(even, a), bitAndNot(even, b));
+        const auto lane = [](int i) { return static_cast<short>(chosen >> i & 1 ? -1 : 0); };
+        const Vector<T, bytes> mask = {_mm_setr_epi16(lane(0), lane(1), lane(2), lane(3), lane(4), lane(5), lane(6), lane(7))};
+        return bitOr(bitAndNot(mask, a), bitAnd(mask, b));
     }
 }
 

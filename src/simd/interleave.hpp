@@ -10,6 +10,7 @@ namespace {
 // stands at byte (3p + c) * sampleSize. 0x80 where another plane's byte goes.
 struct Interleave3Shuffles {
     unsigned char index[3][3][16];  // output, plane, byte
+    unsigned char together[3][16];  // of a plane: each byte for the only output that has it at that place
 };
 
 constexpr Interleave3Shuffles interleave3Shuffles(int sampleSize) {
@@ -19,9 +20,17 @@ constexpr Interleave3Shuffles interleave3Shuffles(int sampleSize) {
         for (int plane = 0; plane < 3; ++plane) {
             const int from = sample / 3 * sampleSize + byte % sampleSize;
             all.index[byte / 16][plane][byte % 16] = static_cast<unsigned char>(sample % 3 == plane ? from : 0x80);
+            if (sample % 3 == plane) all.together[plane][byte % 16] = static_cast<unsigned char>(from);
         }
     }
     return all;
+}
+
+// A bit for each 16-bit sample of an output register that comes from that plane.
+constexpr int samplesOfPlane(int output, int plane) {
+    int bits = 0;
+    for (int i = 0; i < 8; ++i) bits |= ((8 * output + i) % 3 == plane) << i;
+    return bits;
 }
 
 template <int sampleSize>
@@ -30,19 +39,36 @@ struct Interleave3 {
 };
 
 #ifdef __SSSE3__
-KUV_INLINE __m128i interleave3Part(int sampleSize, int output, __m128i a, __m128i b, __m128i c) {
-    const auto& index = (sampleSize == 1 ? Interleave3<1>::shuffles : Interleave3<2>::shuffles).index[output];
-    const auto shuffle = [](__m128i plane, const unsigned char* order) {
-        return _mm_shuffle_epi8(plane, _mm_loadu_si128(reinterpret_cast<const __m128i*>(order)));
+template <class V>
+KUV_INLINE void interleave3(const V (&planes)[3], V (&out)[3]) {
+    using Bytes = Vector<Kuv8u, V::bytes>;
+    using T = typename V::Lane;
+    constexpr auto& shuffles = Interleave3<sizeof(T)>::shuffles;
+    const auto shuffled = [&](int plane, const unsigned char (&order)[16]) {
+        return shuffleBytes(as<Kuv8u>(planes[plane]), loadParts<Bytes>(order, 0));
     };
-    return _mm_or_si128(_mm_or_si128(shuffle(a, index[0]), shuffle(b, index[1])), shuffle(c, index[2]));
+    if constexpr (sizeof(T) == 2 && hasSSE41) {
+        const V a = as<T>(shuffled(0, shuffles.together[0])), b = as<T>(shuffled(1, shuffles.together[1])), c = as<T>(shuffled(2, shuffles.together[2]));
+        const auto merged = [&](auto output) {
+            out[output] = blend<samplesOfPlane(output, 2)>(blend<samplesOfPlane(output, 1)>(a, b), c);
+        };
+        merged(std::integral_constant<int, 0>{});
+        merged(std::integral_constant<int, 1>{});
+        merged(std::integral_constant<int, 2>{});
+    } else {
+        for (int i = 0; i < 3; ++i) {
+            const auto& index = shuffles.index[i];
+            out[i] = as<T>(bitOr(bitOr(shuffled(0, index[0]), shuffled(1, index[1])), shuffled(2, index[2])));
+        }
+    }
 }
 #else
 // Without a byte shuffle: to pixels of three samples and a zero, then the gaps closed step by step.
-KUV_INLINE void interleave3Registers(int sampleSize, __m128i a, __m128i b, __m128i c, __m128i out[3]) {
-    const __m128i zero = _mm_setzero_si128();
+template <class T>
+KUV_INLINE void interleave3(const Vector<T, 16> (&planes)[3], Vector<T, 16> (&out)[3]) {
+    const __m128i a = planes[0].raw, b = planes[1].raw, c = planes[2].raw, zero = _mm_setzero_si128();
     __m128i quarter[4];  // the low 12 bytes of each: four pixels of bytes, or two of 16-bit samples
-    if (sampleSize == 1) {
+    if constexpr (sizeof(T) == 1) {
         const __m128i ab[2] = {_mm_unpacklo_epi8(a, b), _mm_unpackhi_epi8(a, b)};
         const __m128i c0[2] = {_mm_unpacklo_epi8(c, zero), _mm_unpackhi_epi8(c, zero)};
         const __m128i first = _mm_set1_epi64x(0xFFFFFF), second = _mm_set1_epi64x(0xFFFFFF000000);
@@ -61,42 +87,19 @@ KUV_INLINE void interleave3Registers(int sampleSize, __m128i a, __m128i b, __m12
     for (__m128i& each : quarter) {
         each = _mm_or_si128(_mm_and_si128(each, low), _mm_srli_si128(_mm_andnot_si128(low, each), 2));
     }
-    out[0] = _mm_or_si128(quarter[0], _mm_slli_si128(quarter[1], 12));
-    out[1] = _mm_or_si128(_mm_srli_si128(quarter[1], 4), _mm_slli_si128(quarter[2], 8));
-    out[2] = _mm_or_si128(_mm_srli_si128(quarter[2], 8), _mm_slli_si128(quarter[3], 4));
+    out[0].raw = _mm_or_si128(quarter[0], _mm_slli_si128(quarter[1], 12));
+    out[1].raw = _mm_or_si128(_mm_srli_si128(quarter[1], 4), _mm_slli_si128(quarter[2], 8));
+    out[2].raw = _mm_or_si128(_mm_srli_si128(quarter[2], 8), _mm_slli_si128(quarter[3], 4));
 }
 #endif
 
-// Writes V::lanes pixels a, b, c, a, b, c ...
-template <class T>
-KUV_INLINE void storeInterleaved3(T* to, Vector<T, 16> a, Vector<T, 16> b, Vector<T, 16> c) {
-    __m128i out[3];
-#ifdef __SSSE3__
-    for (int i = 0; i < 3; ++i) out[i] = interleave3Part(sizeof(T), i, a.raw, b.raw, c.raw);
-#else
-    interleave3Registers(sizeof(T), a.raw, b.raw, c.raw, out);
-#endif
-    storeParts3(reinterpret_cast<Kuv8u*>(to), Vector<Kuv8u, 16>{out[0]}, {out[1]}, {out[2]});
+// Writes as many pixels a, b, c, a, b, c ... as a register has lanes.
+template <class T, int bytes>
+KUV_INLINE void storeInterleaved3(T* to, Vector<T, bytes> a, Vector<T, bytes> b, Vector<T, bytes> c) {
+    Vector<T, bytes> out[3];
+    interleave3({a, b, c}, out);
+    storeParts3(reinterpret_cast<Kuv8u*>(to), as<Kuv8u>(out[0]), as<Kuv8u>(out[1]), as<Kuv8u>(out[2]));
 }
-
-#ifdef __AVX2__
-KUV_INLINE __m256i interleave3Part(int sampleSize, int output, __m256i a, __m256i b, __m256i c) {
-    const auto& index = (sampleSize == 1 ? Interleave3<1>::shuffles : Interleave3<2>::shuffles).index[output];
-    const auto shuffle = [](__m256i plane, const unsigned char* order) {
-        const __m128i half = _mm_loadu_si128(reinterpret_cast<const __m128i*>(order));
-        return _mm256_shuffle_epi8(plane, _mm256_broadcastsi128_si256(half));
-    };
-    return _mm256_or_si256(_mm256_or_si256(shuffle(a, index[0]), shuffle(b, index[1])), shuffle(c, index[2]));
-}
-
-template <class T>
-KUV_INLINE void storeInterleaved3(T* to, Vector<T, 32> a, Vector<T, 32> b, Vector<T, 32> c) {
-    // Each part holds its piece of the first 48 bytes in the lower half and of the second 48 bytes in the upper half.
-    __m256i part[3];
-    for (int i = 0; i < 3; ++i) part[i] = interleave3Part(sizeof(T), i, a.raw, b.raw, c.raw);
-    storeParts3(reinterpret_cast<Kuv8u*>(to), Vector<Kuv8u, 32>{part[0]}, {part[1]}, {part[2]});
-}
-#endif
 
 // Writes as many pixels a, b, c, d, a, b, c, d ... as a register has bytes.
 template <int bytes>

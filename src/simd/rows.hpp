@@ -22,6 +22,16 @@ KUV_INLINE ptrdiff_t samplesToAlignment(const T* address, ptrdiff_t bytes) {
     return (-value & (bytes - 1)) / static_cast<ptrdiff_t>(sizeof(T));
 }
 
+// How many pixels stand before the first that begins on a multiple of `bytes`, 16 or 32; 0 if none does. Pixels have three samples, or
+// as many bytes as a power of two.
+template <int pixelBytes>
+KUV_INLINE ptrdiff_t pixelsToAlignment(const void* address, size_t bytes) {
+    constexpr size_t odd = pixelBytes % 3 == 0 ? 3 : 1, even = pixelBytes / odd;
+    constexpr size_t inverse = odd == 3 ? 11 : 1;  // odd * inverse is 1, modulo 32
+    const size_t missing = -reinterpret_cast<size_t>(address);
+    return missing % even == 0 ? static_cast<ptrdiff_t>(missing / even * inverse % (bytes / even)) : 0;
+}
+
 // What an operation takes beside the sample that it changes: `sample(i)` is the operand of sample i of a row; `vectorsFrom(i)`
 // gives those of the vectors that begin at sample i and after it, and its `at(j, k)` the one of the k-th of them, which begins at
 // sample j.
