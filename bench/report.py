@@ -34,6 +34,8 @@ AIMS = [
         1.8, None),
     Aim("16-bit adaptive demosaicing on two threads against one", "threads", "kuviDemosaicAHD_16u_C1C3R", "2-threads",
         "1-thread", 1.8, None),
+    Aim("4:2:2 video to RGB against OpenCV's", "peer", "kuviCbYCr422ToRGB_8u_C2C3R", "h9", "OpenCV", 3, None),
+    Aim("4:2:2 video to RGB against libyuv's to ARGB", "peer", "kuviCbYCr422ToRGB_8u_C2C3R", "h9", "libyuv", 1, None),
     Aim("A call through the export less a direct one, ns", "stub", "kuvcvGetLibVersion", "stub", "direct", None, 2),
 ]
 
@@ -47,9 +49,14 @@ FAMILIES = [
     Family("Mirror images of one channel", r"kuviMirror_.*_C1I?R", "axis|axes", 1, 1.3),
     Family("Mirror images of three channels, vertical axis", r"kuviMirror_.*_C3I?R", "vertical", 5, 8),
     Family("Transposition", r"kuviMirror_.*", "diagonal", 2, 3),
+    Family("Tone maps of 8 bits, one channel", r"kuviLUT_8u_C1IR", "", 1.5, 2.5),
+    Family("Tone maps of 8 bits, three channels", r"kuviLUT_8u_C3IR", "", 2, 4),
+    Family("Tone maps of 16 bits", r"kuviLUT_16u_.*", "", 1, 1.2),
     Family("Palettes", r"kuviLUTPalette_.*", "", 1.1, 1.5),
     Family("Quick interpolation, 8 bits", r"kuviCFAToRGB_8u_.*", "", 2, 3),
     Family("Quick interpolation, 16 bits", r"kuviCFAToRGB_16u_.*", "", 4, 8),
+    Family("Bit reduction without error diffusion", r"kuviReduceBits_.*", "off|ordered", 10, 20),
+    Family("Bit reduction with error diffusion", r"kuviReduceBits_.*", "", 4, 8),
     Family("Grey to RGB", r"kuviGrayToRGB_.*", "", 1, 1.2),
     Family("Shifts", r"kuv[is][LR]ShiftC_.*", "", 1, 1.3),
 ]
