@@ -275,6 +275,112 @@ KUV_PALETTE_LOOP(palette8to32, Kuv8u, Kuv32u, 1, *to = *entry)
 KUV_PALETTE_LOOP(palette16to24, Kuv16u, Kuv8u, 3, KUV_THREE_BYTES)
 KUV_PALETTE_LOOP(palette16to32, Kuv16u, Kuv32u, 1, *to = *entry)
 
+// Without noise, in single precision.
+#define KUV_REDUCE_ARGUMENTS                                                                                                   \
+    const Kuv16u *src, Kuv32s srcStep, Kuv8u *dst, Kuv32s dstStep, KuviSize roiSize, Kuv32s, KuvDitherType ditherType,         \
+        Kuv32s levels, Kuv8u *buffer
+
+#define KUV_REDUCE_LOOP(name, samples, channels)                                                                               \
+    KuvStatus KUV_LOOP(name)(KUV_REDUCE_ARGUMENTS) {                                                                           \
+        (void)ditherType, (void)buffer;                                                                                        \
+        const float count = (float)(levels - 1), step = 1 / count, half = 0.5f / count;                                        \
+        for (ptrdiff_t y = 0; y < roiSize.height; ++y) {                                                                       \
+            const Kuv16u* from = (const Kuv16u*)((const char*)src + y * srcStep);                                              \
+            Kuv8u* to = (Kuv8u*)((char*)dst + y * dstStep);                                                                    \
+            for (ptrdiff_t x = 0; x < roiSize.width; ++x, from += samples, to += samples) {                                    \
+                for (int c = 0; c < channels; ++c) {                                                                           \
+                    const float value = from[c] * (1 / 65535.0f);                                                              \
+                    float level = (float)(int)(count * value) * step;                                                          \
+                    if (value - level > half) level += step;                                                                   \
+                    const int byte = (int)(level * 255);                                                                       \
+                    to[c] = (Kuv8u)(byte > 255 ? 255 : byte);                                                                  \
+                }                                                                                                              \
+            }                                                                                                                  \
+        }                                                                                                                      \
+        return kuvStatusOk;                                                                                                    \
+    }
+KUV_REDUCE_LOOP(reduceOne, 1, 1)
+KUV_REDUCE_LOOP(reduceThree, 3, 3)
+KUV_REDUCE_LOOP(reduceColours, 4, 3)
+
+#define KUV_ORDER_LOOP(name, samples, channels)                                                                                \
+    KuvStatus KUV_LOOP(name)(KUV_REDUCE_ARGUMENTS) {                                                                           \
+        (void)ditherType, (void)buffer;                                                                                        \
+        static const unsigned char matrix[4][4] = {{0, 8, 2, 10}, {12, 4, 14, 6}, {3, 11, 1, 9}, {15, 7, 13, 5}};              \
+        const float step = 65535.0f / (float)(levels - 1), inverse = (float)(levels - 1) / 65535.0f;                           \
+        for (ptrdiff_t y = 0; y < roiSize.height; ++y) {                                                                       \
+            const Kuv16u* from = (const Kuv16u*)((const char*)src + y * srcStep);                                              \
+            Kuv8u* to = (Kuv8u*)((char*)dst + y * dstStep);                                                                    \
+            float thresholds[4];                                                                                               \
+            for (int i = 0; i < 4; ++i) thresholds[i] = matrix[y % 4][i] * step / 15;                                          \
+            for (ptrdiff_t x = 0; x < roiSize.width; ++x, from += samples, to += samples) {                                    \
+                for (int c = 0; c < channels; ++c) {                                                                           \
+                    float base = (float)(int)(inverse * from[c]) * step;                                                       \
+                    if (from[c] - base > thresholds[x % 4]) base += step;                                                      \
+                    const int byte = (int)base >> 8;                                                                           \
+                    to[c] = (Kuv8u)(byte > 255 ? 255 : byte);                                                                  \
+                }                                                                                                              \
+            }                                                                                                                  \
+        }                                                                                                                      \
+        return kuvStatusOk;                                                                                                    \
+    }
+KUV_ORDER_LOOP(orderOne, 1, 1)
+KUV_ORDER_LOOP(orderThree, 3, 3)
+KUV_ORDER_LOOP(orderColours, 4, 3)
+
+// Lines of errors as long as a row, with two more on both sides, that change places after each row.
+#define KUV_DIFFUSE_ROWS(samples, channels, sum)                                                                               \
+    for (int c = 0; c < channels; ++c) {                                                                                       \
+        for (ptrdiff_t y = 0; y < roiSize.height; ++y) {                                                                       \
+            const Kuv16u* from = (const Kuv16u*)((const char*)src + y * srcStep) + c;                                          \
+            Kuv8u* to = (Kuv8u*)((char*)dst + y * dstStep) + c;                                                                \
+            float left = 0;                                                                                                    \
+            for (ptrdiff_t x = 0; x < roiSize.width; ++x) {                                                                    \
+                const float value = from[x * samples] + (sum);                                                                 \
+                float error = 0;                                                                                               \
+                if (value >= 65535) {                                                                                          \
+                    to[x * samples] = 255;                                                                                     \
+                } else if (value < 0) {                                                                                        \
+                    to[x * samples] = 0;                                                                                       \
+                } else {                                                                                                       \
+                    float base = (float)(int)(inverse * value) * step;                                                         \
+                    if (value - base > half) base += step;                                                                     \
+                    to[x * samples] = (Kuv8u)((int)base >> 8);                                                                 \
+                    error = value - base;                                                                                      \
+                }                                                                                                              \
+                r[x] = error;                                                                                                  \
+                left = error;                                                                                                  \
+            }                                                                                                                  \
+            float* oldest = ditherType == kuvDitherFloydSteinberg ? p : q;                                                     \
+            if (ditherType != kuvDitherFloydSteinberg) q = p;                                                                  \
+            p = r;                                                                                                             \
+            r = oldest;                                                                                                        \
+        }                                                                                                                      \
+    }
+
+#define KUV_THREE_ROWS(a, b, d)                                                                                                \
+    (q[x - 2] + q[x + 2] + a * (p[x] + left) + b * (q[x] + p[x - 1] + p[x + 1] + r[x - 2]) +                                   \
+     d * (q[x - 1] + q[x + 1] + p[x - 2] + p[x + 2]))
+
+#define KUV_DIFFUSE_LOOP(name, samples, channels)                                                                              \
+    KuvStatus KUV_LOOP(name)(KUV_REDUCE_ARGUMENTS) {                                                                           \
+        const float step = 65535.0f / (float)(levels - 1), inverse = (float)(levels - 1) / 65535.0f, half = step / 2;          \
+        const ptrdiff_t pitch = roiSize.width + 4;                                                                             \
+        float *r = (float*)buffer + 2, *p = r + pitch, *q = p + pitch;                                                         \
+        for (ptrdiff_t i = -2; i < 3 * pitch - 2; ++i) r[i] = 0;                                                               \
+        if (ditherType == kuvDitherFloydSteinberg) {                                                                           \
+            KUV_DIFFUSE_ROWS(samples, channels, (3 * p[x + 1] + p[x - 1] + 5 * p[x] + 7 * left) * 0.0625f)                     \
+        } else if (ditherType == kuvDitherJarvisJudiceNinke) {                                                                 \
+            KUV_DIFFUSE_ROWS(samples, channels, KUV_THREE_ROWS(7, 5, 3) * (1 / 48.0f))                                         \
+        } else {                                                                                                               \
+            KUV_DIFFUSE_ROWS(samples, channels, KUV_THREE_ROWS(8, 4, 2) * (1 / 42.0f))                                         \
+        }                                                                                                                      \
+        return kuvStatusOk;                                                                                                    \
+    }
+KUV_DIFFUSE_LOOP(diffuseOne, 1, 1)
+KUV_DIFFUSE_LOOP(diffuseThree, 3, 3)
+KUV_DIFFUSE_LOOP(diffuseColours, 4, 3)
+
 static inline Kuv8u integerPart(int sum) {
     const int value = sum >> 16;
     return (Kuv8u)(value < 0 ? 0 : value > 255 ? 255 : value);

@@ -1,4 +1,4 @@
-// Palettes, and what the compiler makes of the plain loops.
+// Palettes and dithers, and what the compiler makes of the plain loops.
 #include "loops.hpp"
 #include "support/cases.hpp"
 #include "support/forms.hpp"
@@ -16,3 +16,27 @@ PALETTE(kuviLUTPalette_16u24u_C1R, palette16to24, "12 bits", Indexed<Kuv16u, Kuv
 PALETTE(kuviLUTPalette_16u24u_C1R, palette16to24, "16 bits", Indexed<Kuv16u, Kuv8u, 3, 16>)
 PALETTE(kuviLUTPalette_16u32u_C1R, palette16to32, "12 bits", Indexed<Kuv16u, Kuv32u, 1, 12>)
 PALETTE(kuviLUTPalette_16u32u_C1R, palette16to32, "16 bits", Indexed<Kuv16u, Kuv32u, 1, 16>)
+
+#define REDUCTION(function, loop, name, ...)      \
+    KUV_BENCHMARK(function, name, __VA_ARGS__)    \
+    KUV_LOOP_PEERS(function, loop, __VA_ARGS__)
+REDUCTION(kuviReduceBits_16u8u_C1R, reduceOne, "off", Reduced<1, kuvDitherOff>)
+REDUCTION(kuviReduceBits_16u8u_C3R, reduceThree, "off", Reduced<3, kuvDitherOff>)
+REDUCTION(kuviReduceBits_16u8u_AC4R, reduceColours, "off", Reduced<4, kuvDitherOff>)
+REDUCTION(kuviReduceBits_16u8u_C1R, orderOne, "ordered", Reduced<1, kuvDitherOrdered4x4>)
+REDUCTION(kuviReduceBits_16u8u_C3R, orderThree, "ordered", Reduced<3, kuvDitherOrdered4x4>)
+REDUCTION(kuviReduceBits_16u8u_AC4R, orderColours, "ordered", Reduced<4, kuvDitherOrdered4x4>)
+REDUCTION(kuviReduceBits_16u8u_C1R, diffuseOne, "Floyd-Steinberg", Reduced<1, kuvDitherFloydSteinberg>)
+REDUCTION(kuviReduceBits_16u8u_C3R, diffuseThree, "Floyd-Steinberg", Reduced<3, kuvDitherFloydSteinberg>)
+REDUCTION(kuviReduceBits_16u8u_AC4R, diffuseColours, "Floyd-Steinberg", Reduced<4, kuvDitherFloydSteinberg>)
+REDUCTION(kuviReduceBits_16u8u_C1R, diffuseOne, "Jarvis-Judice-Ninke", Reduced<1, kuvDitherJarvisJudiceNinke>)
+REDUCTION(kuviReduceBits_16u8u_C3R, diffuseThree, "Jarvis-Judice-Ninke", Reduced<3, kuvDitherJarvisJudiceNinke>)
+REDUCTION(kuviReduceBits_16u8u_AC4R, diffuseColours, "Jarvis-Judice-Ninke", Reduced<4, kuvDitherJarvisJudiceNinke>)
+REDUCTION(kuviReduceBits_16u8u_C1R, diffuseOne, "Stucki", Reduced<1, kuvDitherStucki>)
+REDUCTION(kuviReduceBits_16u8u_C3R, diffuseThree, "Stucki", Reduced<3, kuvDitherStucki>)
+REDUCTION(kuviReduceBits_16u8u_AC4R, diffuseColours, "Stucki", Reduced<4, kuvDitherStucki>)
+
+KUV_BENCHMARK(kuviReduceBits_16u8u_C1R, "ordered and noise", Reduced<1, kuvDitherOrdered4x4, 4, 50>)
+KUV_BENCHMARK(kuviReduceBits_16u8u_C3R, "ordered and noise", Reduced<3, kuvDitherOrdered4x4, 4, 50>)
+KUV_BENCHMARK(kuviReduceBits_16u8u_C1R, "Floyd-Steinberg and noise", Reduced<1, kuvDitherFloydSteinberg, 4, 50>)
+KUV_BENCHMARK(kuviReduceBits_16u8u_C3R, "Floyd-Steinberg and noise", Reduced<3, kuvDitherFloydSteinberg, 4, 50>)

@@ -148,6 +148,18 @@ enum {
     kuvAxisSecondDiagonal = 4 /**< the second diagonal, from the upper right to the lower left */
 };
 
+/** How kuviReduceBits_* hide the steps between their levels. */
+typedef Kuv32s KuvDitherType;
+
+/** The values of KuvDitherType. */
+enum {
+    kuvDitherOff = 0,               /**< not at all: the nearest level */
+    kuvDitherFloydSteinberg = 1,    /**< the error goes to four neighbours in two rows */
+    kuvDitherJarvisJudiceNinke = 2, /**< the error goes to twelve neighbours in three rows, in parts of 48 */
+    kuvDitherStucki = 3,            /**< the error goes to twelve neighbours in three rows, in parts of 42 */
+    kuvDitherOrdered4x4 = 4         /**< a matrix of 4 by 4 thresholds */
+};
+
 /** Data-type selectors of set-up functions. */
 enum {
     kuvDataType8u = 1,  /**< #Kuv8u */
@@ -712,7 +724,7 @@ KUV_API KuvStatus kuviSwapChannels_8u_C3IR(Kuv8u* srcDst, Kuv32s srcDstStep, Kuv
 KUV_API KuvStatus kuviSwapChannels_8u_C4IR(Kuv8u* srcDst, Kuv32s srcDstStep, KuviSize roiSize, const Kuv32s* dstOrder);
 /** @} */
 
-/** @defgroup tone Tone maps and palettes
+/** @defgroup tone Tone maps, palettes and dithers
  *  @{ */
 
 /** @name Palettes
@@ -739,6 +751,93 @@ KUV_API KuvStatus kuviLUTPalette_16u24u_C1R(const Kuv16u* src, Kuv32s srcStep, K
 KUV_API KuvStatus kuviLUTPalette_16u32u_C1R(const Kuv16u* src, Kuv32s srcStep, Kuv32u* dst, Kuv32s dstStep, KuviSize roiSize,
                                             const Kuv32u* table, Kuv32s nBitSize);
 /** @} */
+
+/** @name Reduction of bits
+ *  16-bit samples brought to `levels` evenly spaced values of 8 bits, with a choice of dithers.
+ *
+ *  With n = `levels` - 1, the step `s = 65535 / n` and its inverse `i = n / 65535` held in single precision, and trunc() cutting
+ *  toward zero:
+ *
+ *  - #kuvDitherOff: `x = src / 65535`, `q = trunc(n * x) * (1 / n)`; where `x - q > 0.5 / n`, q grows by `1 / n`.
+ *    `dst = min(255, trunc(q * 255 + 0.5))`.
+ *  - All others quantise a value v with a threshold T: `base = trunc(i * v) * s`; where `v - base > T`, base is
+ *    `trunc(i * v) * s + s` instead. `dst = min(255, trunc(base + 0.5) >> 8)`.
+ *  - #kuvDitherOrdered4x4: v is the sample, `T = M[y % 4][x % 4] * 65535 / n`, rounded to single precision, with the rows of M
+ *    (0, 8, 2, 10), (12, 4, 14, 6), (3, 11, 1, 9), (15, 7, 13, 5), each divided by 15 in single precision. With noise,
+ *    `T = s * (M[y % 4][x % 4] + N(x, y))`. All samples of a pixel have the same threshold.
+ *  - The error diffusions add to the sample what is left of the neighbours before it: `v = src + e`. Where `v >= 65535`, dst is 255
+ *    and the error c 0; where `v < 0`, both are 0; elsewhere v is quantised with `T = s / 2`, or N(x, y) if there is noise, and
+ *    `c = v - base`, held in single precision. With p the errors of the row before and q those of the row before that:
+ *    - #kuvDitherFloydSteinberg: `e = (5 * p[x] + 3 * p[x+1] + p[x-1] + 7 * c[x-1]) * 0.0625`.
+ *    - #kuvDitherJarvisJudiceNinke: `e = (q[x-2] + q[x+2] + 7 * (p[x] + c[x-1]) + 5 * (q[x] + p[x-1] + p[x+1] + c[x-2])
+ *      + 3 * (q[x-1] + q[x+1] + p[x-2] + p[x+2])) * k`, k being 1/48 in single precision.
+ *    - #kuvDitherStucki: the same with 8, 4, 2 for 7, 5, 3, and 1/42 for 1/48.
+ *
+ *    Errors left and right of a row are 0, and so are those before the first row of the first channel. The channels follow one another,
+ *    all rows of one before the first of the next, and the rows before the first row of a channel are the last ones of the channel
+ *    before it.
+ *
+ *  x and y count from the region's first pixel.
+ *
+ *  **Noise.** With `noise` above 0, `N(x, y) = noises[(indices[x % 1024] + 2 * y + x) % 1024]`. Both tables come from a generator of
+ *  uniform numbers that starts afresh in each call, so that equal calls have equal results: on 32-bit words A = 1131199209, B = 0,
+ *  C = 1013904243, `D = 69069 * C + 1013904243` and E = -1, a number is `t = E + C - D`, signed; `r = t`, or t - 18 if t is
+ *  negative; D = C, C = B, B = r; E = -1 if t is negative, else 0; `A = 69069 * A + 1013904243`; and then
+ *  `(r + A) * ((high - low) / 2^32) + (high + low) / 2` in double precision, with r + A signed. `indices` are 1024 numbers with the
+ *  bounds 0 and 1024, rounded to the nearest integer; `noises` are 1024 numbers held in single precision, with the bounds
+ *  `(50 - noise) * s / 100` and `(50 + noise) * s / 100` for the error diffusions, `-noise / 100` and `noise / 100` for the ordered
+ *  dither, these held in single precision as well.
+ *
+ *  **Variants.** px computes all this in double precision, but for what is said to be held in single precision. w7 to h9 agree bit
+ *  for bit with one another; they compute in single precision, each operation rounded once, without the + 0.5 before the last trunc().
+ *  A value close to a threshold may fall the other way. In these variants `x = src * 1.5259022e-5f`; Floyd-Steinberg's sum is
+ *  `3 * p[x+1] + p[x-1] + 5 * p[x] + 7 * c[x-1]` from left to right; and with the weights a, b, c and the factor k of the two others,
+ *  `e = (P + Q + b * c[x-2] + a * c[x-1]) * k` with `P = a * p[x] + b * (p[x-1] + p[x+1]) + c * (p[x-2] + p[x+2])` and
+ *  `Q = b * q[x] + c * (q[x-1] + q[x+1]) + (q[x-2] + q[x+2])`.
+ *
+ *  `AC4R` reduces the first three samples of a pixel. It reads the fourth of `dst`, which stays as it is, and may write it back.
+ *
+ *  Step class C. `src` and `dst` must not overlap; two calls at once need two buffers.
+ *
+ *  Sources: R. W. Floyd, L. Steinberg, "An adaptive algorithm for spatial greyscale", Proceedings of the Society for Information
+ *  Display 17 (1976); J. F. Jarvis, C. N. Judice, W. H. Ninke, "A survey of techniques for the display of continuous tone pictures
+ *  on bilevel displays", Computer Graphics and Image Processing 5 (1976); P. Stucki, "MECCA - a multiple-error correction
+ *  computation algorithm for bilevel image hardcopy reproduction", IBM Research Report RZ1060 (1981); B. E. Bayer, "An optimum
+ *  method for two-level rendition of continuous-tone pictures", IEEE International Conference on Communications (1973).
+ *
+ *  `src`: the image. `dst`: what becomes of it. `srcStep`, `dstStep`: their row steps in bytes. `roiSize`: size in pixels, at least 1
+ *  by 1. `noise`: how far thresholds are disturbed, 0 to 100 percent; without effect with #kuvDitherOff. `ditherType`: the dither.
+ *  `levels`: 2 to 256. `buffer`: as many bytes as kuviReduceBitsGetBufferSize() tells, at any address and with any content; may be
+ *  null where that is 0, and is not touched then.
+ *
+ *  Returns #kuvStatusNullPtr if `src` or `dst` is null; #kuvStatusBadSize if the width or height is below 1; #kuvStatusBadNoise if
+ *  `noise` is not 0 to 100; #kuvStatusBadLevels if `levels` is not 2 to 256; #kuvStatusBadDitherType if `ditherType` is none of the
+ *  five; #kuvStatusNullPtr if `buffer` is null and needed; else #kuvStatusOk.
+ *  @{ */
+KUV_API KuvStatus kuviReduceBits_16u8u_C1R(const Kuv16u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize,
+                                           Kuv32s noise, KuvDitherType ditherType, Kuv32s levels, Kuv8u* buffer);
+KUV_API KuvStatus kuviReduceBits_16u8u_C3R(const Kuv16u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize,
+                                           Kuv32s noise, KuvDitherType ditherType, Kuv32s levels, Kuv8u* buffer);
+KUV_API KuvStatus kuviReduceBits_16u8u_AC4R(const Kuv16u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize,
+                                            Kuv32s noise, KuvDitherType ditherType, Kuv32s levels, Kuv8u* buffer);
+/** @} */
+
+/** Tells the size of the buffer that kuviReduceBits_* take.
+ *
+ *  With w the width: nothing for #kuvDitherOff; `8 * w + 80` bytes for #kuvDitherFloydSteinberg and `12 * w + 112` for
+ *  #kuvDitherJarvisJudiceNinke and #kuvDitherStucki, with noise 6272 more; nothing for #kuvDitherOrdered4x4, with noise 6336.
+ *  A size beyond 32 bits wraps around; an image of such a width cannot be diffused.
+ *
+ *  @param channels 1, 3, 4, or 9 for an alpha form; without influence on the size
+ *  @param roiSize size of the image in pixels; the height is not looked at
+ *  @param noise the noise that the image will be reduced with, 0 to 100
+ *  @param ditherType the dither
+ *  @param bufferSize gets the size in bytes
+ *  @return #kuvStatusNullPtr if `bufferSize` is null; #kuvStatusBadSize if the width is below 1; #kuvStatusBadChannels if `channels` is
+ *          none of the four; #kuvStatusBadNoise if `noise` is not 0 to 100; #kuvStatusBadDitherType if `ditherType` is none of the
+ *          five; else #kuvStatusOk. */
+KUV_API KuvStatus kuviReduceBitsGetBufferSize(Kuv32s channels, KuviSize roiSize, Kuv32s noise, KuvDitherType ditherType,
+                                              Kuv32s* bufferSize);
 /** @} */
 
 /** @defgroup colour Camera colour

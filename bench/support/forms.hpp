@@ -291,6 +291,26 @@ struct Indexed {
     }
 };
 
+// An image and its reduction to 8 bits, with a buffer that is large enough for every dither.
+template <int channels, KuvDitherType ditherType, Kuv32s levels = 4, Kuv32s noise = 0>
+struct Reduced {
+    static constexpr double bytesPerPixel = 3 * (channels == 4 ? 3 : channels);
+
+    KuviSize size;
+    Image<Kuv16u> src{size, channels};
+    Image<Kuv8u> dst{size, channels}, buffer{{12 * size.width + 6400, 1}};
+
+    explicit Reduced(KuviSize wanted) : size(wanted) {
+        fillWithValues(src, {size.width * channels, size.height}, 1, 0, 65535);
+        for (int row = 0; row < size.height; ++row) std::memset(dst.row(row), 0xA5, std::size_t{channels} * size.width);
+    }
+
+    template <class Function>
+    auto call(Function* function) {
+        return function(src.row(), src.step(), dst.row(), dst.step(), size, noise, ditherType, levels, buffer.row());
+    }
+};
+
 // A mosaic and the picture that it becomes.
 template <class T>
 struct Interpolated {
