@@ -381,6 +381,38 @@ KUV_DIFFUSE_LOOP(diffuseOne, 1, 1)
 KUV_DIFFUSE_LOOP(diffuseThree, 3, 3)
 KUV_DIFFUSE_LOOP(diffuseColours, 4, 3)
 
+// Eight samples at a time, or as many as four pixels have; the second word of the map tells where its tables begin.
+template <class T, int samples>
+static inline void mapRow(const T* tables, T* to, ptrdiff_t width) {
+    constexpr int mapped = samples == 4 ? 3 : samples, group = samples == 1 ? 8 : 4;
+    constexpr ptrdiff_t entries = (ptrdiff_t)1 << 8 * sizeof(T);
+    ptrdiff_t x = 0;
+    for (; x + group <= width; x += group, to += group * samples) {
+        T results[group * mapped];
+#pragma GCC unroll 12
+        for (int i = 0; i < group * mapped; ++i) results[i] = tables[i % mapped * entries + to[i / mapped * samples + i % mapped]];
+#pragma GCC unroll 12
+        for (int i = 0; i < group * mapped; ++i) to[i / mapped * samples + i % mapped] = results[i];
+    }
+    for (; x < width; ++x, to += samples) {
+        for (int c = 0; c < mapped; ++c) to[c] = tables[c * entries + to[c]];
+    }
+}
+#define KUV_MAP_LOOP(name, T, samples)                                                                                       \
+    KuvStatus KUV_LOOP(name)(T* srcDst, Kuv32s srcDstStep, KuviSize roiSize, const KuviToneMapSpec* spec) {                  \
+        const T* tables = (const T*)((const char*)spec + ((const Kuv32u*)spec)[1]);                                          \
+        for (ptrdiff_t y = 0; y < roiSize.height; ++y) {                                                                     \
+            mapRow<T, samples>(tables, (T*)((char*)srcDst + y * srcDstStep), roiSize.width);                                 \
+        }                                                                                                                    \
+        return kuvStatusOk;                                                                                                  \
+    }
+KUV_MAP_LOOP(mapOne8, Kuv8u, 1)
+KUV_MAP_LOOP(mapThree8, Kuv8u, 3)
+KUV_MAP_LOOP(mapColours8, Kuv8u, 4)
+KUV_MAP_LOOP(mapOne16, Kuv16u, 1)
+KUV_MAP_LOOP(mapThree16, Kuv16u, 3)
+KUV_MAP_LOOP(mapColours16, Kuv16u, 4)
+
 static inline Kuv8u integerPart(int sum) {
     const int value = sum >> 16;
     return (Kuv8u)(value < 0 ? 0 : value > 255 ? 255 : value);

@@ -66,6 +66,13 @@ KUV_DECLARE_LOOPS(orderColours, kuviReduceBits_16u8u_AC4R)
 KUV_DECLARE_LOOPS(diffuseOne, kuviReduceBits_16u8u_C1R)
 KUV_DECLARE_LOOPS(diffuseThree, kuviReduceBits_16u8u_C3R)
 KUV_DECLARE_LOOPS(diffuseColours, kuviReduceBits_16u8u_AC4R)
+
+KUV_DECLARE_LOOPS(mapOne8, kuviLUT_8u_C1IR)
+KUV_DECLARE_LOOPS(mapThree8, kuviLUT_8u_C3IR)
+KUV_DECLARE_LOOPS(mapColours8, kuviLUT_8u_AC4IR)
+KUV_DECLARE_LOOPS(mapOne16, kuviLUT_16u_C1IR)
+KUV_DECLARE_LOOPS(mapThree16, kuviLUT_16u_C3IR)
+KUV_DECLARE_LOOPS(mapColours16, kuviLUT_16u_AC4IR)
 KUV_DECLARE_LOOPS(expandVideo, kuviCbYCr422ToRGB_8u_C2C3R)
 KUV_DECLARE_LOOPS(repeatGrey, kuviGrayToRGB_8u_C1C3R)
 

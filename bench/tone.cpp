@@ -1,4 +1,4 @@
-// Palettes and dithers, and what the compiler makes of the plain loops.
+// Tone maps, palettes and dithers, and what the compiler makes of the plain loops.
 #include "loops.hpp"
 #include "support/cases.hpp"
 #include "support/forms.hpp"
@@ -40,3 +40,18 @@ KUV_BENCHMARK(kuviReduceBits_16u8u_C1R, "ordered and noise", Reduced<1, kuvDithe
 KUV_BENCHMARK(kuviReduceBits_16u8u_C3R, "ordered and noise", Reduced<3, kuvDitherOrdered4x4, 4, 50>)
 KUV_BENCHMARK(kuviReduceBits_16u8u_C1R, "Floyd-Steinberg and noise", Reduced<1, kuvDitherFloydSteinberg, 4, 50>)
 KUV_BENCHMARK(kuviReduceBits_16u8u_C3R, "Floyd-Steinberg and noise", Reduced<3, kuvDitherFloydSteinberg, 4, 50>)
+
+#define TONE_MAP(function, loop, name, ...)       \
+    KUV_BENCHMARK(function, name, __VA_ARGS__)    \
+    KUV_LOOP_PEERS(function, loop, __VA_ARGS__)
+TONE_MAP(kuviLUT_8u_C1IR, mapOne8, "curve", ToneMapped<Kuv8u, 1, kuvLutLinear>)
+TONE_MAP(kuviLUT_8u_C3IR, mapThree8, "three curves", ToneMapped<Kuv8u, 3, kuvLutLinear>)
+TONE_MAP(kuviLUT_8u_C3IR, mapThree8, "one curve", ToneMapped<Kuv8u, 3, kuvLutLinear, true>)
+TONE_MAP(kuviLUT_8u_AC4IR, mapColours8, "three curves", ToneMapped<Kuv8u, 4, kuvLutLinear>)
+TONE_MAP(kuviLUT_16u_C1IR, mapOne16, "curve", ToneMapped<Kuv16u, 1, kuvLutLinear>)
+TONE_MAP(kuviLUT_16u_C3IR, mapThree16, "three curves", ToneMapped<Kuv16u, 3, kuvLutLinear>)
+TONE_MAP(kuviLUT_16u_AC4IR, mapColours16, "three curves", ToneMapped<Kuv16u, 4, kuvLutLinear>)
+
+// Small images of step maps are searched, which the loops do not do.
+KUV_BENCHMARK(kuviLUT_16u_C1IR, "steps", ToneMapped<Kuv16u, 1, kuvLutStep>)
+KUV_BENCHMARK(kuviLUT_16u_C3IR, "steps", ToneMapped<Kuv16u, 3, kuvLutStep>)

@@ -727,6 +727,137 @@ KUV_API KuvStatus kuviSwapChannels_8u_C4IR(Kuv8u* srcDst, Kuv32s srcDstStep, Kuv
 /** @defgroup tone Tone maps, palettes and dithers
  *  @{ */
 
+/** A tone map that kuviLUT_Init_8u() or kuviLUT_Init_16u() made, at the start of a block that the caller allocates and owns. It must
+ *  not be copied or moved, and may stand at any address. */
+typedef struct KuviToneMapSpec KuviToneMapSpec;
+
+/** Curves of tone maps. */
+enum {
+    kuvLutStep = 1,   /**< constant between levels */
+    kuvLutLinear = 2, /**< straight between levels */
+    kuvLutCubic = 6   /**< cubic through four neighbouring control points */
+};
+
+/** Gives the size of the block for a tone map.
+ *
+ *  With n the level count of the first channel, T the sum of those in use (C3 and AC4: three, C4: four) and A(x) the next multiple of
+ *  64 from x on, the size is 184 more than
+ *
+ *  - 8u: 256 a channel in use
+ *  - 16u and 16s: 0x20000 a channel in use, and with #kuvLutStep also 8n for C1 and A(8T) for C3
+ *  - 32f with #kuvLutStep: 8n for C1, else A(8T)
+ *  - 32f with #kuvLutLinear: A(8T) + 8(T - channels in use)
+ *  - 32f with #kuvLutCubic: A(8T) + 24(T - channels in use); if a channel in use has fewer than four levels, as with #kuvLutLinear
+ *
+ *  This version makes tone maps of 8u and 16u only. A size past 32 bits wraps.
+ *
+ *  @param interpolation #kuvLutStep, #kuvLutLinear or #kuvLutCubic
+ *  @param dataType #kuvDataType8u, #kuvDataType16u, #kuvDataType16s or #kuvDataType32f
+ *  @param channels #kuvChannelsC1, #kuvChannelsC3, #kuvChannelsC4 or #kuvChannelsAC4
+ *  @param roiSize checked, and not used for anything
+ *  @param nLevels level counts, each at least 2: one for C1, three for C3 and AC4, four for C4
+ *  @param specSize receives the size in bytes
+ *  @return #kuvStatusBadInterpolation if `interpolation` is none of the three; #kuvStatusNullPtr if `nLevels` or `specSize` is null;
+ *          #kuvStatusBadSize if the width or height is below 1; #kuvStatusBadLutLevels if the fourth count of C4 is below 2;
+ *          #kuvStatusBadChannels if `channels` is none of the four; #kuvStatusBadLutLevels if another count in use is below 2;
+ *          #kuvStatusBadDataType if `dataType` is none of the four; else #kuvStatusOk. */
+KUV_API KuvStatus kuviLUT_GetSize(Kuv32s interpolation, Kuv32s dataType, Kuv32s channels, KuviSize roiSize, const Kuv32s* nLevels,
+                                  Kuv32s* specSize);
+
+/** Makes a tone map of 8-bit samples from control points: a table of max + 1 entries for each channel, max being 255.
+ *
+ *  Channel c has n = `nLevels[c]` control points: the sample L[k] = `levels[c][k]` becomes V[k] = `values[c][k]`. Levels should rise and
+ *  lie within 0 to max + 1. Below the first level and from the last one on the table is the identity, so that the last value is
+ *  never used. In detail, each step writing over the ones before it:
+ *
+ *  1. Entries below L[0] are the identity.
+ *  2. For k = 0 to n - 2, each entry x from L[k] to before L[k+1] becomes, limited to 0 to max,
+ *     - #kuvLutStep: V[k]
+ *     - #kuvLutLinear: `x*slope + ((V[k] + 0.5) - L[k]*slope)` with `slope = (V[k+1] - V[k]) / (L[k+1] - L[k])`
+ *     - #kuvLutCubic: with s = k - 1 limited to 0 to n - 4, the cubic that is 0 at 0 and goes through P, Q and R, the differences of
+ *       V[s], V[s+2] and V[s+3] to V[s+1], at u, v and w, the same differences of the levels:
+ *       `d*(c*d^2 + a) + (d^2*b + (V[s+1] + 0.5))` at d = x - L[s+1]. If a channel in use has fewer than four levels, all are linear.
+ *  3. Entries from L[n-1] on are the identity.
+ *
+ *  Linear and cubic sums are cut toward zero, before they are limited. They are in double precision, operation by operation in the
+ *  order written, under the caller's rounding mode; differences of levels and of values are taken in 32-bit integers, which wrap. What
+ *  no 32-bit integer holds, NaN too, becomes 0. The coefficients of the cubic are
+ *
+ *      M1 = v^2*u^3 - u^2*v^3,  M2 = w^3*u^2 - u^3*w^2,  M3 = v^3*w^2 - v^2*w^3,  D = 1 / (M1*w + (M2*v + M3*u))
+ *      a = (M1*R + (M2*Q + M3*P)) * D
+ *      b = ((w*u^3 - u*w^3)*Q + (P*(-w*v^3 + v*w^3) + (-u^3*v + v^3*u)*R)) * D
+ *      c = ((v*u^2 - u*v^2)*R + ((-u^2*w + u*w^2)*Q + (v^2*w - w^2*v)*P)) * D
+ *
+ *  px to g9 give the same tables. In h9 the products of a linear or cubic sum that a term is added to are fused with that addition:
+ *  `x*slope + ...`; `c*d^2 + a`, `d^2*b + ...`, `d*(...) + ...`. Where rounding moves a sum over an integer, an entry differs by 1.
+ *
+ *  Levels are not examined. Outside of 0 to max + 1 they count as the nearer end of that range in the spans of entries, in step 2 of the
+ *  linear and cubic rule as max if they begin a span; a level not above the one before it ends no span of step 2 (#kuvLutStep: after
+ *  limiting). Linear and cubic, a span of a single entry is V[k] limited, even if only limiting made it so short.
+ *
+ *  The map is complete when its identity word is written, last of all; it does not refer to the caller's arrays. A map may be made
+ *  again on the same block, with any arguments. From the check of `channels` on, an error leaves one word changed, the place of the
+ *  tables: a map of another kind that the block held is to be made again.
+ *
+ *  @param interpolation #kuvLutStep, #kuvLutLinear or #kuvLutCubic
+ *  @param channels #kuvChannelsC1, #kuvChannelsC3, #kuvChannelsC4 or #kuvChannelsAC4. No function applies a map of #kuvChannelsC4.
+ *  @param roiSize checked, and not used for anything
+ *  @param values for each channel (C3 and AC4: three, C4: four), its V
+ *  @param levels for each channel, its L
+ *  @param nLevels for each channel, its n, at least 2
+ *  @param spec block of at least the size that kuviLUT_GetSize() gives; any address
+ *  @return #kuvStatusBadInterpolation if `interpolation` is none of the three; #kuvStatusBadSize if the width or height is below 1;
+ *          #kuvStatusNullPtr if `values`, `levels`, `nLevels` or `spec` is null; #kuvStatusBadChannels if `channels` is none of the four;
+ *          #kuvStatusNullPtr if the pointer to a channel's values or levels is null; #kuvStatusBadLutLevels if a channel's count is below
+ *          2; else #kuvStatusOk. */
+KUV_API KuvStatus kuviLUT_Init_8u(Kuv32s interpolation, Kuv32s channels, KuviSize roiSize, const Kuv32s* const* values,
+                                  const Kuv32s* const* levels, const Kuv32s* nLevels, KuviToneMapSpec* spec);
+
+/** Makes a tone map of 16-bit samples: kuviLUT_Init_8u() with a max of 65535, and these differences.
+ *
+ *  - Cubic sums are limited to 0 to 65535 before they are cut, so that one past 32 bits becomes 65535, or 0 if negative. NaN becomes 0.
+ *  - With #kuvLutStep, C1 and C3 maps keep a copy of the control points beside the tables.
+ *  - With #kuvLutStep, C3, C4 and AC4, the checks of the channels run channel by channel: values, levels and count of the first, then
+ *    those of the second. With C4 the tables of the channels before the one that fails have been written.
+ *
+ *  @param interpolation #kuvLutStep, #kuvLutLinear or #kuvLutCubic
+ *  @param channels #kuvChannelsC1, #kuvChannelsC3, #kuvChannelsC4 or #kuvChannelsAC4
+ *  @param roiSize checked, and not used for anything
+ *  @param values for each channel, its V
+ *  @param levels for each channel, its L
+ *  @param nLevels for each channel, its n, at least 2
+ *  @param spec block of at least the size that kuviLUT_GetSize() gives; any address
+ *  @return the statuses of kuviLUT_Init_8u() */
+KUV_API KuvStatus kuviLUT_Init_16u(Kuv32s interpolation, Kuv32s channels, KuviSize roiSize, const Kuv32s* const* values,
+                                   const Kuv32s* const* levels, const Kuv32s* nLevels, KuviToneMapSpec* spec);
+
+/** @name Tone maps applied
+ *  Replaces each sample by its channel's table entry, in place: `srcDst(x, y)[c] = table[c][srcDst(x, y)[c]]`. `AC4`: the fourth
+ *  sample of a pixel stays as it is.
+ *
+ *  `16u_C1IR` and `16u_C3IR` look samples up among the control points that a #kuvLutStep map keeps, without its tables, if the product
+ *  of width and height as a signed 32-bit number is below 4097. For levels that rise within 0 to 65536 this gives the same. In any
+ *  case a sample x below L[0], or not below L[n-1], stays as it is, and any other becomes V[i] limited to 0 to 65535, where i is what a
+ *  bisection gives: from i = 0 and a length of n - 1 on, while the length is above 1, half of it, rounded down, is taken off the length and
+ *  added to i if x is not below L[i + half]; otherwise that half is the new length.
+ *
+ *  Step class A. A step is not compared with the row's width: rows that overlap are done in order, from the first. All variants give
+ *  the same bits. Any number of threads may use a map at once.
+ *
+ *  `srcDst`: the image. `srcDstStep`: its row step in bytes. `roiSize`: size in pixels, at least 1 by 1. `spec`: a map made for the
+ *  samples and channels in the function's name, by any of the three curves.
+ *
+ *  Returns #kuvStatusNullPtr if `srcDst` or `spec` is null; #kuvStatusBadStep if the step is below 1; #kuvStatusBadSize if the width
+ *  or height is below 1; #kuvStatusBadArg if `spec` is no such map; else #kuvStatusOk.
+ *  @{ */
+KUV_API KuvStatus kuviLUT_8u_C1IR(Kuv8u* srcDst, Kuv32s srcDstStep, KuviSize roiSize, const KuviToneMapSpec* spec);
+KUV_API KuvStatus kuviLUT_8u_C3IR(Kuv8u* srcDst, Kuv32s srcDstStep, KuviSize roiSize, const KuviToneMapSpec* spec);
+KUV_API KuvStatus kuviLUT_8u_AC4IR(Kuv8u* srcDst, Kuv32s srcDstStep, KuviSize roiSize, const KuviToneMapSpec* spec);
+KUV_API KuvStatus kuviLUT_16u_C1IR(Kuv16u* srcDst, Kuv32s srcDstStep, KuviSize roiSize, const KuviToneMapSpec* spec);
+KUV_API KuvStatus kuviLUT_16u_C3IR(Kuv16u* srcDst, Kuv32s srcDstStep, KuviSize roiSize, const KuviToneMapSpec* spec);
+KUV_API KuvStatus kuviLUT_16u_AC4IR(Kuv16u* srcDst, Kuv32s srcDstStep, KuviSize roiSize, const KuviToneMapSpec* spec);
+/** @} */
+
 /** @name Palettes
  *  `dst(x, y) = table[src(x, y) & (2^nBitSize - 1)]`: what a sample holds beyond its low `nBitSize` bits does not count.
  *

@@ -169,6 +169,20 @@ bool addTransposition(const char* function) {
                                          addAxes<Kuv16u, 3>("kuviMirror_16u_C3R", "kuviMirror_16u_C3IR"),
                                          addTransposition<Kuv8u>("kuviMirror_8u_C1R"), addTransposition<Kuv16u>("kuviMirror_16u_C1R")};
 
+template <int channels, bool alike = false>
+bool addTable(const char* function) {
+    return addOpenCV<ToneMapped<Kuv8u, channels, kuvLutLinear, alike>>(function, [](auto& form) {
+        cv::Mat table(1, 256, CV_8UC(channels));
+        for (int i = 0; i < 256 * channels; ++i) {
+            const int x = i / channels, c = alike ? 0 : i % channels;
+            table.data[i] = static_cast<Kuv8u>(c == 0 ? 255 - x : c == 1 ? x ^ 127 : x);
+        }
+        return [srcDst = matrixOf(form.srcDst, form.size, channels), table]() mutable { cv::LUT(srcDst, table, srcDst); };
+    });
+}
+[[maybe_unused]] const bool tables[] = {addTable<1>("kuviLUT_8u_C1IR"), addTable<3>("kuviLUT_8u_C3IR"),
+                                        addTable<3, true>("kuviLUT_8u_C3IR"), addTable<4>("kuviLUT_8u_AC4IR")};
+
 #ifdef KUV_OPENCV_IMGPROC
 template <int channels, bool aligned>
 bool addColourSpace(const char* function, int code) {

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstring>
+#include <stdexcept>
+#include <vector>
 
 #include "support/images.hpp"
 
@@ -308,6 +310,58 @@ struct Reduced {
     template <class Function>
     auto call(Function* function) {
         return function(src.row(), src.step(), dst.row(), dst.step(), size, noise, ditherType, levels, buffer.row());
+    }
+};
+
+// A photograph in place under a tone map that gives it back when it is applied again: the first channel is inverted, the second one in
+// either half of the range, the third not at all; with `alike` all are inverted. Of a step map, eight levels are exchanged.
+template <class T, int channels, Kuv32s curve, bool alike = false>
+struct ToneMapped {
+    static constexpr double bytesPerPixel = 2 * (channels == 4 ? 3 : channels) * sizeof(T);
+
+    KuviSize size;
+    Image<T> srcDst{size, channels};
+    std::vector<char> block;
+
+    explicit ToneMapped(KuviSize wanted) : size(wanted) {
+        fillWithMosaic(srcDst, {size.width * channels, size.height});
+        constexpr Kuv32s end = 1 << 8 * sizeof(T), middle = end / 2, steps = 8, width = end / steps;
+        std::vector<Kuv32s> levels[3] = {{0, end}, {0, middle - 1, middle, end}, {0, end}};
+        std::vector<Kuv32s> values[3] = {{end - 1, -1}, {middle - 1, 0, end - 1, middle - 1}, {0, end}};
+        if (curve == kuvLutStep) {
+            for (int c = 0; c < 3; ++c) {
+                levels[c].clear();
+                values[c].clear();
+                for (Kuv32s k = 0; k <= steps; ++k) {
+                    levels[c].push_back(k * width);
+                    values[c].push_back(width / 2 + width * (c == 2 ? k : c == 1 ? k ^ 1 : steps - 1 - k));
+                }
+            }
+        }
+        const Kuv32s* levelsOf[3];
+        const Kuv32s* valuesOf[3];
+        Kuv32s counts[3];
+        for (int c = 0; c < 3; ++c) {
+            const int from = alike ? 0 : c;
+            levelsOf[c] = levels[from].data();
+            valuesOf[c] = values[from].data();
+            counts[c] = static_cast<Kuv32s>(levels[from].size());
+        }
+        constexpr Kuv32s type = sizeof(T) == 1 ? kuvDataType8u : kuvDataType16u, selector = channels == 4 ? kuvChannelsAC4 : channels;
+        Kuv32s bytes = 0;
+        KuvStatus status = kuviLUT_GetSize(curve, type, selector, size, counts, &bytes);
+        block.resize(static_cast<std::size_t>(bytes));
+        if (status == kuvStatusOk) {
+            status = (sizeof(T) == 1 ? kuviLUT_Init_8u : kuviLUT_Init_16u)(curve, selector, size, valuesOf, levelsOf, counts, map());
+        }
+        if (status != kuvStatusOk) throw std::runtime_error("a tone map cannot be made");
+    }
+
+    KuviToneMapSpec* map() { return reinterpret_cast<KuviToneMapSpec*>(block.data()); }
+
+    template <class Function>
+    auto call(Function* function) {
+        return function(srcDst.row(), srcDst.step(), size, map());
     }
 };
 

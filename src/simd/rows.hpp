@@ -86,7 +86,7 @@ KUV_INLINE void transformRowInPlace(Operation operation, T* srcDst, ptrdiff_t co
         constexpr ptrdiff_t lanes = V::lanes;
         if (count >= lanes) {
             constexpr int unrolled = 3;  // the period of three channels
-            const auto result = [&](ptrdiff_t i, int k, const auto&... vectors) {
+            const auto result = [&](ptrdiff_t i, [[maybe_unused]] int k, const auto&... vectors) {
                 return operation(load<V>(srcDst + i), vectors.at(i, k)...);
             };
             const ptrdiff_t end = count - lanes;
