@@ -926,6 +926,8 @@ KUV_API KuvStatus kuviLUTPalette_16u32u_C1R(const Kuv16u* src, Kuv32s srcStep, K
  *  `e = (P + Q + b * c[x-2] + a * c[x-1]) * k` with `P = a * p[x] + b * (p[x-1] + p[x+1]) + c * (p[x-2] + p[x+2])` and
  *  `Q = b * q[x] + c * (q[x-1] + q[x+1]) + (q[x-2] + q[x+2])`.
  *
+ *  Error diffusion in w7 to h9 uses up to 40 KiB of stack.
+ *
  *  `AC4R` reduces the first three samples of a pixel. It reads the fourth of `dst`, which stays as it is, and may write it back.
  *
  *  Step class C. `src` and `dst` must not overlap; two calls at once need two buffers.

@@ -108,16 +108,34 @@ Reference filled() {
     };
 }
 
-void addReal(In a, In b, In, int bytes, Out result) {
-    for (int i = 0; i < lanesIn<float>(bytes); ++i) {
-        const float x = load<float>(a, i), y = load<float>(b, i);
-        if (std::isnan(x) || std::isnan(y)) {
-            const auto bits = load<std::uint32_t>(std::isnan(x) ? a : b, i);
-            store(result, i, bits | 0x00400000);  // made quiet
-        } else {
-            store(result, i, x + y);
+// A NaN among the operands is the result, made quiet.
+template <class Compute>
+Reference arithmetic(Compute compute) {
+    return [compute](In a, In b, In, int bytes, Out result) {
+        for (int i = 0; i < lanesIn<float>(bytes); ++i) {
+            const float x = load<float>(a, i), y = load<float>(b, i);
+            if (std::isnan(x) || std::isnan(y)) store(result, i, load<std::uint32_t>(std::isnan(x) ? a : b, i) | 0x00400000);
+            else if (std::isnan(compute(x, y))) store(result, i, 0xFFC00000u);
+            else store(result, i, compute(x, y));
         }
-    }
+    };
+}
+
+// One of the operands, bit for bit.
+template <class Takes>
+Reference ofTwo(Takes takesFirst) {
+    return [takesFirst](In a, In b, In, int bytes, Out result) {
+        for (int i = 0; i < lanesIn<float>(bytes); ++i) {
+            store(result, i, load<std::uint32_t>(takesFirst(load<float>(a, i), load<float>(b, i)) ? a : b, i));
+        }
+    };
+}
+
+template <class Holds>
+Reference comparison(Holds holds) {
+    return [holds](In a, In b, In, int bytes, Out result) {
+        for (int i = 0; i < lanesIn<float>(bytes); ++i) store(result, i, holds(load<float>(a, i), load<float>(b, i)) ? -1 : 0);
+    };
 }
 
 void multiplyAddPairsOfBytes(In a, In b, In, int bytes, Out result) {
@@ -262,18 +280,22 @@ const std::map<std::string, Reference>& references() {
             for (int i = 0; i < bytes; ++i) result[i] = load<std::uint32_t>(a) >> i & 1 ? 0xFF : 0;
         }},
         {"storeInterleaved3 Kuv8u", interleaved3<Kuv8u>()}, {"storeInterleaved3 Kuv16u", interleaved3<Kuv16u>()},
-        {"add Kuv32f", addReal}, {"single add Kuv32f", addReal},
-        {"multiply Kuv32f", [](In a, In b, In, int bytes, Out result) {
+        {"add Kuv32f", arithmetic(std::plus<float>())}, {"single add Kuv32f", arithmetic(std::plus<float>())},
+        {"sub Kuv32f", arithmetic(std::minus<float>())}, {"multiply Kuv32f", arithmetic(std::multiplies<float>())},
+        {"minimum Kuv32f", ofTwo(std::less<float>())}, {"maximum Kuv32f", ofTwo(std::greater<float>())},
+        {"bitAnd Kuv32f", binary<Kuv32u>(std::bit_and<Kuv32u>())}, {"bitOr Kuv32f", binary<Kuv32u>(std::bit_or<Kuv32u>())},
+        {"bitAndNot Kuv32f", binary<Kuv32u>([](Kuv32u a, Kuv32u b) { return ~a & b; })},
+        {"greater Kuv32f", comparison(std::greater<float>())}, {"atLeast Kuv32f", comparison(std::greater_equal<float>())},
+        {"asIntegers of atLeast Kuv32s", comparison(std::greater_equal<float>())},
+        {"select Kuv32f", [](In a, In b, In c, int bytes, Out result) {
             for (int i = 0; i < lanesIn<float>(bytes); ++i) {
-                const float x = load<float>(a, i), y = load<float>(b, i);
-                if (std::isnan(x) || std::isnan(y)) store(result, i, load<std::uint32_t>(std::isnan(x) ? a : b, i) | 0x00400000);
-                else if (std::isnan(x * y)) store(result, i, 0xFFC00000u);
-                else store(result, i, x * y);
+                store(result, i, load<std::uint32_t>(load<float>(a, i) > load<float>(b, i) ? b : c, i));
             }
         }},
-        {"minimum Kuv32f", [](In a, In b, In, int bytes, Out result) {
+        {"wholePart Kuv32f", [](In a, In, In, int bytes, Out result) {
             for (int i = 0; i < lanesIn<float>(bytes); ++i) {
-                store(result, i, load<std::uint32_t>(load<float>(a, i) < load<float>(b, i) ? a : b, i));
+                const float x = load<float>(a, i);
+                store(result, i, x > -0x1p31f && x < 0x1p31f ? std::trunc(x) + 0.0f : -0x1p31f);
             }
         }},
         {"fill Kuv32f", filled<Kuv32u>()}, {"storeHalves Kuv32f", binary<Kuv8u>([](auto a, auto) { return a; })},
@@ -283,9 +305,6 @@ const std::map<std::string, Reference>& references() {
         }},
         {"truncated Kuv32s", toIntegers([](double x) { return std::trunc(x); })},
         {"rounded Kuv32s", toIntegers([](double x) { return std::nearbyint(x); })},
-        {"atLeast Kuv32s", [](In a, In b, In, int bytes, Out result) {
-            for (int i = 0; i < lanesIn<float>(bytes); ++i) store(result, i, load<float>(a, i) >= load<float>(b, i) ? -1 : 0);
-        }},
         {"inDoubles from integers Kuv32s", [](In a, In, In, int bytes, Out result) {
             for (int i = 0; i < lanesIn<Kuv32s>(bytes); ++i) store(result, i, static_cast<float>(load<Kuv32s>(a, i) * 0.1 - 7.0));
         }},

@@ -118,14 +118,19 @@ constexpr SimdOperation operations[] = {
     RUN("storeInterleaved3", Kuv8u, storeInterleaved3(reinterpret_cast<Kuv8u*>(result), a, b, c))
     RUN("storeInterleaved3", Kuv16u, storeInterleaved3(reinterpret_cast<Kuv16u*>(result), a, b, c))
 
-    REAL_BINARY(add, Kuv32f) REAL_BINARY(multiply, Kuv32f) REAL_BINARY(minimum, Kuv32f)
+    REAL_BINARY(add, Kuv32f) REAL_BINARY(multiply, Kuv32f) REAL_BINARY(sub, Kuv32f)
+    REAL_BINARY(minimum, Kuv32f) REAL_BINARY(maximum, Kuv32f)
+    REAL_BINARY(bitAnd, Kuv32f) REAL_BINARY(bitOr, Kuv32f) REAL_BINARY(bitAndNot, Kuv32f)
+    REAL_BINARY(greater, Kuv32f) REAL_BINARY(atLeast, Kuv32f)
+    REAL("select Kuv32f", Kuv32f, put(result, select(greater(a, b), b, c)))
+    REAL("wholePart Kuv32f", Kuv32f, put(result, wholePart(a)))
     REAL("fill Kuv32f", Kuv32f, put(result, fill<V>(a.raw[0])))
     REAL("storeHalves Kuv32f", Kuv32f, storeHalves(reinterpret_cast<Kuv32f*>(result), a))
     REAL("stream Kuv32f", Kuv32f, alignas(32) Kuv32f block[V::lanes]; stream(block, a); streamFence(); put(result, load<V>(block)))
     OPERATION("toReals", Kuv32s, toReals(a))
     OPERATION("truncated", Kuv32s, truncated(get<Vector<Kuv32f, V::bytes>>(first)))
     OPERATION("rounded", Kuv32s, rounded(get<Vector<Kuv32f, V::bytes>>(first)))
-    RUN("atLeast", Kuv32s, put(result, fromHalves<V>([&](int lane) { return atLeast(four<Kuv32f>(first, lane), four<Kuv32f>(second, lane)); })))
+    RUN("asIntegers of atLeast", Kuv32s, put(result, fromHalves<V>([&](int lane) { return asIntegers(atLeast(four<Kuv32f>(first, lane), four<Kuv32f>(second, lane))); })))
     RUN("inDoubles from integers", Kuv32s, putReals<V::bytes>(result, [&](int lane) {
             return inDoubles(four<Kuv32s>(first, lane), [](Doubles x) { return toSingles(add(multiply(x, fill<Doubles>(0.1)), fill<Doubles>(-7))); });
         }))

@@ -158,7 +158,7 @@ private:
             const auto lower = truncated(sub(y, slightly));
             return bitAnd(cut, bitOr(lower, fill<Vector<Kuv32s, 16>>(~1)));
         });
-        const auto above = atLeast(x, fill<Four>(vMax_)), below = atLeast(fill<Four>(vMin_), x);
+        const auto above = asIntegers(atLeast(x, fill<Four>(vMax_))), below = asIntegers(atLeast(fill<Four>(vMin_), x));
         return bitAnd(bitAndNot(below, bitOr(whole, above)), fill<Vector<Kuv32s, 16>>(0xFF));
     }
 

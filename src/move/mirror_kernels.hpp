@@ -7,6 +7,7 @@
 #include "move/runs.hpp"
 #include "simd/bytes.hpp"
 #include "simd/rows.hpp"
+#include "simd/transpose.hpp"
 
 namespace kuv::KUV_VARIANT {
 namespace {
@@ -335,35 +336,17 @@ void exchangeRowsReversed(T* front, T* backEnd, ptrdiff_t width) {
     if (!withBlocks<channels, T>(n, run)) exchangePixelsReversed<channels>(front, backEnd, width);
 }
 
-// Blocks of as many source columns as 16 bytes have samples: of as many rows as V has lanes.
 template <class V>
 struct WholeRegisters {
     using T = typename V::Lane;
     static constexpr ptrdiff_t rows = V::lanes;
 
     static KUV_INLINE void transpose(const T* src, ptrdiff_t srcStep, T* dst, ptrdiff_t dstStep) {
-        constexpr int side = 16 / sizeof(T);
-        V v[side];
-#pragma GCC unroll 16
-        for (int i = 0; i < side; ++i) v[i] = as<T>(loadParts<Vector<Kuv8u, V::bytes>>(bytesOf(rowAt(src, srcStep, i)), side * srcStep));
-        // Each time the number of a sample in the block, row and column one after the other, is rotated by a bit.
-#pragma GCC unroll 4
-        for (int distance = 1; distance < side; distance *= 2) {
-            V interleaved[side];
-#pragma GCC unroll 8
-            for (int i = 0; i < side / 2; ++i) {
-                interleaved[2 * i] = interleaveLow(v[i], v[i + side / 2]);
-                interleaved[2 * i + 1] = interleaveHigh(v[i], v[i + side / 2]);
-            }
-#pragma GCC unroll 16
-            for (int i = 0; i < side; ++i) v[i] = interleaved[i];
-        }
-#pragma GCC unroll 16
-        for (int i = 0; i < side; ++i) store(rowAt(dst, dstStep, i), v[i]);
+        transposeBlock<V>(src, srcStep, dst, dstStep);
     }
 };
 
-// The same with four rows, so that a row of the destination gets a part of a register.
+// Four rows, so that a row of the destination gets a part of a register.
 template <class T>
 struct FourRows {
     static constexpr ptrdiff_t rows = 4;

@@ -15,19 +15,38 @@ KUV_INLINE Kuv32f add(Kuv32f a, Kuv32f b) { return a + b; }
 
 KUV_REAL_BINARY(add, Kuv32f, add_ps)
 KUV_REAL_BINARY(add, Kuv64f, add_pd)
+KUV_REAL_BINARY(sub, Kuv32f, sub_ps)
 KUV_REAL_BINARY(sub, Kuv64f, sub_pd)
 KUV_REAL_BINARY(multiply, Kuv32f, mul_ps)
 KUV_REAL_BINARY(multiply, Kuv64f, mul_pd)
 
-// The smaller one; b if either is a NaN.
+// The smaller and the larger one; b if either is a NaN.
 KUV_REAL_BINARY(minimum, Kuv32f, min_ps)
+KUV_REAL_BINARY(maximum, Kuv32f, max_ps)
+
+KUV_REAL_BINARY(bitAnd, Kuv32f, and_ps)
+KUV_REAL_BINARY(bitOr, Kuv32f, or_ps)
+KUV_REAL_BINARY(bitAndNot, Kuv32f, andnot_ps)  // ~a & b
 
 #undef KUV_REAL_BINARY
 
 // Ones where the comparison holds, which with a NaN it does not.
-KUV_INLINE Vector<Kuv32s, 16> atLeast(Vector<Kuv32f, 16> a, Vector<Kuv32f, 16> b) {
-    return {_mm_castps_si128(_mm_cmpge_ps(a.raw, b.raw))};
+KUV_INLINE Vector<Kuv32f, 16> greater(Vector<Kuv32f, 16> a, Vector<Kuv32f, 16> b) { return {_mm_cmpgt_ps(a.raw, b.raw)}; }
+KUV_INLINE Vector<Kuv32f, 16> atLeast(Vector<Kuv32f, 16> a, Vector<Kuv32f, 16> b) { return {_mm_cmpge_ps(a.raw, b.raw)}; }
+KUV_AVX(KUV_INLINE Vector<Kuv32f, 32> greater(Vector<Kuv32f, 32> a, Vector<Kuv32f, 32> b) {
+    return {_mm256_cmp_ps(a.raw, b.raw, _CMP_GT_OQ)};
 }
+KUV_INLINE Vector<Kuv32f, 32> atLeast(Vector<Kuv32f, 32> a, Vector<Kuv32f, 32> b) {
+    return {_mm256_cmp_ps(a.raw, b.raw, _CMP_GE_OQ)};
+})
+
+// Lane by lane mask ? a : b. Not by a blend, which GCC 12 takes apart into single lanes where integers have but 16 bytes.
+template <int bytes>
+KUV_INLINE Vector<Kuv32f, bytes> select(Vector<Kuv32f, bytes> mask, Vector<Kuv32f, bytes> a, Vector<Kuv32f, bytes> b) {
+    return bitOr(bitAnd(mask, a), bitAndNot(mask, b));
+}
+
+KUV_INLINE Vector<Kuv32s, 16> asIntegers(Vector<Kuv32f, 16> v) { return {_mm_castps_si128(v.raw)}; }
 
 // a where a and b are equal, else 0.
 KUV_INLINE Vector<Kuv64f, 16> whereEqual(Vector<Kuv64f, 16> value, Vector<Kuv64f, 16> a, Vector<Kuv64f, 16> b) {
@@ -46,6 +65,10 @@ KUV_INLINE Vector<Kuv32s, 16> truncated(Vector<Kuv32f, 16> v) { return {_mm_cvtt
 KUV_INLINE Vector<Kuv32s, 16> rounded(Vector<Kuv32f, 16> v) { return {_mm_cvtps_epi32(v.raw)}; }
 KUV_AVX2(KUV_INLINE Vector<Kuv32s, 32> truncated(Vector<Kuv32f, 32> v) { return {_mm256_cvttps_epi32(v.raw)}; }
          KUV_INLINE Vector<Kuv32s, 32> rounded(Vector<Kuv32f, 32> v) { return {_mm256_cvtps_epi32(v.raw)}; })
+
+// Cut toward zero; what does not fit an integer is lost.
+KUV_INLINE Vector<Kuv32f, 16> wholePart(Vector<Kuv32f, 16> v) { return {_mm_cvtepi32_ps(_mm_cvttps_epi32(v.raw))}; }
+KUV_AVX(KUV_INLINE Vector<Kuv32f, 32> wholePart(Vector<Kuv32f, 32> v) { return {_mm256_cvtepi32_ps(_mm256_cvttps_epi32(v.raw))}; })
 
 // Four samples computed in double precision: `compute` gets as many of them as fit a register, widened by toDoubles, and gives what
 // toSingles or truncated(doubles) made of them.

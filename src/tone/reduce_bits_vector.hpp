@@ -10,33 +10,6 @@ namespace {
 
 using Reals = Native<Kuv32f>;
 
-#ifdef __AVX__
-#define KUV_REALS(instruction) _mm256_##instruction
-#else
-#define KUV_REALS(instruction) _mm_##instruction
-#endif
-
-KUV_INLINE Reals difference(Reals a, Reals b) { return {KUV_REALS(sub_ps)(a.raw, b.raw)}; }
-KUV_INLINE Reals larger(Reals a, Reals b) { return {KUV_REALS(max_ps)(a.raw, b.raw)}; }
-// Bits of a where the mask is set, or is not, else 0.
-KUV_INLINE Reals where(Reals mask, Reals a) { return {KUV_REALS(and_ps)(mask.raw, a.raw)}; }
-KUV_INLINE Reals whereNot(Reals mask, Reals a) { return {KUV_REALS(andnot_ps)(mask.raw, a.raw)}; }
-
-#ifdef __AVX__
-KUV_INLINE Reals isGreater(Reals a, Reals b) { return {_mm256_cmp_ps(a.raw, b.raw, _CMP_GT_OQ)}; }
-KUV_INLINE Reals isAtLeast(Reals a, Reals b) { return {_mm256_cmp_ps(a.raw, b.raw, _CMP_GE_OQ)}; }
-#else
-KUV_INLINE Reals isGreater(Reals a, Reals b) { return {_mm_cmpgt_ps(a.raw, b.raw)}; }
-KUV_INLINE Reals isAtLeast(Reals a, Reals b) { return {_mm_cmpge_ps(a.raw, b.raw)}; }
-#endif
-// Not by a blend, which the compiler takes apart into lanes where integers have but 16 bytes.
-KUV_INLINE Reals chosen(Reals mask, Reals a, Reals b) { return {KUV_REALS(or_ps)(where(mask, a).raw, whereNot(mask, b).raw)}; }
-
-// Cut toward zero.
-KUV_INLINE Reals wholePart(Reals v) { return {KUV_REALS(cvtepi32_ps)(KUV_REALS(cvttps_epi32)(v.raw))}; }
-
-#undef KUV_REALS
-
 KUV_INLINE Reals loadReals(const Kuv16u* from) {
 #if defined(__AVX__) && !defined(__AVX2__)
     const __m128i low = loadWidened<Vector<Kuv32s, 16>>(from).raw, high = loadWidened<Vector<Kuv32s, 16>>(from + 4).raw;
@@ -86,8 +59,8 @@ public:
         for (int i = 0; i < blockReals; ++i) {
             const Reals value = multiply(loadReals(src + i * Reals::lanes), fill<Reals>(1.5259022e-5f));
             const Reals below = multiply(wholePart(multiply(count_, value)), level_);
-            const Reals up = isGreater(difference(value, below), half_);
-            values[i] = multiply(add(below, where(up, level_)), fill<Reals>(255.0f));
+            const Reals up = greater(sub(value, below), half_);
+            values[i] = multiply(add(below, bitAnd(up, level_)), fill<Reals>(255.0f));
         }
         return bytesOf<0>(values);
     }
@@ -108,8 +81,8 @@ public:
         for (int i = 0; i < blockReals; ++i) {
             const Reals value = loadReals(src + i * Reals::lanes);
             const Reals below = multiply(wholePart(multiply(inverse_, value)), step_);
-            const Reals up = isGreater(difference(value, below), load<Reals>(thresholds_ + place + i * Reals::lanes));
-            values[i] = add(below, where(up, step_));
+            const Reals up = greater(sub(value, below), load<Reals>(thresholds_ + place + i * Reals::lanes));
+            values[i] = add(below, bitAnd(up, step_));
         }
         return bytesOf<8>(values);
     }

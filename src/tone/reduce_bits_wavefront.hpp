@@ -2,6 +2,7 @@
 // takes from there is known. No value is computed otherwise than row by row.
 #pragma once
 
+#include "simd/transpose.hpp"
 #include "tone/reduce_bits_vector.hpp"
 
 namespace kuv::KUV_VARIANT {
@@ -25,28 +26,6 @@ struct Tile {
     alignas(64) Kuv32f near[steps + longest][rowPitch];
     alignas(64) Kuv32f far[steps + longest][rowPitch];
 };
-
-// Columns for rows in a square of as many rows as a register of 16 bytes has lanes.
-template <class T>
-KUV_INLINE void transpose(const T* from, ptrdiff_t fromPitch, T* to, ptrdiff_t toPitch) {
-    using V = Vector<T, 16>;
-    constexpr int size = V::lanes;
-    V rows[size], mixed[size];
-#pragma GCC unroll 16
-    for (int i = 0; i < size; ++i) rows[i] = load<V>(from + i * fromPitch);
-#pragma GCC unroll 4
-    for (int done = 1; done < size; done *= 2) {
-#pragma GCC unroll 8
-        for (int i = 0; i < size / 2; ++i) {
-            mixed[2 * i] = interleaveLow(rows[i], rows[i + size / 2]);
-            mixed[2 * i + 1] = interleaveHigh(rows[i], rows[i + size / 2]);
-        }
-#pragma GCC unroll 16
-        for (int i = 0; i < size; ++i) rows[i] = mixed[i];
-    }
-#pragma GCC unroll 16
-    for (int i = 0; i < size; ++i) store(to + i * toPitch, rows[i]);
-}
 
 struct FloydSteinbergLanes {
     static constexpr LinesOf lines = floydSteinbergLines;
@@ -126,13 +105,13 @@ __attribute__((noinline)) void computeSteps(Diffusion diffusion, LevelSteps leve
             const int lane = i * Reals::lanes;
             const Reals above = diffusion.fromAbove(tile, k, lane);
             const Reals value = diffusion.value(above, left[i], secondLeft[i], loadReals(tile.samples[k] + lane));
-            const Reals isHigh = isAtLeast(value, load<Reals>(tile.limits[k] + lane)), isLow = isGreater(fill<Reals>(0), value);
+            const Reals isHigh = atLeast(value, load<Reals>(tile.limits[k] + lane)), isLow = greater(fill<Reals>(0), value);
             const Reals below = multiply(wholePart(multiply(inverse, value)), step), over = add(below, step);
-            const Reals toBelow = difference(value, below), toOver = difference(value, over);
-            const Reals up = isGreater(toBelow, load<Reals>(tile.thresholds[k] + lane));
-            const Reals error = whereNot(isHigh, whereNot(isLow, chosen(up, toOver, toBelow)));
-            const Reals base = add(below, where(up, step));
-            bases[i] = larger(whereNot(isLow, base), where(isHigh, fill<Reals>(65535)));
+            const Reals toBelow = sub(value, below), toOver = sub(value, over);
+            const Reals up = greater(toBelow, load<Reals>(tile.thresholds[k] + lane));
+            const Reals error = bitAndNot(isHigh, bitAndNot(isLow, select(up, toOver, toBelow)));
+            const Reals base = add(below, bitAnd(up, step));
+            bases[i] = maximum(bitAndNot(isLow, base), bitAnd(isHigh, fill<Reals>(65535)));
             secondLeft[i] = left[i];
             left[i] = error;
             store(tile.errors[Tile::longest + k] + lane, error);
@@ -257,12 +236,18 @@ private:
             if (noise_.present()) forPixels(block, r, [&](ptrdiff_t k, ptrdiff_t x) { tile_.thresholds[k][r] = noise_.at(x, y_[r]); });
         }
         for (int r = 0; r < count_; r += 8) {
-            for (int k = 0; k < steps; k += 8) transpose(tile_.samplesOfRow[r] + k, steps, tile_.samples[k] + r, rows);
+            for (int k = 0; k < steps; k += 8) {
+                transposeBlock<Vector<Kuv16u, 16>>(tile_.samplesOfRow[r] + k, sizeof(tile_.samplesOfRow[0]), tile_.samples[k] + r,
+                                                   sizeof(tile_.samples[0]));
+            }
         }
     }
     void giveBytes(ptrdiff_t block) {
         for (int r = 0; r < count_; r += 16) {
-            for (int k = 0; k < steps; k += 16) transpose(tile_.bytes[k] + r, rows, tile_.bytesOfRow[r] + k, steps);
+            for (int k = 0; k < steps; k += 16) {
+                transposeBlock<Vector<Kuv8u, 16>>(tile_.bytes[k] + r, sizeof(tile_.bytes[0]), tile_.bytesOfRow[r] + k,
+                                                  sizeof(tile_.bytesOfRow[0]));
+            }
         }
         for (int r = 0; r < count_; ++r) {
             const Kuv8u* const from = tile_.bytesOfRow[r];
