@@ -8,16 +8,13 @@
 namespace develop {
 
 // Each sample in its own colour, at its own place.
-template <class T>
-Picture<T> inColours(const Plane<T>& mosaic, KuvCfaLayout layout);
+Picture16u inColours(const Mosaic& mosaic);
 
 // An enlarged detail three times side by side: the mosaic in grey, each pixel made of the nearest sample of each colour, and the
 // picture. `region` tells where in the mosaic the picture lies.
-template <class T>
-Picture<T> sideBySide(const Plane<T>& mosaic, KuvCfaLayout layout, const Picture<T>& picture, KuviRect region, KuviPoint centre);
+Picture16u sideBySide(const Mosaic& mosaic, const Picture16u& picture, KuviRect region, KuviPoint centre);
 
 // The ratio of full scale to the mean error of each channel, in decibels.
-template <class T>
-std::array<double, 3> psnr(const Picture<T>& picture, const Picture<T>& reference);
+std::array<double, 3> psnr(const Picture16u& picture, const Picture16u& reference);
 
 }  // namespace develop

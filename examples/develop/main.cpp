@@ -1,47 +1,120 @@
-// develop: turns the mosaic of a Bayer sensor into a picture.
+// develop: turns what a camera delivers into a picture.
 #include <algorithm>
-#include <cerrno>
-#include <cmath>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <new>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "compare.hpp"
 #include "demosaic.hpp"
 #include "errors.hpp"
+#include "files.hpp"
 #include "options.hpp"
 #include "pgm.hpp"
 #include "png_writer.hpp"
 #include "progress.hpp"
 #include "raw.hpp"
+#include "reduce.hpp"
 #include "scene.hpp"
+#include "stages.hpp"
+#include "tone.hpp"
+#include "variants.hpp"
+#include "video.hpp"
 
 namespace develop {
 
 namespace {
 
-void tell(const char* stage, const std::string& what, const Stopwatch& watch) {
-    std::printf("%-10s %9.1f ms  %s\n", stage, watch.milliseconds(), what.c_str());
+void tell(const std::string& stage, double milliseconds, const std::string& what) {
+    std::printf("%-10s %9.1f ms  %s\n", stage.c_str(), milliseconds, what.c_str());
     std::fflush(stdout);
+}
+
+void tell(const Stages& stages) {
+    for (const Stage& stage : stages.done())
+        tell(stage.name, stage.milliseconds, std::string("variant ") + kuvcvGetLibVersion()->variantCode);
 }
 
 std::string sizeText(int width, int height) { return std::to_string(width) + " x " + std::to_string(height); }
 
+double megapixels(int width, int height) { return 1e-6 * width * height; }
+
 template <class T>
-std::string bitsText() {
-    return std::to_string(8 * sizeof(T)) + " bits";
+void write(const std::string& path, const Picture<T>& picture) {
+    const Stopwatch watch;
+    writePng(path, picture);
+    tell("wrote", watch.milliseconds(),
+         path + ": " + sizeText(picture.width, picture.height) + ", " + std::to_string(8 * sizeof(T)) + " bits");
 }
+
+// The stages that a mosaic goes through. Those of the library work on 16-bit samples until the last one.
+class Developer {
+  public:
+    Developer(const Options& options, const Mosaic& mosaic)
+        : options_(options), black_(options.black.value_or(mosaic.black)), white_(options.white.value_or(mosaic.white)),
+          balance_(mosaic.balance), region_(options.region.value_or(KuviRect{0, 0, mosaic.width, mosaic.height})) {
+        if (black_ >= white_)
+            throw UsageError("black level " + std::to_string(black_) + " is not below white level " + std::to_string(white_));
+        if (region_.x >= mosaic.width || region_.y >= mosaic.height)
+            throw UsageError("--region: lies outside the mosaic of " + sizeText(mosaic.width, mosaic.height));
+        region_.width = std::min(region_.width, mosaic.width - region_.x);
+        region_.height = std::min(region_.height, mosaic.height - region_.y);
+    }
+
+    KuviRect region() const { return region_; }
+
+    // The mosaic comes back with its levels set.
+    Picture16u reconstruct(Mosaic& mosaic, Stages& stages) const {
+        const ToneMap levels(std::array{stretch(black_, white_)});
+        stages.run("levels", [&] { levels.apply(mosaic); });
+        Picture16u picture(region_.width, region_.height);
+        stages.run("demosaic", [&] { demosaic(*options_.method, mosaic, region_, options_.threads, picture); });
+        return picture;
+    }
+
+    // From light to tones. A colour whose factor is above 1 is white before its samples are at full scale.
+    void finish(Picture16u& picture, Stages& stages) const {
+        if (*std::max_element(balance_.begin(), balance_.end()) > 1) {
+            const auto white = [&](Colour c) { return std::max(1, int(65535 / balance_[c])); };
+            const ToneMap balance(std::array{stretch(0, white(red)), stretch(0, white(green)), stretch(0, white(blue))});
+            stages.run("balance", [&] { balance.apply(picture); });
+        }
+        if (options_.curve) {
+            const ToneMap curve(std::array{*options_.curve, *options_.curve, *options_.curve});
+            stages.run("curve", [&] { curve.apply(picture); });
+        }
+    }
+
+    Picture8u reduce(const Picture16u& picture, Stages& stages) const {
+        Picture8u result(picture.width, picture.height);
+        stages.run("reduce", [&] { reduceBits(picture, options_.reduction, result); });
+        return result;
+    }
+
+    // In as many bits as the options want.
+    void writePicture(const std::string& path, const Picture16u& picture) const {
+        if (options_.bits == 16) return write(path, picture);
+        Stages untold;
+        write(path, reduce(picture, untold));
+    }
+
+    void finishAndWrite(const std::string& path, Picture16u picture) const {
+        Stages untold;
+        finish(picture, untold);
+        writePicture(path, picture);
+    }
+
+  private:
+    const Options& options_;
+    int black_, white_;
+    std::array<double, 3> balance_;
+    KuviRect region_;
+};
 
 Mosaic readMosaic(const Options& options) {
     const std::string& path = options.input;
-    std::ifstream file(path, std::ios::binary);
-    if (!file) throw FileError(path, std::string("cannot be opened: ") + std::strerror(errno));
-    if (!std::filesystem::is_regular_file(path)) throw FileError(path, "is not a regular file");
+    std::ifstream file = openInput(path);
     char magic[2] = {};
     file.read(magic, 2);
     if (file.gcount() == 0) throw FileError(path, "is empty");
@@ -49,114 +122,110 @@ Mosaic readMosaic(const Options& options) {
     if (magic[1] != '5') throw FileError(path, std::string("is a P") + magic[1] + " file; a mosaic is a binary PGM, P5");
     Mosaic mosaic = readPgm(path);
     mosaic.layout = options.layout.value_or(kuvCfaRGGB);
-    mosaic.linear = options.linear;
     return mosaic;
 }
 
-KuviRect clippedRegion(const Options& options, const Mosaic& mosaic) {
-    KuviRect region = options.region.value_or(KuviRect{0, 0, mosaic.width, mosaic.height});
-    if (region.x >= mosaic.width || region.y >= mosaic.height)
-        throw UsageError("--region: lies outside the mosaic of " + sizeText(mosaic.width, mosaic.height));
-    region.width = std::min(region.width, mosaic.width - region.x);
-    region.height = std::min(region.height, mosaic.height - region.y);
-    return region;
-}
-
-// From light to what a screen expects.
-template <class Samples>
-void applyScreenCurve(Samples& samples) {
-    std::vector<std::uint16_t> curve(65536);
-    for (int i = 0; i < 65536; ++i) {
-        const double light = i / 65535.0;
-        const double shown = light <= 0.0031308 ? light * 12.92 : 1.055 * std::pow(light, 1 / 2.4) - 0.055;
-        curve[i] = std::uint16_t(shown * 65535 + 0.5);
-    }
-    for (auto& sample : samples) sample = curve[sample];
-}
-
-template <class T>
-void write(const std::string& path, Picture<T> picture, bool linear) {
-    const Stopwatch watch;
-    if constexpr (sizeof(T) == 2)
-        if (linear) applyScreenCurve(picture.samples);
-    writePng(path, picture);
-    tell("wrote", path + ": " + sizeText(picture.width, picture.height) + ", " + bitsText<T>(), watch);
-}
-
-// The scene in the width of the picture, and no more of it.
-template <class T>
-Picture<T> crop(const Picture<std::uint16_t>& scene, KuviRect region) {
-    Picture<T> result(region.width, region.height);
+Picture16u crop(const Picture16u& picture, KuviRect region) {
+    Picture16u result(region.width, region.height);
     for (int y = 0; y < region.height; ++y)
-        std::transform(scene.pixel(region.x, region.y + y), scene.pixel(region.x, region.y + y) + 3 * region.width,
-                       result.pixel(0, y), [](std::uint32_t s) { return T((s * fullScale<T> + 32767u) / 65535u); });
+        std::copy_n(picture.pixel(region.x, region.y + y), 3 * region.width, result.pixel(0, y));
     return result;
 }
 
-// From the mosaic onwards all work is done on samples of one width.
-template <class T>
-void developAs(const Options& options, const Mosaic& mosaic, const Picture<std::uint16_t>* scene) {
-    const KuviRect region = clippedRegion(options, mosaic);
-    const Plane<T> plane = toPlane<T>(mosaic);
+// With the scene that the mosaic was made of, if any.
+void developMosaic(const Options& options, Mosaic& mosaic, const std::optional<Picture16u>& scene) {
+    const Developer developer(options, mosaic);
+    const KuviRect region = developer.region();
+    if (options.times) {
+        printTimes(megapixels(region.width, region.height), [&](Stages& stages) {
+            Mosaic copy = mosaic;
+            Picture16u picture = developer.reconstruct(copy, stages);
+            developer.finish(picture, stages);
+            if (options.bits == 8) developer.reduce(picture, stages);
+        });
+        selectVariant(options.variant);
+    }
     if (!options.saveMosaic.empty()) {
         const Stopwatch watch;
-        writePgm(options.saveMosaic, plane);
-        tell("wrote", options.saveMosaic + ": the mosaic", watch);
+        writePgm(options.saveMosaic, mosaic);
+        tell("wrote", watch.milliseconds(), options.saveMosaic + ": the mosaic");
     }
-    if (!options.colourMosaic.empty()) write(options.colourMosaic, inColours(plane, mosaic.layout), mosaic.linear);
 
-    Picture<T> picture(region.width, region.height);
-    const Stopwatch watch;
-    demosaic(*options.method, plane, mosaic.layout, region, options.threads, picture);
-    char rate[32];
-    std::snprintf(rate, sizeof(rate), "%.1f megapixels/s", 1e-3 * region.width * region.height / watch.milliseconds());
-    const std::string threads = std::to_string(options.threads) + (options.threads == 1 ? " thread" : " threads");
-    tell("demosaic", std::string(options.method->name) + ", variant " + kuvcvGetLibVersion()->variantCode + ", " + bitsText<T>() +
-                         ", " + sizeText(region.width, region.height) + ", " + threads + ", " + rate, watch);
-
+    Stages stages;
+    Picture16u picture = developer.reconstruct(mosaic, stages);
+    if (!options.colourMosaic.empty()) developer.finishAndWrite(options.colourMosaic, inColours(mosaic));
     if (!options.compare.empty()) {
         const KuviPoint middle{region.x + region.width / 2, region.y + region.height / 2};
         const KuviPoint centre = options.compareAt.value_or(scene ? sceneDetail : middle);
-        write(options.compare, sideBySide(plane, mosaic.layout, picture, region, centre), mosaic.linear);
+        developer.finishAndWrite(options.compare, sideBySide(mosaic, picture, region, centre));
     }
+    developer.finish(picture, stages);
+    std::optional<Picture8u> reduced;
+    if (options.bits == 8) reduced = developer.reduce(picture, stages);
+    tell(stages);
+
     if (scene) {
-        const Picture<T> reference = crop<T>(*scene, region);
+        const Picture16u reference = crop(*scene, region);
         std::filesystem::path path = options.output;
         path.replace_filename(path.stem().string() + "-scene.png");
-        write(path.string(), reference, false);
+        developer.writePicture(path.string(), reference);
         const auto [r, g, b] = psnr(picture, reference);
         std::printf("PSNR       R %.2f dB, G %.2f dB, B %.2f dB\n", r, g, b);
     }
-    write(options.output, picture, mosaic.linear);
-}
-
-void refuseToOverwriteInput(const Options& options) {
-    for (const std::string& output : {options.output, options.saveMosaic, options.colourMosaic, options.compare}) {
-        std::error_code missing;
-        if (std::filesystem::equivalent(options.input, output, missing))
-            throw UsageError(output + ": is the mosaic itself and would be overwritten");
+    if (reduced) {
+        write(options.output, *reduced);
+    } else {
+        write(options.output, picture);
     }
 }
 
-void run(const Options& options) {
-    refuseToOverwriteInput(options);
-    selectVariant(options.variant);
-    std::optional<Picture<std::uint16_t>> scene;
+void runMosaic(const Options& options) {
+    std::optional<Picture16u> scene;
     const Stopwatch watch;
     if (options.input.empty()) scene = renderScene();
     Mosaic mosaic = scene ? mosaicOf(*scene, options.layout.value_or(kuvCfaRGGB)) : readMosaic(options);
     const std::string name = scene ? "test scene" : options.input;
     const std::string size = sizeText(mosaic.width, mosaic.height);
     const int least = options.method->leastSide;
-    tell(scene ? "scene" : "read", name + ": " + size + ", " + layoutName(mosaic.layout), watch);
+    tell(scene ? "scene" : "read", watch.milliseconds(),
+         name + ": " + size + ", " + layoutName(mosaic.layout) + ", black " + std::to_string(mosaic.black) + ", white " +
+             std::to_string(mosaic.white));
     if (std::min(mosaic.width, mosaic.height) < least)
         throw FileError(name, "is " + size + "; method " + options.method->name + " needs at least " + sizeText(least, least));
+    developMosaic(options, mosaic, scene);
+}
 
-    if ((options.bits ? options.bits : mosaic.bits) == 16) return developAs<Kuv16u>(options, mosaic, scene ? &*scene : nullptr);
-    // Eight bits are too few for linear light: shadows would show steps. So the curve comes first.
-    if (mosaic.linear) applyScreenCurve(mosaic.samples);
-    mosaic.linear = false;
-    developAs<Kuv8u>(options, mosaic, scene ? &*scene : nullptr);
+void runVideo(const Options& options) {
+    const auto [width, height] = *options.video;
+    const Stopwatch watch;
+    const VideoFrame frame = readVideo(options.input, *options.video);
+    tell("read", watch.milliseconds(), options.input + ": " + sizeText(width, height) + ", packed 4:2:2");
+
+    Picture8u picture(width, height);
+    const auto work = [&](Stages& stages) { stages.run("colours", [&] { toRgb(frame, picture); }); };
+    if (options.times) {
+        printTimes(megapixels(width, height), work);
+        selectVariant(options.variant);
+    }
+    Stages stages;
+    work(stages);
+    tell(stages);
+    write(options.output, picture);
+}
+
+void refuseToOverwriteInput(const Options& options) {
+    for (const std::string& output : {options.output, options.saveMosaic, options.colourMosaic, options.compare}) {
+        std::error_code missing;
+        if (std::filesystem::equivalent(options.input, output, missing))
+            throw UsageError(output + ": is the input itself and would be overwritten");
+    }
+}
+
+void run(const Options& options) {
+    refuseToOverwriteInput(options);
+    selectVariant(options.variant);
+    if (options.video) return runVideo(options);
+    runMosaic(options);
 }
 
 }  // namespace

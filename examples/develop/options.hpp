@@ -6,23 +6,30 @@
 
 #include "demosaic.hpp"
 #include "kuvcv.h"
+#include "reduce.hpp"
+#include "tone.hpp"
 
 namespace develop {
 
 struct Options {
     bool help = false;
+    bool times = false;
     std::string input;  // empty: the test scene
     std::string output = "develop.png";
-    std::string saveMosaic;     // the mosaic as PGM, where not empty
-    std::string colourMosaic;   // the mosaic as PNG, each sample in its colour
-    std::string compare;        // mosaic, nearest colours and result side by side
-    std::optional<KuviPoint> compareAt;
     std::string variant = "auto";
-    const Method* method = &methods.front();
+    std::optional<KuviSize> video;  // the input is a frame of this size, and the options below are not used
+
+    std::string saveMosaic;    // the mosaic as PGM, where not empty
+    std::string colourMosaic;  // the mosaic as PNG, each sample in its colour
+    std::string compare;       // mosaic, nearest colours and result side by side
+    std::optional<KuviPoint> compareAt;
     std::optional<KuvCfaLayout> layout;
     std::optional<KuviRect> region;
-    int bits = 0;  // 0: those of the source
-    bool linear = false;
+    std::optional<int> black, white;  // levels in the mosaic's samples
+    const Method* method = &methods.front();
+    std::optional<Curve> curve = screenCurve();
+    int bits = 8;
+    Reduction reduction;
     int threads = 1;
 };
 

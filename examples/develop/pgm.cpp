@@ -6,6 +6,7 @@
 #include <fstream>
 
 #include "errors.hpp"
+#include "files.hpp"
 #include "progress.hpp"
 
 namespace develop {
@@ -41,16 +42,13 @@ class HeaderReader {
     const std::string& path_;
 };
 
-void writeSample(char*& at, Kuv8u sample) { *at++ = char(sample); }
-void writeSample(char*& at, Kuv16u sample) {
-    *at++ = char(sample >> 8);
-    *at++ = char(sample);
-}
+// Samples above 255 take two bytes, the upper one first.
+int bytesOf(int maximum) { return maximum > 255 ? 2 : 1; }
 
 }  // namespace
 
 Mosaic readPgm(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file = openInput(path);
     file.ignore(2);  // the magic number
     HeaderReader header(file, path);
     const int width = header.number("width");
@@ -64,7 +62,7 @@ Mosaic readPgm(const std::string& path) {
         throw FileError(path, "its maximum value is " + std::to_string(maximum) + ", not 1 to 65535");
 
     // Memory is taken only for what the file really holds.
-    const int sampleBytes = maximum > 255 ? 2 : 1;
+    const int sampleBytes = bytesOf(maximum);
     const std::int64_t needed = std::int64_t(width) * height * sampleBytes;
     const std::int64_t present = file ? std::int64_t(std::filesystem::file_size(path)) - file.tellg() : 0;
     if (present < needed)
@@ -72,37 +70,38 @@ Mosaic readPgm(const std::string& path) {
                                   std::to_string(present));
 
     Mosaic mosaic(width, height);
-    mosaic.bits = sampleBytes * 8;
+    mosaic.white = maximum;
     Progress progress("read", height);
     std::vector<unsigned char> line(std::size_t(width) * sampleBytes);
     for (int y = 0; y < height; ++y) {
         file.read(reinterpret_cast<char*>(line.data()), std::streamsize(line.size()));
         if (!file) throw FileError(path, "cannot be read");
-        std::uint16_t* const row = mosaic.row(y);
+        Kuv16u* const row = mosaic.row(y);
         for (int x = 0; x < width; ++x) {
-            const std::uint32_t sample = sampleBytes == 1 ? line[x] : line[2 * x] << 8 | line[2 * x + 1];
-            row[x] = std::uint16_t((std::min<std::uint32_t>(sample, maximum) * 65535u + maximum / 2) / maximum);
+            const int sample = sampleBytes == 1 ? line[x] : line[2 * x] << 8 | line[2 * x + 1];
+            row[x] = Kuv16u(std::min(sample, maximum));
         }
         progress.advance(1);
     }
     return mosaic;
 }
 
-template <class T>
-void writePgm(const std::string& path, const Plane<T>& plane) {
+void writePgm(const std::string& path, const Mosaic& mosaic) {
     std::ofstream file(path, std::ios::binary);
-    file << "P5\n" << plane.width << ' ' << plane.height << '\n' << fullScale<T> << '\n';
-    std::vector<char> line(plane.width * sizeof(T));
-    for (int y = 0; y < plane.height && file; ++y) {
+    file << "P5\n" << mosaic.width << ' ' << mosaic.height << '\n' << mosaic.white << '\n';
+    const int sampleBytes = bytesOf(mosaic.white);
+    std::vector<char> line(std::size_t(mosaic.width) * sampleBytes);
+    for (int y = 0; y < mosaic.height && file; ++y) {
         char* at = line.data();
-        for (int x = 0; x < plane.width; ++x) writeSample(at, plane.row(y)[x]);
+        for (int x = 0; x < mosaic.width; ++x) {
+            const Kuv16u sample = mosaic.row(y)[x];
+            if (sampleBytes == 2) *at++ = char(sample >> 8);
+            *at++ = char(sample);
+        }
         file.write(line.data(), std::streamsize(line.size()));
     }
     file.close();
     if (!file) throw FileError(path, "cannot be written");
 }
-
-template void writePgm(const std::string&, const Plane<Kuv8u>&);
-template void writePgm(const std::string&, const Plane<Kuv16u>&);
 
 }  // namespace develop

@@ -7,10 +7,10 @@
 
 namespace develop {
 
-// Scales the samples to 16 bits by the file's own maximum. Throws FileError.
+// The file's maximum becomes the mosaic's white level. Throws FileError.
 Mosaic readPgm(const std::string& path);
 
-template <class T>
-void writePgm(const std::string& path, const Plane<T>& plane);
+// No sample may be above the mosaic's white level.
+void writePgm(const std::string& path, const Mosaic& mosaic);
 
 }  // namespace develop

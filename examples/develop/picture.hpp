@@ -1,17 +1,13 @@
 // The images that the program hands from stage to stage.
 #pragma once
 
+#include <array>
 #include <cstddef>
-#include <cstdint>
-#include <limits>
 #include <vector>
 
 #include "kuvcv.h"
 
 namespace develop {
-
-template <class T>
-constexpr int fullScale = std::numeric_limits<T>::max();
 
 // Both sides of any image. The library's row steps are 32-bit numbers, and PNG readers commonly stop here.
 constexpr int largestSide = 1'000'000;
@@ -41,32 +37,22 @@ struct Picture {
     std::vector<T> samples;
 };
 
-// One sample a pixel. Around it lies a margin of one sample that continues the image by reflection: the library reads it if a
-// side of the image is exactly 5.
-template <class T>
-struct Plane {
-    Plane(int w, int h) : width(w), height(h), samples(std::size_t(w + 2) * (h + 2)) {}
+using Picture8u = Picture<Kuv8u>;
+using Picture16u = Picture<Kuv16u>;
 
-    T* row(int y) { return &samples[std::size_t(y + 1) * (width + 2) + 1]; }
-    const T* row(int y) const { return &samples[std::size_t(y + 1) * (width + 2) + 1]; }
-    int step() const { return int((width + 2) * sizeof(T)); }
-
-    int width, height;
-    std::vector<T> samples;
-};
-
-// What a sensor delivers, scaled so that 65535 is full scale whatever the source's range was.
+// What a sensor delivers: one sample a pixel, in proportion to light between two levels. Around it lies a margin of one sample.
 struct Mosaic {
-    Mosaic(int w, int h) : width(w), height(h), samples(std::size_t(w) * h) {}
+    Mosaic(int w, int h) : width(w), height(h), samples(std::size_t(w + 2) * (h + 2)) {}
 
-    std::uint16_t* row(int y) { return &samples[std::size_t(y) * width]; }
-    const std::uint16_t* row(int y) const { return &samples[std::size_t(y) * width]; }
+    Kuv16u* row(int y) { return &samples[std::size_t(y + 1) * (width + 2) + 1]; }
+    const Kuv16u* row(int y) const { return &samples[std::size_t(y + 1) * (width + 2) + 1]; }
+    int step() const { return int((width + 2) * sizeof(Kuv16u)); }
 
     int width, height;
     KuvCfaLayout layout = kuvCfaRGGB;
-    int bits = 8;         // of a sample in the source: 8 or 16
-    bool linear = false;  // proportional to light; a curve for the screen is still to come
-    std::vector<std::uint16_t> samples;
+    int black = 0, white = 65535;                 // the samples without light, and of all light that fits
+    std::array<double, 3> balance{1.0, 1.0, 1.0};  // factors of the colours that make white things white, at least 1
+    std::vector<Kuv16u> samples;
 };
 
 }  // namespace develop

@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <memory>
-#include <vector>
 
 namespace develop {
 
@@ -24,15 +23,6 @@ std::optional<KuvCfaLayout> layoutOf(LibRaw& raw) {
         if (fits) return layout;
     }
     return std::nullopt;
-}
-
-// Brightens until a hundredth of the samples reaches full scale. Raw files are usually exposed darker, to spare the highlights.
-void exposeForHighlights(std::vector<std::uint16_t>& samples) {
-    std::vector<std::size_t> histogram(65536);
-    for (const std::uint16_t sample : samples) ++histogram[sample];
-    std::uint32_t white = 65535;
-    for (std::size_t above = histogram[white]; white > 1 && above < samples.size() / 100; above += histogram[white]) --white;
-    for (std::uint16_t& sample : samples) sample = std::uint16_t(std::min(sample, std::uint16_t(white)) * 65535u / white);
 }
 
 }  // namespace
@@ -54,27 +44,30 @@ Mosaic readRaw(const std::string& path, std::optional<KuvCfaLayout> layout) {
         throw FileError(path, "is truncated or damaged");
 
     Mosaic mosaic(sizes.width, sizes.height);
-    mosaic.bits = 16;
-    mosaic.linear = true;
     mosaic.layout = layout.value_or(*own);
 
     // The smallest factor of the white balance becomes 1, so that what is white on the sensor is white in the picture.
     const auto& colour = raw->imgdata.color;
     const float* const balance = colour.cam_mul[red] > 0 && colour.cam_mul[blue] > 0 ? colour.cam_mul : colour.pre_mul;
-    const float least = std::min({balance[red], balance[green], balance[blue]});
+    if (const float least = std::min({balance[red], balance[green], balance[blue]}); least > 0)
+        for (const Colour c : {red, green, blue}) mosaic.balance[c] = balance[c] / least;
 
+    // A file may tell a black level for every place of a pattern. What one of them has above the least is taken off here.
+    const auto blackAt = [&](int x, int y) {
+        unsigned black = colour.black + colour.cblack[raw->COLOR(y, x)];
+        if (const unsigned rows = colour.cblack[4], columns = colour.cblack[5]; rows && columns)
+            black += colour.cblack[6 + y % rows * columns + x % columns];
+        return int(std::min(black, 65535u));
+    };
+    mosaic.black = 65535;
+    for (int y = 0; y < mosaic.height; ++y)
+        for (int x = 0; x < mosaic.width; ++x) mosaic.black = std::min(mosaic.black, blackAt(x, y));
+    mosaic.white = int(std::min(colour.maximum, 65535u));
     for (int y = 0; y < mosaic.height; ++y) {
         const std::uint16_t* const from = samples + std::size_t(y + sizes.top_margin) * (sizes.raw_pitch / 2) + sizes.left_margin;
-        for (int x = 0; x < mosaic.width; ++x) {
-            double black = colour.black + colour.cblack[raw->COLOR(y, x)];
-            if (const unsigned rows = colour.cblack[4], columns = colour.cblack[5]; rows && columns)
-                black += colour.cblack[6 + y % rows * columns + x % columns];
-            const double factor = least > 0 ? balance[colourAt(mosaic.layout, x, y)] / least : 1;
-            const double light = (from[x] - black) / std::max(1.0, colour.maximum - black) * factor;
-            mosaic.row(y)[x] = std::uint16_t(std::clamp(light, 0.0, 1.0) * 65535 + 0.5);
-        }
+        for (int x = 0; x < mosaic.width; ++x)
+            mosaic.row(y)[x] = Kuv16u(std::clamp(from[x] - (blackAt(x, y) - mosaic.black), 0, mosaic.white));
     }
-    exposeForHighlights(mosaic.samples);
     return mosaic;
 }
 

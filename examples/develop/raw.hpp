@@ -8,8 +8,8 @@
 
 namespace develop {
 
-// The mosaic without black level, scaled so that the sensor's white is full scale, with the camera's white balance; a layout
-// given overrides the file's own. Throws FileError, in a build without LibRaw always.
+// The mosaic with the file's levels and the camera's white balance; a layout given overrides the file's own. Throws FileError,
+// in a build without LibRaw always.
 Mosaic readRaw(const std::string& path, std::optional<KuvCfaLayout> layout);
 
 }  // namespace develop

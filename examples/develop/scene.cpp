@@ -151,14 +151,14 @@ Rgb sceneAt(float x, float y) {
 
 }  // namespace
 
-Picture<std::uint16_t> renderScene() {
+Picture16u renderScene() {
     // Points three a pixel each way; a pixel's tent is 1 2 3 2 1 of them, centred on its middle point.
     constexpr int density = 3, taps = 2 * density - 1;
     constexpr float tent[taps] = {1 / 9.0f, 2 / 9.0f, 3 / 9.0f, 2 / 9.0f, 1 / 9.0f};
     constexpr int points = sceneWidth * density + 2;
     const auto position = [](int point) { return (float(point) - 1 + 0.5f) / density; };
 
-    Picture<std::uint16_t> picture(sceneWidth, sceneHeight);
+    Picture16u picture(sceneWidth, sceneHeight);
     std::vector<Rgb> column(points);  // the points around one row of pixels, summed up by the tent
     Progress progress("scene", sceneHeight);
     for (int y = 0; y < sceneHeight; ++y) {
@@ -175,18 +175,26 @@ Picture<std::uint16_t> renderScene() {
                 sum[red] += tent[i] * point.r, sum[green] += tent[i] * point.g, sum[blue] += tent[i] * point.b;
             }
             for (const Colour c : {red, green, blue})
-                picture.pixel(x, y)[c] = std::uint16_t(std::clamp(sum[c], 0.0f, 1.0f) * 65535 + 0.5f);
+                picture.pixel(x, y)[c] = Kuv16u(std::clamp(sum[c], 0.0f, 1.0f) * 65535 + 0.5f);
         }
         progress.advance(1);
     }
     return picture;
 }
 
-Mosaic mosaicOf(const Picture<std::uint16_t>& picture, KuvCfaLayout layout) {
+Mosaic mosaicOf(const Picture16u& picture, KuvCfaLayout layout) {
     Mosaic mosaic(picture.width, picture.height);
     mosaic.layout = layout;
+    mosaic.black = 1024;
+    mosaic.white = 15360;
+    std::vector<Kuv16u> seen(65536);  // of a sample as a screen takes it, by the light that it stands for
+    for (int i = 0; i < 65536; ++i) {
+        const double shown = i / 65535.0;
+        const double light = shown <= 0.04045 ? shown / 12.92 : std::pow((shown + 0.055) / 1.055, 2.4);
+        seen[i] = Kuv16u(mosaic.black + light * (mosaic.white - mosaic.black) + 0.5);
+    }
     for (int y = 0; y < picture.height; ++y)
-        for (int x = 0; x < picture.width; ++x) mosaic.row(y)[x] = picture.pixel(x, y)[colourAt(layout, x, y)];
+        for (int x = 0; x < picture.width; ++x) mosaic.row(y)[x] = seen[picture.pixel(x, y)[colourAt(layout, x, y)]];
     return mosaic;
 }
 

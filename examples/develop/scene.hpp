@@ -2,8 +2,6 @@
 // chart, gradients).
 #pragma once
 
-#include <cstdint>
-
 #include "picture.hpp"
 
 namespace develop {
@@ -13,9 +11,9 @@ inline constexpr int sceneHeight = 640;
 inline constexpr KuviPoint sceneDetail{632, 448};  // where a reconstruction shows what it is worth
 
 // The scene behind a lens: it is blurred by a tent two pixels wide, as a real lens does for its sensor.
-Picture<std::uint16_t> renderScene();
+Picture16u renderScene();
 
-// What a sensor of the given layout sees of a picture.
-Mosaic mosaicOf(const Picture<std::uint16_t>& picture, KuvCfaLayout layout);
+// What a sensor of 14 bits and of the given layout sees of a picture that is meant for a screen.
+Mosaic mosaicOf(const Picture16u& picture, KuvCfaLayout layout);
 
 }  // namespace develop

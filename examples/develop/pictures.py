@@ -1,0 +1,83 @@
+"""Makes the documentation's pictures of what develop does: pictures.py DEVELOP DIRECTORY"""
+import pathlib
+import subprocess
+import sys
+import tempfile
+
+import matplotlib
+from PIL import Image, ImageDraw, ImageFont
+
+matplotlib.use("Agg")
+from matplotlib import pyplot  # noqa: E402
+
+program, images = sys.argv[1], pathlib.Path(sys.argv[2])
+work = tempfile.TemporaryDirectory()
+font = ImageFont.truetype(f"{matplotlib.get_data_path()}/fonts/ttf/DejaVuSans.ttf", 13)
+
+REGION = "724,344,224,284"  # of the scene: fine lines before a sky, and gradients
+DITHERS = [("no dither", ["none"]), ("ordered", ["ordered"]), ("ordered, noise 30", ["ordered", "--noise", "30"]),
+           ("Floyd, Steinberg", ["floyd"]), ("Jarvis, Judice, Ninke", ["jarvis"]), ("Stucki", ["stucki"])]
+POINTS = "0:0,0.05:0.2,0.2:0.5,0.5:0.8,1:1"
+CURVES = [("screen", ["--curve", "screen"])]
+CURVES += [(form, ["--curve", POINTS, "--curve-form", form]) for form in ("cubic", "linear", "step")]
+
+
+def develop(*arguments):
+    path = f"{work.name}/picture.png"
+    subprocess.run([program, "-o", path, *arguments], check=True, stdout=subprocess.DEVNULL)
+    with Image.open(path) as picture:
+        return picture.convert("RGB")
+
+
+def save(picture, name):
+    picture.save(images / name, optimize=True)
+    print(f"{name}: {(images / name).stat().st_size} bytes")
+
+
+def dither_sheet(levels):
+    """All dithers side by side, pixel by pixel."""
+    gap, caption, columns = 10, 24, 3
+    tiles = [(name, develop("--region", REGION, "--levels", str(levels), "--dither", *options)) for name, options in DITHERS]
+    width, height = tiles[0][1].size
+    sheet = Image.new("RGB", (columns * (width + gap) + gap, len(tiles) // columns * (height + caption) + gap), "#e8e8e8")
+    draw = ImageDraw.Draw(sheet)
+    for i, (name, tile) in enumerate(tiles):
+        x, y = gap + i % columns * (width + gap), i // columns * (height + caption)
+        draw.text((x, y + 4), name, "black", font)
+        sheet.paste(tile, (x, y + caption))
+    save(sheet, f"dither-{levels}.png")
+
+
+def write_ramp(path, width):
+    """A mosaic that grows from no light on the left to full scale on the right."""
+    row = b"".join((x * 65535 // (width - 1)).to_bytes(2, "big") for x in range(width))
+    path.write_bytes(b"P5 %d 2 65535\n" % width + 2 * row)
+
+
+def curve_sheet():
+    """Each curve as the program applies it, above the picture that it makes."""
+    width = 1024
+    ramp = pathlib.Path(work.name, "ramp.pgm")
+    write_ramp(ramp, width)
+    figure, axes = pyplot.subplots(2, len(CURVES), figsize=(9.6, 5.2), dpi=100, layout="constrained",
+                                   gridspec_kw={"height_ratios": [1, 1]})
+    points = [tuple(map(float, point.split(":"))) for point in POINTS.split(",")]
+    for (name, options), plot, view in zip(CURVES, axes[0], axes[1]):
+        shown = develop("--method", "quick", *options, str(ramp)).crop((0, 0, width, 1)).getchannel("G").getdata()
+        plot.plot([x / (width - 1) for x in range(width)], [value / 255 for value in shown], color="#1f4e8c")
+        if name != "screen":
+            plot.plot(*zip(*points), "o", color="#b03020", markersize=4)
+        plot.set(title=name, aspect="equal", xlim=(-0.03, 1.03), ylim=(-0.03, 1.03), xticks=(0, 0.5, 1), yticks=(0, 0.5, 1))
+        plot.grid(alpha=0.3)
+        view.imshow(develop("--region", REGION, *options), interpolation="antialiased")
+        view.axis("off")
+    path = f"{work.name}/curves.png"
+    figure.savefig(path)
+    with Image.open(path) as drawn:
+        save(drawn.convert("RGB"), "curves.png")
+
+
+for count in (2, 4, 16):
+    dither_sheet(count)
+curve_sheet()
+develop("--compare", str(images / "before-after.png"))
