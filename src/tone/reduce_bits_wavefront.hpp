@@ -232,6 +232,12 @@ private:
             } else {
                 forPixels(block, r, [&](ptrdiff_t k, ptrdiff_t x) { to[k] = loadSample(from + x * pixelSamples); });
             }
+            if (isWhole_) {
+                // So many rows that far apart are more than the processor foresees.
+                const ptrdiff_t next = (stretchOf(block, r).offset + steps) * pixelSamples;
+                prefetchRow(from + next, steps * pixelSamples);
+                prefetchRow(to_[r] + next, steps * pixelSamples);
+            }
             if (limitsChange) forPixels(block, r, [&](ptrdiff_t k, ptrdiff_t) { tile_.limits[k][r] = 65535; });
             if (noise_.present()) forPixels(block, r, [&](ptrdiff_t k, ptrdiff_t x) { tile_.thresholds[k][r] = noise_.at(x, y_[r]); });
         }
