@@ -36,8 +36,8 @@ struct Options {
 };
 
 Plan planOf(const Options& options) {
-    if (options.brief) return {0, 0, 3, 3};
-    return {0.001, 0.6, 15, 51};
+    if (options.brief) return {0, 0, 3, 3, 3};
+    return {0.001, 0.4, 15, 51, 5};
 }
 
 void printHeader(const std::vector<Case>& cases, const Plan& plan) {
@@ -59,6 +59,7 @@ void printHeader(const std::vector<Case>& cases, const Plan& plan) {
     std::printf("# library: %s\n", kuvcvGetLibVersion()->versionText);
     std::printf("# sample_ms: %g\n# seconds: %g\n", plan.sampleSeconds * 1e3, plan.seconds);
     std::printf("# least_rounds: %d\n# most_rounds: %d\n", plan.minimumRounds, plan.maximumRounds);
+    std::printf("# slow_rounds: %d\n", plan.slowRounds);
     std::set<std::string> peers;
     for (const Case& each : cases) {
         for (const Peer& peer : each.peers) peers.insert(peer.contender.name + " (" + peer.version + ")");

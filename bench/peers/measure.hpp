@@ -16,6 +16,7 @@ struct Plan {
     double sampleSeconds;  // a sample repeats its work until it lasts that long
     double seconds;        // rounds are added until this has passed
     int minimumRounds, maximumRounds;
+    int slowRounds;  // enough once ten times those seconds have passed
 };
 
 // Runs each once a round, beginning with another each time. Gives the seconds of one repetition, per run and round.
