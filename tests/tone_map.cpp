@@ -77,7 +77,8 @@ Curve anyTable(Random& random, int entries) {
 template <class T, Kuv32s selector>
 struct AnyMap {
     std::tuple<const KuviToneMapSpec*> operator()(Draw& draw) const {
-        static const std::vector<std::unique_ptr<Map>> maps = some();
+        // Not destroyed: the list of images that are watched ends with its thread, before statics do.
+        static const auto& maps = *new std::vector<std::unique_ptr<Map>>(some());
         return {maps[static_cast<std::size_t>(below(draw.random, static_cast<int>(maps.size())))]->get()};
     }
 
