@@ -444,3 +444,80 @@ KuvStatus KUV_LOOP(repeatGrey)(const Kuv8u* src, Kuv32s srcStep, Kuv8u* dst, Kuv
     }
     return kuvStatusOk;
 }
+
+// A statement for each sample x of a region.
+#define KUV_EACH_MEASURED(T, samples, ...)                                                                           \
+    for (ptrdiff_t y = 0; y < roiSize.height; ++y) {                                                                 \
+        const T* from = (const T*)((const char*)src + y * srcStep);                                                  \
+        for (ptrdiff_t i = 0; i < (ptrdiff_t)roiSize.width; ++i, from += samples) {                                  \
+            const T x = *from;                                                                                       \
+            __VA_ARGS__;                                                                                             \
+        }                                                                                                            \
+    }
+
+KuvStatus KUV_LOOP(sumReals)(const Kuv32f* src, Kuv32s srcStep, KuviSize roiSize, Kuv64f* sum, Kuv32s) {
+    Kuv64f all = 0;
+    KUV_EACH_MEASURED(Kuv32f, 1, all += x)
+    *sum = all;
+    return kuvStatusOk;
+}
+
+KuvStatus KUV_LOOP(meanReals)(const Kuv32f* src, Kuv32s srcStep, KuviSize roiSize, Kuv64f* mean, Kuv32s) {
+    Kuv64f all = 0;
+    KUV_EACH_MEASURED(Kuv32f, 1, all += x)
+    *mean = all / ((Kuv64f)roiSize.width * roiSize.height);
+    return kuvStatusOk;
+}
+
+KuvStatus KUV_LOOP(meanSigned)(const Kuv16s* src, Kuv32s srcStep, KuviSize roiSize, Kuv64f* mean) {
+    Kuv64s all = 0;
+    KUV_EACH_MEASURED(Kuv16s, 1, all += x)
+    *mean = (Kuv64f)all / ((Kuv64f)roiSize.width * roiSize.height);
+    return kuvStatusOk;
+}
+
+KuvStatus KUV_LOOP(meanThree)(const Kuv8u* src, Kuv32s srcStep, KuviSize roiSize, Kuv64f mean[3]) {
+    Kuv64s first = 0, second = 0, third = 0;
+    KUV_EACH_MEASURED(Kuv8u, 3, first += x; second += from[1]; third += from[2])
+    const Kuv64f count = (Kuv64f)roiSize.width * roiSize.height;
+    mean[0] = (Kuv64f)first / count;
+    mean[1] = (Kuv64f)second / count;
+    mean[2] = (Kuv64f)third / count;
+    return kuvStatusOk;
+}
+
+#define KUV_DEVIATION_LOOP(name, T, Sum, samples, channel, ...)                                                      \
+    KuvStatus KUV_LOOP(name)(const T* src, Kuv32s srcStep, KuviSize roiSize, __VA_ARGS__ Kuv64f* mean, Kuv64f* stdDev) { \
+        Sum sum = 0, squares = 0;                                                                                    \
+        src += channel;                                                                                              \
+        KUV_EACH_MEASURED(T, samples, sum += x; squares += (Sum)x * (Sum)x)                                          \
+        const Kuv64f count = (Kuv64f)roiSize.width * roiSize.height, average = (Kuv64f)sum / count;                  \
+        *mean = average;                                                                                             \
+        *stdDev = __builtin_sqrt(__builtin_fabs((Kuv64f)squares / count - average * average));                       \
+        return kuvStatusOk;                                                                                          \
+    }
+KUV_DEVIATION_LOOP(deviation8, Kuv8u, Kuv64u, 1, 0)
+KUV_DEVIATION_LOOP(deviation16, Kuv16u, Kuv64u, 1, 0)
+KUV_DEVIATION_LOOP(deviationReals, Kuv32f, Kuv64f, 1, 0)
+KUV_DEVIATION_LOOP(deviationOfThree, Kuv8u, Kuv64u, 3, coi - 1, Kuv32s coi,)
+
+#define KUV_RANGE_LOOP(name, T)                                                                                      \
+    KuvStatus KUV_LOOP(name)(const T* src, Kuv32s srcStep, KuviSize roiSize, T* minValue, T* maxValue) {             \
+        T smallest = *src, largest = *src;                                                                           \
+        KUV_EACH_MEASURED(T, 1, smallest = x < smallest ? x : smallest; largest = x > largest ? x : largest)         \
+        *minValue = smallest;                                                                                        \
+        *maxValue = largest;                                                                                         \
+        return kuvStatusOk;                                                                                          \
+    }
+KUV_RANGE_LOOP(rangeSigned, Kuv16s)
+KUV_RANGE_LOOP(rangeReals, Kuv32f)
+
+KuvStatus KUV_LOOP(largestOfThree)(const Kuv32f* src, Kuv32s srcStep, KuviSize roiSize, Kuv32f maxValue[3]) {
+    Kuv32f first = src[0], second = src[1], third = src[2];
+    KUV_EACH_MEASURED(Kuv32f, 3, first = x > first ? x : first; second = from[1] > second ? from[1] : second;
+                      third = from[2] > third ? from[2] : third)
+    maxValue[0] = first;
+    maxValue[1] = second;
+    maxValue[2] = third;
+    return kuvStatusOk;
+}

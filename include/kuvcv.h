@@ -1132,6 +1132,166 @@ KUV_API KuvStatus kuviCbYCr422ToRGB_8u_C2C3R(const Kuv8u* src, Kuv32s srcStep, K
 KUV_API KuvStatus kuviGrayToRGB_8u_C1C3R(const Kuv8u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize);
 /** @} */
 
+/** @defgroup stats Statistics
+ *  Of a whole region. Integer samples are summed exactly in every variant, whatever the size of the region, so that these results agree
+ *  bit for bit. Real samples are summed in a stated order. Regions may lie on themselves: nothing is written but the results, which may
+ *  stand at any address and not in the region.
+ *  @{ */
+
+/** Sums single-precision samples.
+ *
+ *  px adds in double precision, in two sums that last the whole region: one of the samples in even columns and one of those in odd
+ *  columns; `*sum` is the sum of both. `hint` has no effect there. All other variants agree with each other bit for bit, and with px
+ *  within the rounding of their sums:
+ *
+ *  - With a `hint` of 2, samples are added in double precision, in sixteen sums that last the whole region: column x goes to sum x mod 16.
+ *  - With any other `hint`, a row is added in single precision in such sixteen sums, these are added to each other in single precision,
+ *    and the row's sum is added to a total in double precision. Faster, and less exact the longer the rows are; a row's sum can overflow.
+ *
+ *  The sixteen sums are added by halves: first j and j + 8, then j and j + 4, j and j + 2, 0 and 1. A NaN, or infinities of both signs,
+ *  make a sum a NaN; which one is not stated.
+ *
+ *  Step class C.
+ *
+ *  @param src the samples
+ *  @param srcStep row step of `src` in bytes
+ *  @param roiSize size of the region in pixels, at least 1 by 1
+ *  @param sum receives the sum
+ *  @param hint 2 asks for accuracy; with any other value speed decides
+ *  @return #kuvStatusNullPtr if `src` or `sum` is null; #kuvStatusBadSize if the width or height is below 1; else #kuvStatusOk. */
+KUV_API KuvStatus kuviSum_32f_C1R(const Kuv32f* src, Kuv32s srcStep, KuviSize roiSize, Kuv64f* sum, Kuv32s hint);
+
+/** The mean of single-precision samples: the sum that kuviSum_32f_C1R() gives with the same `hint`, divided by width * height.
+ *
+ *  That product is formed in 32 bits, signed, and wraps. The mean of a region of 2^31 samples and more is the caller's quotient of the
+ *  sum and its true size. Variants differ as they do there.
+ *
+ *  Step class C.
+ *
+ *  @param src the samples
+ *  @param srcStep row step of `src` in bytes
+ *  @param roiSize size of the region in pixels, at least 1 by 1
+ *  @param mean receives the mean
+ *  @param hint 2 asks for accuracy; with any other value speed decides
+ *  @return #kuvStatusNullPtr if `mean` or `src` is null; #kuvStatusBadSize if the width or height is below 1; else #kuvStatusOk. */
+KUV_API KuvStatus kuviMean_32f_C1R(const Kuv32f* src, Kuv32s srcStep, KuviSize roiSize, Kuv64f* mean, Kuv32s hint);
+
+/** The mean of signed 16-bit samples: their exact sum, divided once, in double precision, by width * height.
+ *
+ *  Step class C.
+ *
+ *  @param src the samples
+ *  @param srcStep row step of `src` in bytes
+ *  @param roiSize size of the region in pixels, at least 1 by 1
+ *  @param mean receives the mean
+ *  @return #kuvStatusNullPtr if `mean` or `src` is null; #kuvStatusBadSize if the width or height is below 1; else #kuvStatusOk. */
+KUV_API KuvStatus kuviMean_16s_C1R(const Kuv16s* src, Kuv32s srcStep, KuviSize roiSize, Kuv64f* mean);
+
+/** The means of three channels: the exact sum of each, multiplied in double precision by the reciprocal `1 / (width * height)`.
+ *
+ *  Reciprocal and product are rounded separately, so that a mean can differ from the quotient in its last bit.
+ *
+ *  Step class C.
+ *
+ *  @param src three interleaved samples a pixel
+ *  @param srcStep row step of `src` in bytes
+ *  @param roiSize size of the region in pixels, at least 1 by 1
+ *  @param mean receives the mean of each channel
+ *  @return #kuvStatusNullPtr if `mean` or `src` is null; #kuvStatusBadSize if the width or height is below 1; else #kuvStatusOk. */
+KUV_API KuvStatus kuviMean_8u_C3R(const Kuv8u* src, Kuv32s srcStep, KuviSize roiSize, Kuv64f mean[3]);
+
+/** @name Mean and standard deviation of integer samples
+ *  With sum and squares the exact sums of the samples and of their squares, each made a double by one rounding, and n = width * height
+ *  in 32 bits, unsigned, in double precision, each operation rounded:
+ *
+ *  - `mean = sum / n`
+ *  - `stdDev = sqrt(|squares / n - mean * mean|)`, the deviation with denominator n; the absolute value takes a difference that rounding
+ *    has made negative
+ *
+ *  n wraps at 2^32 pixels. If it is 0 both results are 0. Large samples with a small deviation lose digits in the difference. A 1 by 1
+ *  region has its sample for a mean and a deviation of 0.
+ *
+ *  Step class B. 16-bit images need a step that is a multiple of 2.
+ *
+ *  `src`: the samples; three interleaved ones a pixel in `C3C`. `srcStep`: its row step in bytes. `roiSize`: size of the region in
+ *  pixels, at least 1 by 1. `coi`: the channel that is measured, 1 to 3. `mean`, `stdDev`: receive the results; either or both may be
+ *  null, and that result is not stored.
+ *
+ *  Returns #kuvStatusNullPtr if `src` is null; #kuvStatusBadSize if the width or height is below 1; #kuvStatusBadStep if `srcStep` is
+ *  below the row's bytes; then #kuvStatusStepNotMultiple if 16-bit samples have an odd step, or #kuvStatusBadChannelOfInterest if `coi`
+ *  is not 1 to 3; else #kuvStatusOk.
+ *  @{ */
+KUV_API KuvStatus kuviMean_StdDev_8u_C1R(const Kuv8u* src, Kuv32s srcStep, KuviSize roiSize, Kuv64f* mean, Kuv64f* stdDev);
+KUV_API KuvStatus kuviMean_StdDev_16u_C1R(const Kuv16u* src, Kuv32s srcStep, KuviSize roiSize, Kuv64f* mean, Kuv64f* stdDev);
+KUV_API KuvStatus kuviMean_StdDev_8u_C3CR(const Kuv8u* src, Kuv32s srcStep, KuviSize roiSize, Kuv32s coi, Kuv64f* mean,
+                                          Kuv64f* stdDev);
+/** @} */
+
+/** Mean and standard deviation of single-precision samples, in double precision, with a second pass where the deviation is small.
+ *
+ *  With n = width * height:
+ *
+ *  1. `mean = s1 / n` and `stdDev = sqrt(|s2 / n - mean * mean|)`, with s1 the sum of the samples and s2 that of their squares.
+ *  2. If `stdDev * stdDev < 0.05 * mean * mean`, this difference has lost digits: `stdDev = sqrt(d / n)`, with d the sum of
+ *     `(sample - mean) * (sample - mean)`.
+ *
+ *  Each of the sums s1, s2 and d is made of eight that last the whole region, column x in sum x mod 8, which are added by halves: first
+ *  j and j + 4, then j and j + 2, then 0 and 1. Each operation is rounded. All variants agree bit for bit. A NaN makes both results NaNs,
+ *  and so can an infinity; which NaN is not stated. A constant image whose mean is exact has a deviation of exactly 0.
+ *
+ *  Step class B. The step has to be a multiple of 4.
+ *
+ *  @param src the samples
+ *  @param srcStep row step of `src` in bytes
+ *  @param roiSize size of the region in pixels, at least 1 by 1
+ *  @param mean receives the mean, unless null
+ *  @param stdDev receives the deviation, unless null
+ *  @return #kuvStatusNullPtr if `src` is null; #kuvStatusBadSize if the width or height is below 1; #kuvStatusBadStep if `srcStep` is
+ *          below the row's bytes; #kuvStatusStepNotMultiple if it is not a multiple of 4; else #kuvStatusOk. */
+KUV_API KuvStatus kuviMean_StdDev_32f_C1R(const Kuv32f* src, Kuv32s srcStep, KuviSize roiSize, Kuv64f* mean, Kuv64f* stdDev);
+
+/** The smallest and the largest of signed 16-bit samples.
+ *
+ *  Step class C.
+ *
+ *  @param src the samples
+ *  @param srcStep row step of `src` in bytes
+ *  @param roiSize size of the region in pixels, at least 1 by 1
+ *  @param minValue receives the smallest sample
+ *  @param maxValue receives the largest sample
+ *  @return #kuvStatusNullPtr if `src`, `minValue` or `maxValue` is null; #kuvStatusBadSize if the width or height is below 1; else
+ *          #kuvStatusOk. */
+KUV_API KuvStatus kuviMinMax_16s_C1R(const Kuv16s* src, Kuv32s srcStep, KuviSize roiSize, Kuv16s* minValue, Kuv16s* maxValue);
+
+/** The smallest and the largest of single-precision samples.
+ *
+ *  Both start as the first sample and are replaced, row by row from left to right, by one that is below or above. Comparisons with a NaN
+ *  do not hold: a NaN in the first sample is both results, and a later one is passed over. Of zeros the first one met stays, with its
+ *  sign. All variants agree bit for bit.
+ *
+ *  Step class C.
+ *
+ *  @param src the samples
+ *  @param srcStep row step of `src` in bytes
+ *  @param roiSize size of the region in pixels, at least 1 by 1
+ *  @param minValue receives the smallest sample
+ *  @param maxValue receives the largest sample
+ *  @return #kuvStatusNullPtr if `src`, `minValue` or `maxValue` is null; #kuvStatusBadSize if the width or height is below 1; else
+ *          #kuvStatusOk. */
+KUV_API KuvStatus kuviMinMax_32f_C1R(const Kuv32f* src, Kuv32s srcStep, KuviSize roiSize, Kuv32f* minValue, Kuv32f* maxValue);
+
+/** The largest sample of each of three single-precision channels, by the rules of kuviMinMax_32f_C1R() from the first pixel on.
+ *
+ *  Step class C.
+ *
+ *  @param src three interleaved samples a pixel
+ *  @param srcStep row step of `src` in bytes
+ *  @param roiSize size of the region in pixels, at least 1 by 1
+ *  @param maxValue receives the largest sample of each channel
+ *  @return #kuvStatusNullPtr if `src` or `maxValue` is null; #kuvStatusBadSize if the width or height is below 1; else #kuvStatusOk. */
+KUV_API KuvStatus kuviMax_32f_C3R(const Kuv32f* src, Kuv32s srcStep, KuviSize roiSize, Kuv32f maxValue[3]);
+/** @} */
+
 #ifdef __cplusplus
 }
 #endif

@@ -183,6 +183,42 @@ bool addTable(const char* function) {
 [[maybe_unused]] const bool tables[] = {addTable<1>("kuviLUT_8u_C1IR"), addTable<3>("kuviLUT_8u_C3IR"),
                                         addTable<3, true>("kuviLUT_8u_C3IR"), addTable<4>("kuviLUT_8u_AC4IR")};
 
+// `measure` gets the image and gives something that depends on all results.
+template <class T, int channels, Kuv32s option = 0, int lowest = -100, class Measure>
+bool addMeasurement(const char* function, Measure measure) {
+    return addOpenCV<Measured<T, channels, option, lowest>>(function, [measure](auto& form) {
+        return [src = matrixOf(form.src, form.size, channels), to = form.moments, measure]() { *to = measure(src); };
+    });
+}
+auto total = [](const cv::Mat& src) { return cv::sum(src)[0]; };
+auto mean = [](const cv::Mat& src) { return cv::mean(src)[0]; };
+auto deviation = [](const cv::Mat& src) {
+    cv::Scalar means, deviations;
+    cv::meanStdDev(src, means, deviations);
+    return means[0] + deviations[0];
+};
+auto range = [](const cv::Mat& src) {
+    double smallest, largest;
+    cv::minMaxLoc(src, &smallest, &largest);
+    return smallest + largest;
+};
+// Of all channels together: it has no other.
+auto largest = [](const cv::Mat& src) {
+    double found;
+    cv::minMaxLoc(src.reshape(1), nullptr, &found);
+    return found;
+};
+[[maybe_unused]] const bool measurements[] = {
+    addMeasurement<Kuv32f, 1>("kuviSum_32f_C1R", total), addMeasurement<Kuv32f, 1, 2>("kuviSum_32f_C1R", total),
+    addMeasurement<Kuv32f, 1>("kuviMean_32f_C1R", mean), addMeasurement<Kuv32f, 1, 2>("kuviMean_32f_C1R", mean),
+    addMeasurement<Kuv16s, 1>("kuviMean_16s_C1R", mean), addMeasurement<Kuv8u, 3>("kuviMean_8u_C3R", mean),
+    addMeasurement<Kuv8u, 1>("kuviMean_StdDev_8u_C1R", deviation), addMeasurement<Kuv16u, 1>("kuviMean_StdDev_16u_C1R", deviation),
+    addMeasurement<Kuv32f, 1>("kuviMean_StdDev_32f_C1R", deviation),
+    addMeasurement<Kuv32f, 1, 0, 90>("kuviMean_StdDev_32f_C1R", deviation),
+    addMeasurement<Kuv8u, 3, 2>("kuviMean_StdDev_8u_C3CR", deviation),
+    addMeasurement<Kuv16s, 1>("kuviMinMax_16s_C1R", range), addMeasurement<Kuv32f, 1>("kuviMinMax_32f_C1R", range),
+    addMeasurement<Kuv32f, 3>("kuviMax_32f_C3R", largest)};
+
 #ifdef KUV_OPENCV_IMGPROC
 template <int channels, bool aligned>
 bool addColourSpace(const char* function, int code) {

@@ -3,6 +3,7 @@
 
 #include <cstring>
 #include <stdexcept>
+#include <type_traits>
 #include <vector>
 
 #include "support/images.hpp"
@@ -362,6 +363,38 @@ struct ToneMapped {
     template <class Function>
     auto call(Function* function) {
         return function(srcDst.row(), srcDst.step(), size, map());
+    }
+};
+
+// An image of which something is measured: samples evenly spread over half of their range, or single-precision ones from `lowest` to 100.
+// `option` is the hint, or the channel of interest.
+template <class T, int channels, Kuv32s option = 0, int lowest = -100>
+struct Measured {
+    static constexpr double bytesPerPixel = channels * sizeof(T);
+
+    KuviSize size;
+    Image<T> src{size, channels};
+    Kuv64f moments[4];
+    T extremes[4];
+
+    explicit Measured(KuviSize wanted) : size(wanted) {
+        const float highest = std::is_floating_point_v<T> ? 100 : sizeof(T) == 1 ? 192 : 16000;
+        fillWithValues(src, {size.width * channels, size.height}, 1, std::is_unsigned_v<T> ? highest / 3 : lowest, highest);
+    }
+
+    auto call(KuvStatus (*function)(const T*, Kuv32s, KuviSize, Kuv64f*, Kuv32s)) {
+        return function(src.row(), src.step(), size, moments, option);
+    }
+    auto call(KuvStatus (*function)(const T*, Kuv32s, KuviSize, Kuv64f*)) { return function(src.row(), src.step(), size, moments); }
+    auto call(KuvStatus (*function)(const T*, Kuv32s, KuviSize, Kuv64f*, Kuv64f*)) {
+        return function(src.row(), src.step(), size, moments, moments + 1);
+    }
+    auto call(KuvStatus (*function)(const T*, Kuv32s, KuviSize, Kuv32s, Kuv64f*, Kuv64f*)) {
+        return function(src.row(), src.step(), size, option, moments, moments + 1);
+    }
+    auto call(KuvStatus (*function)(const T*, Kuv32s, KuviSize, T*)) { return function(src.row(), src.step(), size, extremes); }
+    auto call(KuvStatus (*function)(const T*, Kuv32s, KuviSize, T*, T*)) {
+        return function(src.row(), src.step(), size, extremes, extremes + 1);
     }
 };
 

@@ -69,6 +69,7 @@ void fillWithMosaic(Image<T>& image, KuviSize size) {
 
 template void fillWithValues(Image<Kuv8u>&, KuviSize, unsigned, float, float);
 template void fillWithValues(Image<Kuv16u>&, KuviSize, unsigned, float, float);
+template void fillWithValues(Image<Kuv16s>&, KuviSize, unsigned, float, float);
 template void fillWithValues(Image<Kuv32f>&, KuviSize, unsigned, float, float);
 template void fillWithMosaic(Image<Kuv8u>&, KuviSize);
 template void fillWithMosaic(Image<Kuv16u>&, KuviSize);

@@ -55,7 +55,7 @@ void fillSamples(Random& random, const Image& image, int elements) {
     const int pattern = below(random, 8);
     const auto any = [&]() -> T {
         if constexpr (!real) return static_cast<T>(random());
-        const Kuv32u bits = static_cast<Kuv32u>(random());
+        const Kuv64u bits = random();
         if (pattern == 7) return load<T>(&bits);  // NaN, infinities and denormals among them
         return static_cast<T>(below(random, 2000001) - 1000000) / T(1000);
     };
@@ -83,5 +83,6 @@ template void fillSamples<Kuv16s>(Random&, const Image&, int);
 template void fillSamples<Kuv32s>(Random&, const Image&, int);
 template void fillSamples<Kuv32u>(Random&, const Image&, int);
 template void fillSamples<Kuv32f>(Random&, const Image&, int);
+template void fillSamples<Kuv64f>(Random&, const Image&, int);
 
 }  // namespace kuvtest

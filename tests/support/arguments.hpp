@@ -31,10 +31,12 @@ bool sameBits(const void* got, const void* wanted) {
 }
 
 // For sums of which both operands may be NaN: which NaN comes out is not stated.
-inline bool sameRealOrBothNaN(const void* got, const void* wanted) {
-    const float a = load<float>(got), b = load<float>(wanted);
-    return sameBits<float>(got, wanted) || (a != a && b != b);
+template <class T>
+bool sameOrBothNaN(const void* got, const void* wanted) {
+    const T a = load<T>(got), b = load<T>(wanted);
+    return sameBits<T>(got, wanted) || (a != a && b != b);
 }
+inline bool sameRealOrBothNaN(const void* got, const void* wanted) { return sameOrBothNaN<float>(got, wanted); }
 
 struct DrawnImage {
     Image image;
@@ -80,6 +82,7 @@ extern template void fillSamples<Kuv16s>(Random&, const Image&, int);
 extern template void fillSamples<Kuv32s>(Random&, const Image&, int);
 extern template void fillSamples<Kuv32u>(Random&, const Image&, int);
 extern template void fillSamples<Kuv32f>(Random&, const Image&, int);
+extern template void fillSamples<Kuv64f>(Random&, const Image&, int);
 
 template <class T>
 Image& Draw::image(Role role, int elements, int rows, std::ptrdiff_t step, ElementCompare same) {

@@ -1,0 +1,24 @@
+// Sums, means, deviations and extremes, and what the compiler makes of the plain loops.
+#include "loops.hpp"
+#include "support/cases.hpp"
+#include "support/forms.hpp"
+
+using namespace kuvbench;
+
+#define MEASUREMENT(function, loop, name, ...)    \
+    KUV_BENCHMARK(function, name, __VA_ARGS__)    \
+    KUV_LOOP_PEERS(function, loop, __VA_ARGS__)
+MEASUREMENT(kuviSum_32f_C1R, sumReals, "fast", Measured<Kuv32f, 1>)
+MEASUREMENT(kuviSum_32f_C1R, sumReals, "accurate", Measured<Kuv32f, 1, 2>)
+MEASUREMENT(kuviMean_32f_C1R, meanReals, "fast", Measured<Kuv32f, 1>)
+MEASUREMENT(kuviMean_32f_C1R, meanReals, "accurate", Measured<Kuv32f, 1, 2>)
+MEASUREMENT(kuviMean_16s_C1R, meanSigned, "aligned", Measured<Kuv16s, 1>)
+MEASUREMENT(kuviMean_8u_C3R, meanThree, "aligned", Measured<Kuv8u, 3>)
+MEASUREMENT(kuviMean_StdDev_8u_C1R, deviation8, "aligned", Measured<Kuv8u, 1>)
+MEASUREMENT(kuviMean_StdDev_16u_C1R, deviation16, "aligned", Measured<Kuv16u, 1>)
+MEASUREMENT(kuviMean_StdDev_32f_C1R, deviationReals, "one pass", Measured<Kuv32f, 1>)
+MEASUREMENT(kuviMean_StdDev_32f_C1R, deviationReals, "two passes", Measured<Kuv32f, 1, 0, 90>)
+MEASUREMENT(kuviMean_StdDev_8u_C3CR, deviationOfThree, "second channel", Measured<Kuv8u, 3, 2>)
+MEASUREMENT(kuviMinMax_16s_C1R, rangeSigned, "aligned", Measured<Kuv16s, 1>)
+MEASUREMENT(kuviMinMax_32f_C1R, rangeReals, "aligned", Measured<Kuv32f, 1>)
+MEASUREMENT(kuviMax_32f_C3R, largestOfThree, "aligned", Measured<Kuv32f, 3>)

@@ -1,0 +1,87 @@
+// Smallest and largest samples.
+#include "core/checks.hpp"
+#include "stats/extremes_kernels.hpp"
+
+namespace kuv::KUV_VARIANT {
+namespace {
+
+// The first zero of a channel, of which there is one. It has a sign.
+Kuv32f firstZero(const Kuv32f* src, ptrdiff_t step, KuviSize roi, int channels, int channel) {
+    for (ptrdiff_t row = 0; row < roi.height; ++row) {
+        const Kuv32f* const samples = rowAt(src, step, row);
+        for (ptrdiff_t i = channel; i < ptrdiff_t{channels} * roi.width; i += channels) {
+            if (const Kuv32f sample = loadSample(samples + i); sample == 0) return sample;
+        }
+    }
+    return 0;
+}
+
+// The extreme of lanes, each `channels` apart. Each lane keeps its first zero; only if two differ has it to be asked which came first.
+template <class Better>
+Kuv32f realExtreme(const Kuv32f* lanes, int count, int channels, int channel, Better better, const Kuv32f* src, ptrdiff_t step,
+                   KuviSize roi) {
+    Kuv32f extreme = lanes[channel];
+    for (int i = channel; i < count; i += channels) extreme = better(lanes[i], extreme);
+    if (extreme != 0) return extreme;
+    for (int i = channel; i < count; i += channels) {
+        if (lanes[i] == 0 && __builtin_signbit(lanes[i]) != __builtin_signbit(extreme)) {
+            return firstZero(src, step, roi, channels, channel);
+        }
+    }
+    return extreme;
+}
+
+constexpr auto lower = [](auto sample, auto extreme) { return minimum(sample, extreme); };
+constexpr auto higher = [](auto sample, auto extreme) { return maximum(sample, extreme); };
+
+}  // namespace
+}  // namespace kuv::KUV_VARIANT
+
+KuvStatus KUV_VARIANT_FUNCTION(kuviMinMax_16s_C1R)(const Kuv16s* src, Kuv32s srcStep, KuviSize roiSize, Kuv16s* minValue,
+                                                   Kuv16s* maxValue) {
+    using namespace kuv::KUV_VARIANT;
+    if (anyNull(src, minValue, maxValue)) return kuvStatusNullPtr;
+    if (emptyRoi(roiSize)) return kuvStatusBadSize;
+    Range<Kuv16s> range(loadSample(src));
+    reduceAll<1>(range, src, srcStep, roiSize);
+    constexpr ptrdiff_t lanes = Range<Kuv16s>::blockSamples;
+    Kuv16s smallest[lanes], largest[lanes];
+    range.extremes(smallest, largest);
+    for (ptrdiff_t i = 1; i < lanes; ++i) {
+        smallest[0] = minimum(smallest[i], smallest[0]);
+        largest[0] = maximum(largest[i], largest[0]);
+    }
+    storeSample(minValue, smallest[0]);
+    storeSample(maxValue, largest[0]);
+    return kuvStatusOk;
+}
+
+KuvStatus KUV_VARIANT_FUNCTION(kuviMinMax_32f_C1R)(const Kuv32f* src, Kuv32s srcStep, KuviSize roiSize, Kuv32f* minValue,
+                                                   Kuv32f* maxValue) {
+    using namespace kuv::KUV_VARIANT;
+    if (anyNull(src, minValue, maxValue)) return kuvStatusNullPtr;
+    if (emptyRoi(roiSize)) return kuvStatusBadSize;
+    Range<Kuv32f> range(loadSample(src));
+    reduceAll<1>(range, src, srcStep, roiSize);
+    constexpr int lanes = Range<Kuv32f>::blockSamples;
+    Kuv32f smallest[lanes], largest[lanes];
+    range.extremes(smallest, largest);
+    storeSample(minValue, realExtreme(smallest, lanes, 1, 0, lower, src, srcStep, roiSize));
+    storeSample(maxValue, realExtreme(largest, lanes, 1, 0, higher, src, srcStep, roiSize));
+    return kuvStatusOk;
+}
+
+KuvStatus KUV_VARIANT_FUNCTION(kuviMax_32f_C3R)(const Kuv32f* src, Kuv32s srcStep, KuviSize roiSize, Kuv32f maxValue[3]) {
+    using namespace kuv::KUV_VARIANT;
+    if (anyNull(src, maxValue)) return kuvStatusNullPtr;
+    if (emptyRoi(roiSize)) return kuvStatusBadSize;
+    ThreeLargest accumulator(src);
+    reduceAll<3>(accumulator, src, srcStep, roiSize);
+    constexpr int lanes = ThreeLargest::blockSamples;
+    Kuv32f largest[lanes];
+    accumulator.extremes(largest);
+    Kuv32f results[3];
+    for (int c = 0; c < 3; ++c) results[c] = realExtreme(largest, lanes, 3, c, higher, src, srcStep, roiSize);
+    for (int c = 0; c < 3; ++c) storeSample(maxValue + c, results[c]);
+    return kuvStatusOk;
+}
