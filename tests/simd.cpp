@@ -270,7 +270,7 @@ const std::map<std::string, Reference>& references() {
         }},
         {"packUnsigned Kuv16s", packed<Kuv16s, Kuv8u>()}, {"packUnsigned Kuv32s", packed<Kuv32s, Kuv16u>()},
         {"interleaveHalves Kuv8u", halvesInterleaved<Kuv8u>()}, {"interleaveHalves Kuv16u", halvesInterleaved<Kuv16u>()},
-        {"blend<0xAA> Kuv16u", blended(0xAA)}, {"blend<0x49> Kuv16u", blended(0x49)},
+        {"blend<0xAA> Kuv16u", blended(0xAA)}, {"blend<0x49> Kuv16u", blended(0x49)}, {"blend<0x6> Kuv32u", blended(0x3C)},
         {"bitsOf Kuv8u", [](In a, In b, In, int bytes, Out result) {
             std::uint32_t bits = 0;
             for (int i = 0; i < bytes; ++i) bits |= std::uint32_t{a[i] == b[i]} << i;
@@ -280,6 +280,7 @@ const std::map<std::string, Reference>& references() {
             for (int i = 0; i < bytes; ++i) result[i] = load<std::uint32_t>(a) >> i & 1 ? 0xFF : 0;
         }},
         {"storeInterleaved3 Kuv8u", interleaved3<Kuv8u>()}, {"storeInterleaved3 Kuv16u", interleaved3<Kuv16u>()},
+        {"storeInterleaved3 Kuv32u", interleaved3<Kuv32u>()},
         {"add Kuv32f", arithmetic(std::plus<float>())}, {"single add Kuv32f", arithmetic(std::plus<float>())},
         {"sub Kuv32f", arithmetic(std::minus<float>())}, {"multiply Kuv32f", arithmetic(std::multiplies<float>())},
         {"minimum Kuv32f", ofTwo(std::less<float>())}, {"maximum Kuv32f", ofTwo(std::greater<float>())},

@@ -112,11 +112,13 @@ constexpr SimdOperation operations[] = {
     OPERATION("interleaveHalves", Kuv16u, interleaveHalves(a))
     OPERATION("blend<0xAA>", Kuv16u, blend<0xAA>(a, b))
     OPERATION("blend<0x49>", Kuv16u, blend<0x49>(a, b))
+    OPERATION("blend<0x6>", Kuv32u, blend<0x6>(a, b))
 
     OPERATION("bitsOf", Kuv8u, bitsOf(equal(a, b)))
     OPERATION("maskOf", Kuv8u, maskOf<V>(loadSample(reinterpret_cast<const Kuv32u*>(first))))
     RUN("storeInterleaved3", Kuv8u, storeInterleaved3(reinterpret_cast<Kuv8u*>(result), a, b, c))
     RUN("storeInterleaved3", Kuv16u, storeInterleaved3(reinterpret_cast<Kuv16u*>(result), a, b, c))
+    RUN("storeInterleaved3", Kuv32u, storeInterleaved3(reinterpret_cast<Kuv32u*>(result), a, b, c))
 
     REAL_BINARY(add, Kuv32f) REAL_BINARY(multiply, Kuv32f) REAL_BINARY(sub, Kuv32f)
     REAL_BINARY(minimum, Kuv32f) REAL_BINARY(maximum, Kuv32f)

@@ -76,65 +76,151 @@ KUV_INLINE V meanOfMeans(V a, V b, V c, V d, V x, V y) {
     return as<typename V::Lane>(sub(as<Signed>(average(x, y)), as<Signed>(excess)));
 }
 
-// Lanes of green sites, the even ones if the first is green, from a, the others from b.
-template <bool greenFirst, class V>
-KUV_INLINE V atGreen(V a, V b) {
-    if constexpr (sizeof(typename V::Lane) == 2) {
-        return blend<greenFirst ? 0x55 : 0xAA>(b, a);
+// A mask.
+template <class V>
+KUV_INLINE V evenLanes() {
+    using T = typename V::Lane;
+    if constexpr (sizeof(T) == 1) return as<T>(fill<Vector<Kuv16s, V::bytes>>(0xFF));
+    else return as<T>(fill<Vector<Kuv32s, V::bytes>>(0xFFFF));
+}
+
+template <class V>
+constexpr bool alternatesAtOnce = sizeof(typename V::Lane) == 2 && hasSSE41;
+
+// Lanes in turn from `even` and from `odd`.
+template <class V>
+KUV_INLINE V alternate(V even, V odd) {
+    if constexpr (alternatesAtOnce<V>) {
+        return blend<0xAA>(even, odd);
     } else {
-        const V green = as<Kuv8u>(fill<Vector<Kuv16s, V::bytes>>(static_cast<Kuv16s>(greenFirst ? 0x00FF : 0xFF00)));
-        return select(green, a, b);
+        // A selection by a mask takes three of these operations on some processors, and of two alternations both ways they share two.
+        return bitXor(odd, bitAnd(bitXor(even, odd), evenLanes<V>()));
     }
 }
 
-// As many columns as V has lanes, from c on.
-template <bool ring, class V, bool greenFirst, class T>
-KUV_INLINE void interpolateVector(const MosaicRows<T>& rows, ptrdiff_t c, T* out, RowColours colours) {
-    const auto at = [&](int row, int column) { return load<V>(rows[row] + c + column); };
-    const V up = at(-1, 0), down = at(1, 0), left = at(0, -1), right = at(0, 1), site = at(0, 0);
+// The even (odd) lanes of a, each followed by that of b, as one lane of twice the width.
+template <class V>
+using Pairs = Vector<std::conditional_t<sizeof(typename V::Lane) == 1, Kuv16u, Kuv32u>, V::bytes>;
+template <class V>
+KUV_INLINE Pairs<V> evenPairs(V a, V b) {
+    using Wide = typename Pairs<V>::Lane;
+    const auto upper = as<typename V::Lane>(shiftLeft<4 * sizeof(Wide)>(as<std::make_signed_t<Wide>>(b)));
+    if constexpr (alternatesAtOnce<V>) return as<Wide>(alternate(a, upper));
+    else return as<Wide>(bitOr(bitAnd(a, evenLanes<V>()), upper));
+}
+template <class V>
+KUV_INLINE Pairs<V> oddPairs(V a, V b) {
+    using Wide = typename Pairs<V>::Lane;
+    const auto lower = as<typename V::Lane>(shiftRight<4 * sizeof(Wide)>(as<Wide>(a)));
+    if constexpr (alternatesAtOnce<V>) return as<Wide>(alternate(lower, b));
+    else return as<Wide>(bitOr(lower, bitAndNot(evenLanes<V>(), b)));
+}
+
+// Two neighbouring rows of a mosaic, a with red and blue in even columns and b with red and blue in odd ones. As one row that alternates
+// between both there is red and blue only, or green only, so that nothing is computed for a site that does not need it.
+template <class T>
+class PairStrip {
+public:
+    static constexpr ptrdiff_t columns = 1024 / sizeof(T);
+
+    // `count` columns from c on, with two more to either side.
+    template <class V>
+    KUV_INLINE void fill(const MosaicRows<T>& a, const MosaicRows<T>& b, ptrdiff_t c, ptrdiff_t count) {
+        const auto fillAt = [&](ptrdiff_t i) __attribute__((always_inline)) {
+            const auto from = [&](const T* row) { return load<V>(row + c + i); };
+            store(sites_ + margin + i, alternate(from(a[0]), from(b[0])));
+            for (int k = 0; k < 3; ++k) store(beside_[k] + margin + i, alternate(from(b[k - 1]), from(a[k - 1])));
+        };
+        fillAt(-2);
+        for (ptrdiff_t i = 0; i + V::lanes <= count; i += V::lanes) fillAt(i);
+        fillAt(count + 2 - V::lanes);
+    }
+
+    // From column i of the strip on: where both rows have red or blue, or what stands `row` rows below where they have not.
+    template <class V>
+    KUV_INLINE V site(ptrdiff_t i) const { return load<V>(sites_ + margin + i); }
+    template <class V>
+    KUV_INLINE V beside(int row, ptrdiff_t i) const { return load<V>(beside_[1 + row] + margin + i); }
+
+private:
+    static constexpr ptrdiff_t margin = 32 / sizeof(T);
+    alignas(32) T sites_[columns + 2 * margin], beside_[3][columns + 2 * margin];
+};
+
+// As many columns as V has lanes, from c on, which is column i of the strip. Either output may be null.
+template <bool ring, bool redFirst, class V, class T>
+KUV_INLINE void interpolatePairVector(const MosaicRows<T>& a, const MosaicRows<T>& b, const PairStrip<T>& strip, ptrdiff_t i, ptrdiff_t c, T* outA,
+                                      T* outB) {
+    const auto both = [&](int row) { return alternate(load<V>(a[row] + c), load<V>(b[row] + c)); };
+    const auto site = [&](int column) { return strip.template site<V>(i + column); };
+    const auto beside = [&](int row, int column) { return strip.template beside<V>(row, i + column); };
+    const V up = both(-1), down = both(1), left = beside(0, -1), right = beside(0, 1);
     const V vertical = average(up, down), horizontal = average(left, right);
     V first = vertical, second = horizontal;
     if constexpr (!ring) {
         // Both are the one along which less changes, where there is one. The mean of what is the same is the same.
-        const V alongColumn = absoluteDifference(at(-2, 0), at(2, 0)), alongRow = absoluteDifference(at(0, -2), at(0, 2));
+        const V alongColumn = absoluteDifference(both(-2), both(2)), alongRow = absoluteDifference(site(-2), site(2));
         const V least = minimum(alongColumn, alongRow), either = bitXor(vertical, horizontal);
         first = bitXor(horizontal, bitAnd(either, equal(least, alongColumn)));
         second = bitXor(vertical, bitAnd(either, equal(least, alongRow)));
     }
     const V around = meanOfMeans(up, down, left, right, first, second);
-    const V upLeft = at(-1, -1), upRight = at(-1, 1), downLeft = at(1, -1), downRight = at(1, 1);
+    const V upLeft = beside(-1, -1), upRight = beside(-1, 1), downLeft = beside(1, -1), downRight = beside(1, 1);
     const V diagonals = meanOfMeans(upLeft, upRight, downLeft, downRight, average(upLeft, upRight), average(downLeft, downRight));
-    const V own = atGreen<greenFirst>(horizontal, site), other = atGreen<greenFirst>(vertical, diagonals);
-    const V middle = atGreen<greenFirst>(site, around);
-    if (colours.own == 0) {
-        storeInterleaved3(out + 3 * c, own, middle, other);
-    } else {
-        storeInterleaved3(out + 3 * c, other, middle, own);
+    const V ownAtGreen = average(site(-1), site(1)), otherAtGreen = average(beside(-1, 0), beside(1, 0));
+
+    // By place in a pixel of row a. In row b it is the other way round.
+    const V firstAtSite = redFirst ? site(0) : diagonals, lastAtSite = redFirst ? diagonals : site(0);
+    const V firstAtGreen = redFirst ? ownAtGreen : otherAtGreen, lastAtGreen = redFirst ? otherAtGreen : ownAtGreen;
+    using Wide = typename Pairs<V>::Lane;
+    const auto write = [&](T* out, Pairs<V> x, V y, Pairs<V> z) __attribute__((always_inline)) {
+        if (out) storeInterleaved3(reinterpret_cast<Wide*>(out + 3 * c), x, as<Wide>(y), z);
+    };
+    write(outA, evenPairs(firstAtSite, around), alternate(lastAtSite, firstAtGreen), oddPairs(beside(0, 0), lastAtGreen));
+    write(outB, evenPairs(lastAtGreen, beside(0, 0)), alternate(firstAtGreen, lastAtSite), oddPairs(around, firstAtSite));
+}
+
+// As many vectors as there are in columns `first` to `end` - 1, at which nothing is reflected. `redFirst` is said of row a. Either output
+// may be null; they are the pixels of column 0.
+template <bool ring, class V, class T>
+__attribute__((noinline)) void interpolatePair(const MosaicRows<T>& a, const MosaicRows<T>& b, ptrdiff_t first, ptrdiff_t end, bool redFirst,
+                                               T* outA, T* outB) {
+    PairStrip<T> strip;
+    const auto vectors = [&](auto order, ptrdiff_t count) __attribute__((always_inline)) {
+        for (ptrdiff_t i = 0; i < count; i += V::lanes) interpolatePairVector<ring, order.value, V>(a, b, strip, i, first + i, outA, outB);
+    };
+    while (end - first >= V::lanes) {
+        ptrdiff_t count = end - first < strip.columns ? end - first : strip.columns;
+        count -= count % V::lanes;
+        strip.template fill<V>(a, b, first, count);
+        if (redFirst) vectors(std::true_type{}, count);
+        else vectors(std::false_type{}, count);
+        first += count;
     }
 }
 
-// interpolateColumns by vectors, whose writes are aligned but for the first and the last. These may lie on others.
+// A row and, unless `nextOut` is null, the next one in columns at which nothing is reflected.
 template <bool ring, class T>
-KUV_INLINE void interpolateRow(const MosaicRows<T>& rows, ptrdiff_t first, ptrdiff_t end, ptrdiff_t greenParity, T* out, RowColours colours) {
+KUV_INLINE void interpolateRows(const MosaicRows<T>& rows, const MosaicRows<T>& nextRows, ptrdiff_t first, ptrdiff_t end, ptrdiff_t greenParity,
+                                T* out, T* nextOut, RowColours colours) {
     if constexpr (hasVectors) {
         using V = Native<T>;
-        const auto vectors = [&](auto greenFirst, ptrdiff_t from, ptrdiff_t to) __attribute__((always_inline)) {
-            for (ptrdiff_t c = from; c < to; c += V::lanes) interpolateVector<ring, V, greenFirst.value>(rows, c, out, colours);
-        };
         const auto some = [&](ptrdiff_t from, ptrdiff_t to) __attribute__((always_inline)) {
-            if (from % 2 == greenParity) vectors(std::true_type{}, from, to);
-            else vectors(std::false_type{}, from, to);
+            const bool isA = from % 2 != greenParity, isRed = colours.own == 0;
+            interpolatePair<ring, V>(isA ? rows : nextRows, isA ? nextRows : rows, from, to, isA == isRed, isA ? out : nextOut, isA ? nextOut : out);
         };
         if (end - first >= V::lanes) {
-            const ptrdiff_t last = end - V::lanes;
-            const ptrdiff_t aligned = first + pixelsToAlignment<3 * sizeof(T)>(out + 3 * first, V::bytes);
-            if (aligned > first && first < last) some(first, first + 1);
-            some(aligned, last);
-            some(last, end);
+            // Vectors at either end may lie on others. In long rows it pays to align those.
+            const ptrdiff_t unaligned = pixelsToAlignment<3 * sizeof(T)>(out + 3 * first, V::bytes);
+            const ptrdiff_t from = end - first < PairStrip<T>::columns ? first : first + unaligned;
+            if (from > first) some(first, first + V::lanes);
+            some(from, end);
+            if ((end - from) % V::lanes) some(end - V::lanes, end);
             return;
         }
     }
     interpolateColumns<ring>(rows, first, end, greenParity, out, colours);
+    if (nextOut) interpolateColumns<ring>(nextRows, first, end, 1 - greenParity, nextOut, colours.own == 0 ? blueRow : redRow);
 }
 
 }  // namespace

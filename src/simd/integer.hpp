@@ -209,16 +209,18 @@ KUV_INLINE Vector<T, bytes> interleaveHalves(Vector<T, bytes> v) {
     }
 }
 
-// Of each eight lanes those of b that have their bit in `chosen`, else those of a.
+// Of each 16 bytes the lanes of b that have their bit in `chosen`, else those of a.
 template <int chosen, class T, int bytes>
 KUV_INLINE Vector<T, bytes> blend(Vector<T, bytes> a, Vector<T, bytes> b) {
-    static_assert(sizeof(T) == 2);
+    static_assert(sizeof(T) == 2 || sizeof(T) == 4);
     if constexpr (bytes == 32) {
-        KUV_AVX2(return {_mm256_blend_epi16(a.raw, b.raw, chosen)};)
+        KUV_AVX2(if constexpr (sizeof(T) == 2) return {_mm256_blend_epi16(a.raw, b.raw, chosen)};
+                 else return {_mm256_blend_epi32(a.raw, b.raw, chosen * 17)};)
     } else if constexpr (hasSSE41) {
-        return {_mm_blend_epi16(a.raw, b.raw, chosen)};
+        constexpr int pairs = (chosen & 1) * 3 + (chosen >> 1 & 1) * 12 + (chosen >> 2 & 1) * 48 + (chosen >> 3 & 1) * 192;
+        return {_mm_blend_epi16(a.raw, b.raw, sizeof(T) == 2 ? chosen : pairs)};
     } else {
-        const auto lane = [](int i) { return static_cast<short>(chosen >> i & 1 ? -1 : 0); };
+        const auto lane = [](int i) { return static_cast<short>(chosen >> (sizeof(T) == 2 ? i : i / 2) & 1 ? -1 : 0); };
         const Vector<T, bytes> mask = {_mm_setr_epi16(lane(0), lane(1), lane(2), lane(3), lane(4), lane(5), lane(6), lane(7))};
         return bitOr(bitAndNot(mask, a), bitAnd(mask, b));
     }

@@ -6,30 +6,32 @@
 namespace kuv::KUV_VARIANT {
 namespace {
 
-// Which byte of a plane's 16 goes to each byte of the three output registers: pixel p, channel c of samples of sampleSize bytes
-// stands at byte (3p + c) * sampleSize. 0x80 where another plane's byte goes.
+// Which byte of each 16 of a plane goes to each byte of the three output registers: pixel p, channel c of samples of sampleSize bytes
+// stands at byte (3p + c) * sampleSize. 0x80 where another plane's byte goes. Twice the same, for registers of 32 bytes.
 struct Interleave3Shuffles {
-    unsigned char index[3][3][16];  // output, plane, byte
-    unsigned char together[3][16];  // of a plane: each byte for the only output that has it at that place
+    unsigned char index[3][3][32];  // output, plane, byte
+    unsigned char together[3][32];  // of a plane: each byte for the only output that has it at that place
 };
 
 constexpr Interleave3Shuffles interleave3Shuffles(int sampleSize) {
     Interleave3Shuffles all{};
     for (int byte = 0; byte < 48; ++byte) {
         const int sample = byte / sampleSize;
-        for (int plane = 0; plane < 3; ++plane) {
-            const int from = sample / 3 * sampleSize + byte % sampleSize;
-            all.index[byte / 16][plane][byte % 16] = static_cast<unsigned char>(sample % 3 == plane ? from : 0x80);
-            if (sample % 3 == plane) all.together[plane][byte % 16] = static_cast<unsigned char>(from);
+        for (int at = byte % 16; at < 32; at += 16) {
+            for (int plane = 0; plane < 3; ++plane) {
+                const auto from = static_cast<unsigned char>(sample / 3 * sampleSize + byte % sampleSize);
+                all.index[byte / 16][plane][at] = sample % 3 == plane ? from : 0x80;
+                if (sample % 3 == plane) all.together[plane][at] = from;
+            }
         }
     }
     return all;
 }
 
-// A bit for each 16-bit sample of an output register that comes from that plane.
-constexpr int samplesOfPlane(int output, int plane) {
+// A bit for each sample of an output register that comes from that plane.
+constexpr int samplesOfPlane(int output, int plane, int samples) {
     int bits = 0;
-    for (int i = 0; i < 8; ++i) bits |= ((8 * output + i) % 3 == plane) << i;
+    for (int i = 0; i < samples; ++i) bits |= ((samples * output + i) % 3 == plane) << i;
     return bits;
 }
 
@@ -44,13 +46,14 @@ KUV_INLINE void interleave3(const V (&planes)[3], V (&out)[3]) {
     using Bytes = Vector<Kuv8u, V::bytes>;
     using T = typename V::Lane;
     constexpr auto& shuffles = Interleave3<sizeof(T)>::shuffles;
-    const auto shuffled = [&](int plane, const unsigned char (&order)[16]) {
-        return shuffleBytes(as<Kuv8u>(planes[plane]), loadParts<Bytes>(order, 0));
+    const auto shuffled = [&](int plane, const unsigned char (&order)[32]) {
+        return as<T>(shuffleBytes(as<Kuv8u>(planes[plane]), load<Bytes>(order)));
     };
-    if constexpr (sizeof(T) == 2 && hasSSE41) {
-        const V a = as<T>(shuffled(0, shuffles.together[0])), b = as<T>(shuffled(1, shuffles.together[1])), c = as<T>(shuffled(2, shuffles.together[2]));
+    if constexpr (sizeof(T) > 1 && hasSSE41) {
+        const V a = shuffled(0, shuffles.together[0]), b = shuffled(1, shuffles.together[1]), c = shuffled(2, shuffles.together[2]);
         const auto merged = [&](auto output) {
-            out[output] = blend<samplesOfPlane(output, 2)>(blend<samplesOfPlane(output, 1)>(a, b), c);
+            constexpr int samples = 16 / sizeof(T);
+            out[output] = blend<samplesOfPlane(output, 2, samples)>(blend<samplesOfPlane(output, 1, samples)>(a, b), c);
         };
         merged(std::integral_constant<int, 0>{});
         merged(std::integral_constant<int, 1>{});
@@ -58,7 +61,7 @@ KUV_INLINE void interleave3(const V (&planes)[3], V (&out)[3]) {
     } else {
         for (int i = 0; i < 3; ++i) {
             const auto& index = shuffles.index[i];
-            out[i] = as<T>(bitOr(bitOr(shuffled(0, index[0]), shuffled(1, index[1])), shuffled(2, index[2])));
+            out[i] = bitOr(bitOr(shuffled(0, index[0]), shuffled(1, index[1])), shuffled(2, index[2]));
         }
     }
 }
@@ -66,6 +69,15 @@ KUV_INLINE void interleave3(const V (&planes)[3], V (&out)[3]) {
 // Without a byte shuffle: to pixels of three samples and a zero, then the gaps closed step by step.
 template <class T>
 KUV_INLINE void interleave3(const Vector<T, 16> (&planes)[3], Vector<T, 16> (&out)[3]) {
+    if constexpr (sizeof(T) == 4) {
+        const auto lanes = [](__m128i v) { return _mm_castsi128_ps(v); };
+        const __m128 a = lanes(planes[0].raw), b = lanes(planes[1].raw), c = lanes(planes[2].raw);
+        const __m128 low = _mm_unpacklo_ps(a, b), high = _mm_unpackhi_ps(a, b);
+        out[0].raw = _mm_castps_si128(_mm_shuffle_ps(low, _mm_shuffle_ps(c, a, 0x50), 0x84));
+        out[1].raw = _mm_castps_si128(_mm_shuffle_ps(_mm_shuffle_ps(b, c, 0x55), high, 0x48));
+        out[2].raw = _mm_castps_si128(_mm_shuffle_ps(_mm_shuffle_ps(c, a, 0xFA), _mm_shuffle_ps(b, c, 0xFF), 0x88));
+        return;
+    }
     const __m128i a = planes[0].raw, b = planes[1].raw, c = planes[2].raw, zero = _mm_setzero_si128();
     __m128i quarter[4];  // the low 12 bytes of each: four pixels of bytes, or two of 16-bit samples
     if constexpr (sizeof(T) == 1) {
