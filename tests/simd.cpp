@@ -38,6 +38,13 @@ Reference binary(F f) {
     return eachLane<T, R>([f](std::int64_t a, std::int64_t b, std::int64_t) { return f(a, b); });
 }
 
+template <class F>
+Reference ofLongs(F f) {
+    return [f](In a, In b, In, int bytes, Out result) {
+        for (int i = 0; i < lanesIn<Kuv64u>(bytes); ++i) store(result, i, f(load<Kuv64u>(a, i), load<Kuv64u>(b, i)));
+    };
+}
+
 // Both halves of each 16 bytes of the result, from f of 16 bytes of a and of b.
 template <class T, class R>
 Reference packed(int shift = sizeof(T) == 4 ? 1 : 0) {
@@ -90,6 +97,19 @@ Reference interleaved3() {
             store(result, 3 * i, load<T>(a, i));
             store(result, 3 * i + 1, load<T>(b, i));
             store(result, 3 * i + 2, load<T>(c, i));
+        }
+    };
+}
+
+// Of the lanes in each eight bytes.
+template <class T>
+Reference sumsOf() {
+    return [](In a, In, In, int bytes, Out result) {
+        constexpr int count = 8 / sizeof(T);
+        for (int i = 0; i < bytes / 8; ++i) {
+            std::uint64_t sum = 0;
+            for (int k = 0; k < count; ++k) sum += load<T>(a, count * i + k);
+            store(result, i, sum);
         }
     };
 }
@@ -213,7 +233,9 @@ const std::map<std::string, Reference>& references() {
         }},
         {"as Kuv8u", binary<Kuv8u>([](auto a, auto) { return a; })},
         {"fill Kuv8u", filled<Kuv8u>()}, {"fill Kuv16s", filled<Kuv16s>()}, {"fill Kuv32s", filled<Kuv32s>()},
+        {"fill Kuv64u", filled<Kuv64u>()},
         {"add Kuv8s", sum<Kuv8s>()}, {"add Kuv16s", sum<Kuv16s>()}, {"add Kuv32s", sum<Kuv32s>()},
+        {"add Kuv64u", ofLongs([](Kuv64u a, Kuv64u b) { return a + b; })}, {"sumsOfEight Kuv8u", sumsOf<Kuv8u>()}, {"sumsOfTwo Kuv32u", sumsOf<Kuv32u>()},
         {"sub Kuv8s", difference<Kuv8s>()}, {"sub Kuv16s", difference<Kuv16s>()}, {"sub Kuv32s", difference<Kuv32s>()},
         {"subSaturated Kuv8u", differenceOr0<Kuv8u>()}, {"subSaturated Kuv16u", differenceOr0<Kuv16u>()},
         {"average Kuv8u", mean<Kuv8u>()}, {"average Kuv16u", mean<Kuv16u>()},
@@ -247,6 +269,7 @@ const std::map<std::string, Reference>& references() {
         {"shiftRight<8> Kuv32s", right<Kuv32s>(8)}, {"shiftRight<16> Kuv32s", right<Kuv32s>(16)}, {"shiftRight<31> Kuv32s", right<Kuv32s>(31)},
         {"shiftRight<0> Kuv16u", right<Kuv16u>(0)}, {"shiftRight<8> Kuv16u", right<Kuv16u>(8)}, {"shiftRight<15> Kuv16u", right<Kuv16u>(15)},
         {"shiftRight<0> Kuv32u", right<Kuv32u>(0)}, {"shiftRight<16> Kuv32u", right<Kuv32u>(16)}, {"shiftRight<31> Kuv32u", right<Kuv32u>(31)},
+        {"shiftRight<32> Kuv64u", ofLongs([](Kuv64u a, Kuv64u) { return a >> 32; })},
         {"interleaveLow Kuv8u", halfInterleaved<Kuv8u>(0)}, {"interleaveLow Kuv16u", halfInterleaved<Kuv16u>(0)},
         {"interleaveHigh Kuv8u", halfInterleaved<Kuv8u>(1)}, {"interleaveHigh Kuv16u", halfInterleaved<Kuv16u>(1)},
         {"loadWidened Kuv16u", [](In a, In, In, int bytes, Out result) {

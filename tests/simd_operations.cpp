@@ -69,8 +69,9 @@ constexpr SimdOperation operations[] = {
     OPERATION("fill", Kuv8u, fill<V>(*first))
     OPERATION("fill", Kuv16s, fill<V>(loadSample(reinterpret_cast<const Kuv16s*>(first))))
     OPERATION("fill", Kuv32s, fill<V>(loadSample(reinterpret_cast<const Kuv32s*>(first))))
+    OPERATION("fill", Kuv64u, fill<V>(loadSample(reinterpret_cast<const Kuv64u*>(first))))
 
-    BINARY(add, Kuv8s) BINARY(add, Kuv16s) BINARY(add, Kuv32s)
+    BINARY(add, Kuv8s) BINARY(add, Kuv16s) BINARY(add, Kuv32s) BINARY(add, Kuv64u)
     BINARY(sub, Kuv8s) BINARY(sub, Kuv16s) BINARY(sub, Kuv32s)
     BINARY(subSaturated, Kuv8u) BINARY(subSaturated, Kuv16u)
     BINARY(average, Kuv8u) BINARY(average, Kuv16u)
@@ -80,6 +81,8 @@ constexpr SimdOperation operations[] = {
     // Weights from -64 to 63: the sum must fit.
     OPERATION("multiplyAddPairs", Kuv8u,
               multiplyAddPairs(a, sub(as<Kuv8s>(bitAnd(b, fill<V>(0x7F))), as<Kuv8s>(fill<V>(64)))))
+    OPERATION("sumsOfEight", Kuv8u, sumsOfEight(a))
+    OPERATION("sumsOfTwo", Kuv32u, sumsOfTwo(a))
     BINARY(equal, Kuv8u) BINARY(equal, Kuv8s) BINARY(equal, Kuv16u) BINARY(equal, Kuv16s)
     BINARY(greater, Kuv8s) BINARY(greater, Kuv16s) BINARY(greater, Kuv32s)
     BINARY(minimum, Kuv8u) BINARY(minimum, Kuv16s) BINARY(minimum, Kuv16u) BINARY(minimum, Kuv32s)
@@ -97,6 +100,7 @@ constexpr SimdOperation operations[] = {
     SHIFT(shiftRight, 16, Kuv32s) SHIFT(shiftRight, 31, Kuv32s)
     SHIFT(shiftRight, 0, Kuv16u) SHIFT(shiftRight, 8, Kuv16u) SHIFT(shiftRight, 15, Kuv16u)
     SHIFT(shiftRight, 0, Kuv32u) SHIFT(shiftRight, 16, Kuv32u) SHIFT(shiftRight, 31, Kuv32u)
+    SHIFT(shiftRight, 32, Kuv64u)
 
     BINARY(interleaveLow, Kuv8u) BINARY(interleaveLow, Kuv16u) BINARY(interleaveHigh, Kuv8u) BINARY(interleaveHigh, Kuv16u)
     OPERATION("loadWidened", Kuv16u, loadWidened<V>(first))

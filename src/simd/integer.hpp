@@ -19,6 +19,7 @@ namespace {
 KUV_BINARY(add, Kuv8s, Kuv8s, add_epi8)
 KUV_BINARY(add, Kuv16s, Kuv16s, add_epi16)
 KUV_BINARY(add, Kuv32s, Kuv32s, add_epi32)
+KUV_BINARY(add, Kuv64u, Kuv64u, add_epi64)
 KUV_BINARY(sub, Kuv8s, Kuv8s, sub_epi8)
 KUV_BINARY(sub, Kuv16s, Kuv16s, sub_epi16)
 KUV_BINARY(sub, Kuv32s, Kuv32s, sub_epi32)
@@ -93,6 +94,7 @@ KUV_SHIFT(shiftRight, Kuv16s, srai_epi16)
 KUV_SHIFT(shiftRight, Kuv32s, srai_epi32)
 KUV_SHIFT(shiftRight, Kuv16u, srli_epi16)
 KUV_SHIFT(shiftRight, Kuv32u, srli_epi32)
+KUV_SHIFT(shiftRight, Kuv64u, srli_epi64)
 
 #undef KUV_SHIFT
 
@@ -155,6 +157,23 @@ KUV_INLINE Vector<Kuv16s, bytes> multiplyAddPairs(Vector<Kuv8u, bytes> a, Vector
         const auto high = multiplyLow(as<Kuv16s>(shiftRight<8>(as<Kuv16u>(a))), shiftRight<8>(as<Kuv16s>(b)));
         return add(low, high);
     }
+}
+
+// The sums of eight bytes each.
+template <int bytes>
+KUV_INLINE Vector<Kuv64u, bytes> sumsOfEight(Vector<Kuv8u, bytes> v) {
+    if constexpr (bytes == 16) {
+        return {_mm_sad_epu8(v.raw, _mm_setzero_si128())};
+    } else {
+        KUV_AVX2(return {_mm256_sad_epu8(v.raw, _mm256_setzero_si256())};)
+    }
+}
+
+// The sums of two lanes each.
+template <int bytes>
+KUV_INLINE Vector<Kuv64u, bytes> sumsOfTwo(Vector<Kuv32u, bytes> v) {
+    const auto low = as<Kuv64u>(bitAnd(v, as<Kuv32u>(fill<Vector<Kuv64u, bytes>>(0xFFFFFFFF))));
+    return add(low, shiftRight<32>(as<Kuv64u>(v)));
 }
 
 // The lower 32 bits of the products.

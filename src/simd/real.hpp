@@ -7,6 +7,9 @@ namespace kuv::KUV_VARIANT {
 namespace {
 
 KUV_INLINE Kuv32f add(Kuv32f a, Kuv32f b) { return a + b; }
+KUV_INLINE Kuv64f add(Kuv64f a, Kuv64f b) { return a + b; }
+KUV_INLINE Kuv64f sub(Kuv64f a, Kuv64f b) { return a - b; }
+KUV_INLINE Kuv64f multiply(Kuv64f a, Kuv64f b) { return a * b; }
 
 // result = instruction(a, b) for lanes of one type, in both widths.
 #define KUV_REAL_BINARY(operation, T, instruction)                                                                            \

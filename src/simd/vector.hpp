@@ -155,10 +155,12 @@ KUV_INLINE V fill(typename V::Lane value) {
         if constexpr (size == 1) return {_mm_set1_epi8(static_cast<char>(value))};
         if constexpr (size == 2) return {_mm_set1_epi16(static_cast<short>(value))};
         if constexpr (size == 4) return {_mm_set1_epi32(static_cast<int>(value))};
+        if constexpr (size == 8) return {_mm_set1_epi64x(static_cast<long long>(value))};
     } else {
         KUV_AVX2(if constexpr (size == 1) return {_mm256_set1_epi8(static_cast<char>(value))};
                  if constexpr (size == 2) return {_mm256_set1_epi16(static_cast<short>(value))};
-                 if constexpr (size == 4) return {_mm256_set1_epi32(static_cast<int>(value))};)
+                 if constexpr (size == 4) return {_mm256_set1_epi32(static_cast<int>(value))};
+                 if constexpr (size == 8) return {_mm256_set1_epi64x(static_cast<long long>(value))};)
     }
 }
 

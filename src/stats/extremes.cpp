@@ -16,16 +16,17 @@ Kuv32f firstZero(const Kuv32f* src, ptrdiff_t step, KuviSize roi, int channels, 
     return 0;
 }
 
-// The extreme of lanes, each `channels` apart. Each lane keeps its first zero; only if two differ has it to be asked which came first.
-template <class Better>
-Kuv32f realExtreme(const Kuv32f* lanes, int count, int channels, int channel, Better better, const Kuv32f* src, ptrdiff_t step,
-                   KuviSize roi) {
-    Kuv32f extreme = lanes[channel];
+// The extreme of lanes, each `channels` apart. Each lane of reals keeps its first zero; only if two differ has it to be asked which came
+// first.
+template <class T, class Better>
+T extremeOf(const T* lanes, int count, int channels, int channel, Better better, const T* src, ptrdiff_t step, KuviSize roi) {
+    T extreme = lanes[channel];
     for (int i = channel; i < count; i += channels) extreme = better(lanes[i], extreme);
-    if (extreme != 0) return extreme;
-    for (int i = channel; i < count; i += channels) {
-        if (lanes[i] == 0 && __builtin_signbit(lanes[i]) != __builtin_signbit(extreme)) {
-            return firstZero(src, step, roi, channels, channel);
+    if constexpr (std::is_floating_point_v<T>) {
+        for (int i = channel; extreme == 0 && i < count; i += channels) {
+            if (lanes[i] == 0 && __builtin_signbit(lanes[i]) != __builtin_signbit(extreme)) {
+                return firstZero(src, step, roi, channels, channel);
+            }
         }
     }
     return extreme;
@@ -34,41 +35,31 @@ Kuv32f realExtreme(const Kuv32f* lanes, int count, int channels, int channel, Be
 constexpr auto lower = [](auto sample, auto extreme) { return minimum(sample, extreme); };
 constexpr auto higher = [](auto sample, auto extreme) { return maximum(sample, extreme); };
 
+template <class T>
+KuvStatus minMax(const T* src, ptrdiff_t step, KuviSize roi, T* minValue, T* maxValue) {
+    if (anyNull(src, minValue, maxValue)) return kuvStatusNullPtr;
+    if (emptyRoi(roi)) return kuvStatusBadSize;
+    Range<T> range(loadSample(src));
+    reduceAll<1>(range, src, step, roi);
+    constexpr int lanes = Range<T>::blockSamples;
+    T smallest[lanes], largest[lanes];
+    range.extremes(smallest, largest);
+    storeSample(minValue, extremeOf(smallest, lanes, 1, 0, lower, src, step, roi));
+    storeSample(maxValue, extremeOf(largest, lanes, 1, 0, higher, src, step, roi));
+    return kuvStatusOk;
+}
+
 }  // namespace
 }  // namespace kuv::KUV_VARIANT
 
 KuvStatus KUV_VARIANT_FUNCTION(kuviMinMax_16s_C1R)(const Kuv16s* src, Kuv32s srcStep, KuviSize roiSize, Kuv16s* minValue,
                                                    Kuv16s* maxValue) {
-    using namespace kuv::KUV_VARIANT;
-    if (anyNull(src, minValue, maxValue)) return kuvStatusNullPtr;
-    if (emptyRoi(roiSize)) return kuvStatusBadSize;
-    Range<Kuv16s> range(loadSample(src));
-    reduceAll<1>(range, src, srcStep, roiSize);
-    constexpr ptrdiff_t lanes = Range<Kuv16s>::blockSamples;
-    Kuv16s smallest[lanes], largest[lanes];
-    range.extremes(smallest, largest);
-    for (ptrdiff_t i = 1; i < lanes; ++i) {
-        smallest[0] = minimum(smallest[i], smallest[0]);
-        largest[0] = maximum(largest[i], largest[0]);
-    }
-    storeSample(minValue, smallest[0]);
-    storeSample(maxValue, largest[0]);
-    return kuvStatusOk;
+    return kuv::KUV_VARIANT::minMax(src, srcStep, roiSize, minValue, maxValue);
 }
 
 KuvStatus KUV_VARIANT_FUNCTION(kuviMinMax_32f_C1R)(const Kuv32f* src, Kuv32s srcStep, KuviSize roiSize, Kuv32f* minValue,
                                                    Kuv32f* maxValue) {
-    using namespace kuv::KUV_VARIANT;
-    if (anyNull(src, minValue, maxValue)) return kuvStatusNullPtr;
-    if (emptyRoi(roiSize)) return kuvStatusBadSize;
-    Range<Kuv32f> range(loadSample(src));
-    reduceAll<1>(range, src, srcStep, roiSize);
-    constexpr int lanes = Range<Kuv32f>::blockSamples;
-    Kuv32f smallest[lanes], largest[lanes];
-    range.extremes(smallest, largest);
-    storeSample(minValue, realExtreme(smallest, lanes, 1, 0, lower, src, srcStep, roiSize));
-    storeSample(maxValue, realExtreme(largest, lanes, 1, 0, higher, src, srcStep, roiSize));
-    return kuvStatusOk;
+    return kuv::KUV_VARIANT::minMax(src, srcStep, roiSize, minValue, maxValue);
 }
 
 KuvStatus KUV_VARIANT_FUNCTION(kuviMax_32f_C3R)(const Kuv32f* src, Kuv32s srcStep, KuviSize roiSize, Kuv32f maxValue[3]) {
@@ -81,7 +72,7 @@ KuvStatus KUV_VARIANT_FUNCTION(kuviMax_32f_C3R)(const Kuv32f* src, Kuv32s srcSte
     Kuv32f largest[lanes];
     accumulator.extremes(largest);
     Kuv32f results[3];
-    for (int c = 0; c < 3; ++c) results[c] = realExtreme(largest, lanes, 3, c, higher, src, srcStep, roiSize);
+    for (int c = 0; c < 3; ++c) results[c] = extremeOf(largest, lanes, 3, c, higher, src, srcStep, roiSize);
     for (int c = 0; c < 3; ++c) storeSample(maxValue + c, results[c]);
     return kuvStatusOk;
 }

@@ -1,7 +1,7 @@
 // Accumulators of smallest and largest samples.
 #pragma once
 
-#include "simd/real.hpp"
+#include "stats/lanes.hpp"
 #include "stats/reduction.hpp"
 
 namespace kuv::KUV_VARIANT {
@@ -17,17 +17,6 @@ KUV_INLINE std::enable_if_t<std::is_arithmetic_v<T>, T> maximum(T sample, T extr
     return extreme < sample ? sample : extreme;
 }
 
-template <class T>
-struct Lanes {
-    using Type = std::conditional_t<hasVectors, Native<T>, T>;
-    static constexpr int count = sizeof(Type) / sizeof(T);
-
-    static KUV_INLINE Type loaded(const T* from) {
-        if constexpr (hasVectors) return load<Type>(from);
-        else return loadSample(from);
-    }
-};
-
 // Extremes of one channel, in as many lanes as a block has samples, which all begin with the first sample.
 template <class T>
 class Range {
@@ -38,10 +27,8 @@ public:
     static constexpr ptrdiff_t blockSamples = lanes, blocksToFlush = endless;
 
     explicit Range(T first) : first_(first) {
-        T block[Lanes<T>::count];
-        for (T& each : block) each = first;
 #pragma GCC unroll 4
-        for (int k = 0; k < registers; ++k) smallest_[k] = largest_[k] = Lanes<T>::loaded(block);
+        for (int k = 0; k < registers; ++k) smallest_[k] = largest_[k] = Lanes<T>::filled(first);
     }
     KUV_INLINE T padding(ptrdiff_t) const { return first_; }
     KUV_INLINE void block(const T* from) {

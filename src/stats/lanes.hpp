@@ -1,4 +1,4 @@
-// Lanes of 64 bits, and lanes added up.
+// Lanes, and lanes added up.
 #pragma once
 
 #include "core/rows.hpp"
@@ -6,38 +6,6 @@
 
 namespace kuv::KUV_VARIANT {
 namespace {
-
-// Integers.
-using Longs = Vector<Kuv64u, integerBytes>;
-
-template <int bytes>
-KUV_INLINE Vector<Kuv64u, bytes> add(Vector<Kuv64u, bytes> a, Vector<Kuv64u, bytes> b) {
-    if constexpr (bytes == 16) {
-        return {_mm_add_epi64(a.raw, b.raw)};
-    } else {
-        KUV_AVX2(return {_mm256_add_epi64(a.raw, b.raw)};)
-    }
-}
-
-// The sums of eight bytes each.
-template <int bytes>
-KUV_INLINE Vector<Kuv64u, bytes> sumsOfEight(Vector<Kuv8u, bytes> v) {
-    if constexpr (bytes == 16) {
-        return {_mm_sad_epu8(v.raw, _mm_setzero_si128())};
-    } else {
-        KUV_AVX2(return {_mm256_sad_epu8(v.raw, _mm256_setzero_si256())};)
-    }
-}
-
-// The sums of two unsigned lanes each.
-template <int bytes>
-KUV_INLINE Vector<Kuv64u, bytes> sumsOfTwo(Vector<Kuv32s, bytes> v) {
-    if constexpr (bytes == 16) {
-        return {_mm_add_epi64(_mm_and_si128(v.raw, _mm_set1_epi64x(0xFFFFFFFF)), _mm_srli_epi64(v.raw, 32))};
-    } else {
-        KUV_AVX2(return {_mm256_add_epi64(_mm256_and_si256(v.raw, _mm256_set1_epi64x(0xFFFFFFFF)), _mm256_srli_epi64(v.raw, 32))};)
-    }
-}
 
 template <class V>
 KUV_INLINE V noLanes() {
@@ -53,36 +21,37 @@ KUV_INLINE Kuv64u sumOfLanes(V v) {
     return sum;
 }
 
-// Doubles: px has them one by one.
-KUV_INLINE Kuv64f add(Kuv64f a, Kuv64f b) { return a + b; }
-KUV_INLINE Kuv64f sub(Kuv64f a, Kuv64f b) { return a - b; }
-KUV_INLINE Kuv64f multiply(Kuv64f a, Kuv64f b) { return a * b; }
+// What is computed side by side: the lanes of the widest vector, or a single sample where there are no vectors.
+template <class T>
+struct Lanes {
+    using Type = std::conditional_t<hasVectors, Native<T>, T>;
+    static constexpr int count = sizeof(Type) / sizeof(T);
 
-struct SingleDoubles {
-    using Type = Kuv64f;
-    static constexpr int lanes = 1;
-
-    static KUV_INLINE Type filled(Kuv64f value) { return value; }
-    static KUV_INLINE Type widened(const Kuv32f* from) { return static_cast<Kuv64f>(loadSample(from)); }
-};
-template <class V>
-struct VectorDoubles {
-    using Type = V;
-    static constexpr int lanes = V::lanes;
-
-    static KUV_INLINE V filled(Kuv64f value) { return fill<V>(value); }
-    static KUV_INLINE V widened(const Kuv32f* from) {
-        using Singles = Vector<Kuv32f, 16>;
-        if constexpr (lanes == 4) return toDoubles<V>(load<Singles>(from));
-        else return toDoubles<V>(Singles{_mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(from)))});
+    static KUV_INLINE Type filled(T value) {
+        if constexpr (hasVectors) return fill<Type>(value);
+        else return value;
+    }
+    static KUV_INLINE Type loaded(const T* from) {
+        if constexpr (hasVectors) return load<Type>(from);
+        else return loadSample(from);
     }
 };
-using Doubles = std::conditional_t<hasVectors, VectorDoubles<Native<Kuv64f>>, SingleDoubles>;
+
+using Doubles = Lanes<Kuv64f>;
+
+template <class To = Doubles>
+KUV_INLINE typename To::Type widened(const Kuv32f* from) {
+    using V = typename To::Type;
+    using Singles = Vector<Kuv32f, 16>;
+    if constexpr (To::count == 1) return static_cast<Kuv64f>(loadSample(from));
+    else if constexpr (To::count == 4) return toDoubles<V>(load<Singles>(from));
+    else return toDoubles<V>(Singles{_mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(from)))});
+}
 
 // So many sums side by side, added by halves.
 template <int count>
 struct DoubleSums {
-    static constexpr int registers = count / Doubles::lanes;
+    static constexpr int registers = count / Doubles::count;
 
     typename Doubles::Type sums[registers];
 
@@ -94,7 +63,7 @@ struct DoubleSums {
     Kuv64f total() const {
         Kuv64f lanes[count];
 #pragma GCC unroll 16
-        for (int k = 0; k < registers; ++k) __builtin_memcpy(lanes + k * Doubles::lanes, &sums[k], sizeof(sums[k]));
+        for (int k = 0; k < registers; ++k) __builtin_memcpy(lanes + k * Doubles::count, &sums[k], sizeof(sums[k]));
         for (int half = count / 2; half > 0; half /= 2) {
             for (int j = 0; j < half; ++j) lanes[j] += lanes[j + half];
         }

@@ -59,7 +59,7 @@ public:
 
     explicit ByteMoments(ChannelBytes<channels> samples) : samples_(samples) {
         if constexpr (hasVectors) {
-            sums_ = noLanes<Longs>();
+            sums_ = noLanes<Native<Kuv64u>>();
             squares_ = noLanes<Native<Kuv32s>>();
         }
     }
@@ -92,7 +92,7 @@ public:
 private:
     ChannelBytes<channels> samples_;
     Moments total_ = {0, 0};
-    Longs sums_;
+    Native<Kuv64u> sums_;
     Native<Kuv32s> squares_;
 };
 
@@ -103,7 +103,7 @@ public:
     static constexpr ptrdiff_t blocksToFlush = endless;
 
     ChannelSums() {
-        if constexpr (hasVectors) first_ = second_ = third_ = noLanes<Longs>();
+        if constexpr (hasVectors) first_ = second_ = third_ = noLanes<Native<Kuv64u>>();
     }
     KUV_INLINE Kuv8u padding(ptrdiff_t) const { return 0; }
     KUV_INLINE void block(const Kuv8u* from) {
@@ -129,7 +129,7 @@ public:
 private:
     Kuv64u total_[3] = {0, 0, 0};
     ChannelBytes<3> red_{0}, green_{1}, blue_{2};
-    Longs first_, second_, third_;
+    Native<Kuv64u> first_, second_, third_;
 };
 
 // The sum of signed samples.
@@ -175,7 +175,7 @@ public:
     CentredMoments() {
         if constexpr (hasVectors) {
             sums_ = noLanes<Native<Kuv32s>>();
-            squares_ = noLanes<Longs>();
+            squares_ = noLanes<Native<Kuv64u>>();
         }
     }
     KUV_INLINE Kuv16u padding(ptrdiff_t) const { return centre; }
@@ -183,7 +183,7 @@ public:
         if constexpr (hasVectors) {
             const V v = bitXor(as<Kuv16s>(load<Native<Kuv16u>>(from)), fill<V>(-centre));
             sums_ = add(sums_, multiplyAddPairs(v, fill<V>(1)));
-            squares_ = add(squares_, sumsOfTwo(multiplyAddPairs(v, v)));
+            squares_ = add(squares_, sumsOfTwo(as<Kuv32u>(multiplyAddPairs(v, v))));
         } else {
             const Kuv32s sample = loadSample(from) - centre;
             sum_ += sample;
@@ -207,7 +207,7 @@ private:
     Kuv64s sum_ = 0;
     Kuv64u squareSum_ = 0;
     Native<Kuv32s> sums_;
-    Longs squares_;
+    Native<Kuv64u> squares_;
 };
 
 // Columns x, x + count, x + 2 * count ... each in a sum of their own, in double precision.
@@ -218,7 +218,7 @@ struct WideSum {
     KUV_INLINE Kuv32f padding(ptrdiff_t) const { return 0; }
     KUV_INLINE void block(const Kuv32f* from) {
 #pragma GCC unroll 16
-        for (int k = 0; k < DoubleSums<count>::registers; ++k) sums.add(k, Doubles::widened(from + k * Doubles::lanes));
+        for (int k = 0; k < DoubleSums<count>::registers; ++k) sums.add(k, widened(from + k * Doubles::count));
     }
     KUV_INLINE void flush() {}
     Kuv64f total() const { return sums.total(); }
@@ -278,7 +278,7 @@ struct RealMoments {
     KUV_INLINE void block(const Kuv32f* from) {
 #pragma GCC unroll 8
         for (int k = 0; k < DoubleSums<8>::registers; ++k) {
-            const auto v = Doubles::widened(from + k * Doubles::lanes);
+            const auto v = widened(from + k * Doubles::count);
             sums.add(k, v);
             squares.add(k, multiply(v, v));
         }
@@ -297,7 +297,7 @@ public:
     KUV_INLINE void block(const Kuv32f* from) {
 #pragma GCC unroll 8
         for (int k = 0; k < DoubleSums<8>::registers; ++k) {
-            const auto distance = sub(Doubles::widened(from + k * Doubles::lanes), mean_);
+            const auto distance = sub(widened(from + k * Doubles::count), mean_);
             sums_.add(k, multiply(distance, distance));
         }
     }
@@ -312,7 +312,7 @@ public:
 #pragma GCC unroll 8
         for (int k = 0; k < DoubleSums<8>::registers; ++k) {
             typename Doubles::Type lanes;
-            __builtin_memcpy(&lanes, squares + k * Doubles::lanes, sizeof(lanes));
+            __builtin_memcpy(&lanes, squares + k * Doubles::count, sizeof(lanes));
             sums_.add(k, lanes);
         }
     }

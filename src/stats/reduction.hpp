@@ -37,7 +37,7 @@ KUV_INLINE const T* takeBlocks(Accumulator& accumulator, const T* samples, ptrdi
 }
 
 template <class Accumulator, class T>
-KUV_INLINE void reduceRow(Accumulator& accumulator, const T* samples, ptrdiff_t count) {
+KUV_INLINE void takeRow(Accumulator& accumulator, const T* samples, ptrdiff_t count) {
     constexpr ptrdiff_t block = Accumulator::blockSamples, most = Accumulator::blocksToFlush;
     ptrdiff_t blocks = count / block;
     const ptrdiff_t rest = count - blocks * block;
@@ -62,7 +62,7 @@ KUV_INLINE void reduceRow(Accumulator& accumulator, const T* samples, ptrdiff_t 
 // `count` samples of each row, row after row.
 template <class Accumulator, class T>
 KUV_INLINE void reduce(Accumulator& accumulator, const T* src, ptrdiff_t step, ptrdiff_t count, ptrdiff_t rows) {
-    for (ptrdiff_t row = 0; row < rows; ++row) reduceRow(accumulator, rowAt(src, step, row), count);
+    for (ptrdiff_t row = 0; row < rows; ++row) takeRow(accumulator, rowAt(src, step, row), count);
 }
 
 // The same where it does not matter how the samples lie in rows.

@@ -24,12 +24,7 @@ struct TonePoints {
 };
 
 // Samples or vectors of them: h9 rounds once.
-KUV_INLINE Kuv64f multiplied(Kuv64f a, Kuv64f b) { return a * b; }
 KUV_INLINE Kuv64f multipliedAdded(Kuv64f a, Kuv64f b, Kuv64f c) { return a * b + c; }
-template <int bytes>
-KUV_INLINE Vector<Kuv64f, bytes> multiplied(Vector<Kuv64f, bytes> a, Vector<Kuv64f, bytes> b) {
-    return multiply(a, b);
-}
 template <int bytes>
 KUV_INLINE Vector<Kuv64f, bytes> multipliedAdded(Vector<Kuv64f, bytes> a, Vector<Kuv64f, bytes> b, Vector<Kuv64f, bytes> c) {
 #ifdef __FMA__
@@ -101,7 +96,7 @@ public:
 
     template <class D>
     KUV_INLINE D operator()(D d) const {
-        const D square = multiplied(d, d);
+        const D square = multiply(d, d);
         return multipliedAdded(d, multipliedAdded(filled<D>(c_), square, filled<D>(a_)),
                                multipliedAdded(square, filled<D>(b_), filled<D>(half_)));
     }
