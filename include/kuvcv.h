@@ -160,6 +160,12 @@ enum {
     kuvDitherOrdered4x4 = 4         /**< a matrix of 4 by 4 thresholds */
 };
 
+/** What connects markers to a group: the `norm` of kuviLabelMarkers_16u_C1IR(). */
+enum {
+    kuvLabelNeighbours8 = 0, /**< eight neighbours: pixels that share a side or a corner */
+    kuvLabelNeighbours4 = 1  /**< four neighbours: pixels that share a side */
+};
+
 /** Data-type selectors of set-up functions. */
 enum {
     kuvDataType8u = 1,  /**< #Kuv8u */
@@ -1290,6 +1296,45 @@ KUV_API KuvStatus kuviMinMax_32f_C1R(const Kuv32f* src, Kuv32s srcStep, KuviSize
  *  @param maxValue receives the largest sample of each channel
  *  @return #kuvStatusNullPtr if `src` or `maxValue` is null; #kuvStatusBadSize if the width or height is below 1; else #kuvStatusOk. */
 KUV_API KuvStatus kuviMax_32f_C3R(const Kuv32f* src, Kuv32s srcStep, KuviSize roiSize, Kuv32f maxValue[3]);
+/** @} */
+
+/** @defgroup segment Segmentation
+ *  @{ */
+
+/** Tells the size of the buffer that kuviLabelMarkers_16u_C1IR() takes: `6 * width * height + 32` bytes.
+ *
+ *  A size beyond 32 bits wraps around; such an image cannot be labelled in one call.
+ *
+ *  @param roiSize size of the image in pixels, at least 1 by 1
+ *  @param bufferSize gets the size in bytes
+ *  @return #kuvStatusNullPtr if `bufferSize` is null; #kuvStatusBadSize if the width or height is below 1; else #kuvStatusOk. */
+KUV_API KuvStatus kuviLabelMarkersGetBufferSize_16u_C1R(KuviSize roiSize, Kuv32s* bufferSize);
+
+/** Gives every connected group of non-zero pixels a label of its own, in place.
+ *
+ *  Pixels that are not 0 are markers, whatever their values; pixels that are 0 stay 0. Markers belong to one group if they are
+ *  neighbours in the sense of `norm`, or by way of others that are. Groups are numbered from 0 in the order in which a scan, row by
+ *  row from the top and in a row from the left, meets their first pixels, and every pixel of group n becomes
+ *  `minLabel + n % (maxLabel - minLabel + 1)`: with more groups than labels, labels are used again. All variants agree.
+ *
+ *  Step class B. The step has to be even.
+ *
+ *  Source: M. Rem's algorithm for disjoint sets, in E. W. Dijkstra, "A Discipline of Programming", Prentice-Hall (1976), chapter
+ *  23, on runs of pixels.
+ *
+ *  @param srcDst the markers, which become labels
+ *  @param srcDstStep row step of `srcDst` in bytes
+ *  @param roiSize size of the image in pixels, at least 1 by 1
+ *  @param minLabel the first label, at least 1
+ *  @param maxLabel the last label, `minLabel` to 65534
+ *  @param norm #kuvLabelNeighbours8 or #kuvLabelNeighbours4
+ *  @param count gets the number of groups, which may be above that of labels
+ *  @param buffer as many bytes as kuviLabelMarkersGetBufferSize_16u_C1R() tells, at any address and with any content
+ *  @return #kuvStatusNullPtr if `srcDst`, `buffer` or `count` is null; #kuvStatusBadSize if the width or height is below 1;
+ *          #kuvStatusBadStep if `srcDstStep` is below the row's bytes; #kuvStatusStepNotMultiple if it is odd; #kuvStatusBadArg if
+ *          `minLabel` is below 1 or above `maxLabel`, `maxLabel` above 65534, or `norm` neither of the two; else #kuvStatusOk. */
+KUV_API KuvStatus kuviLabelMarkers_16u_C1IR(Kuv16u* srcDst, Kuv32s srcDstStep, KuviSize roiSize, Kuv32s minLabel, Kuv32s maxLabel,
+                                            Kuv32s norm, Kuv32s* count, Kuv8u* buffer);
 /** @} */
 
 #ifdef __cplusplus

@@ -243,6 +243,19 @@ bool addInterpolation(const char* function) {
 }
 [[maybe_unused]] const bool interpolations[] = {addInterpolation<Kuv8u>("kuviCFAToRGB_8u_C1C3R"),
                                                 addInterpolation<Kuv16u>("kuviCFAToRGB_16u_C1C3R")};
+
+// It takes 8-bit markers and gives labels of 16 or 32 bits in another image, in about the same time; where there are too many groups
+// for 16 bits, too.
+template <Markers kind, Kuv32s norm = kuvLabelNeighbours8>
+bool addLabels() {
+    return addOpenCV<Labelled<kind, norm>>("kuviLabelMarkers_16u_C1IR", [](auto& form) {
+        return [markers = matrixOf(form.markers, form.size), labels = cv::Mat(), to = &form.count]() mutable {
+            *to = cv::connectedComponents(markers, labels, norm == kuvLabelNeighbours8 ? 8 : 4, CV_16U);
+        };
+    });
+}
+[[maybe_unused]] const bool labels[] = {addLabels<Markers::noise>(), addLabels<Markers::blobs>(), addLabels<Markers::lines>(),
+                                        addLabels<Markers::noise, kuvLabelNeighbours4>()};
 #endif
 
 }  // namespace

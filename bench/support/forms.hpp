@@ -398,6 +398,31 @@ struct Measured {
     }
 };
 
+// Markers in place, which stay markers as labels, and the same with 8 bits a pixel for those who label into another image.
+template <Markers kind, Kuv32s norm = kuvLabelNeighbours8>
+struct Labelled {
+    static constexpr double bytesPerPixel = 4;
+
+    KuviSize size;
+    Image<Kuv16u> srcDst{size};
+    Image<Kuv8u> markers{size};
+    std::vector<Kuv8u> buffer;
+    Kuv32s count = 0;
+
+    explicit Labelled(KuviSize wanted) : size(wanted) {
+        fillWithMarkers(srcDst, size, kind);
+        fillWithMarkers(markers, size, kind);
+        Kuv32s bytes = 0;
+        if (kuviLabelMarkersGetBufferSize_16u_C1R(size, &bytes) != kuvStatusOk) throw std::runtime_error("no size for a buffer");
+        buffer.resize(static_cast<std::size_t>(bytes));
+    }
+
+    template <class Function>
+    auto call(Function* function) {
+        return function(srcDst.row(), srcDst.step(), size, 1, 65534, norm, &count, buffer.data());
+    }
+};
+
 // A mosaic and the picture that it becomes.
 template <class T>
 struct Interpolated {

@@ -67,6 +67,29 @@ void fillWithMosaic(Image<T>& image, KuviSize size) {
     }
 }
 
+template <class T>
+void fillWithMarkers(Image<T>& image, KuviSize size, Markers kind) {
+    std::minstd_rand random(1);
+    std::bernoulli_distribution half(0.5);
+    for (int row = 0; row < size.height; ++row) {
+        for (int column = 0; column < size.width; ++column) {
+            const float x = static_cast<float>(column), y = static_cast<float>(row);
+            bool marked = false;
+            if (kind == Markers::noise) {
+                marked = half(random);
+            } else if (kind == Markers::blobs) {
+                marked = std::sin(x * 0.06f + std::sin(y * 0.02f)) * std::sin(y * 0.05f + std::sin(x * 0.017f)) > 0.2f;
+            } else {
+                const bool curve = std::abs(std::sin(x * 0.05f) + std::sin(y * 0.043f)) < 0.05f;
+                marked = curve || column % 97 < 2 || (column + row) % 131 < 2;
+            }
+            image.row(row)[column] = marked ? 255 : 0;
+        }
+    }
+}
+
+template void fillWithMarkers(Image<Kuv8u>&, KuviSize, Markers);
+template void fillWithMarkers(Image<Kuv16u>&, KuviSize, Markers);
 template void fillWithValues(Image<Kuv8u>&, KuviSize, unsigned, float, float);
 template void fillWithValues(Image<Kuv16u>&, KuviSize, unsigned, float, float);
 template void fillWithValues(Image<Kuv16s>&, KuviSize, unsigned, float, float);

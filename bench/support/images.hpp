@@ -42,4 +42,9 @@ void fillWithValues(Image<T>& image, KuviSize size, unsigned seed, float lowest 
 template <class T>
 void fillWithMosaic(Image<T>& image, KuviSize size);
 
+// 255 on 0: of pixels half, at random; blobs some dozens of pixels wide; thin straight and curved lines. The same in either depth.
+enum class Markers { noise, blobs, lines };
+template <class T>
+void fillWithMarkers(Image<T>& image, KuviSize size, Markers kind);
+
 }  // namespace kuvbench

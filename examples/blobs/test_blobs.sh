@@ -1,0 +1,81 @@
+#!/bin/sh
+# Runs the program as a user would, in a directory of its own: test_blobs.sh PROGRAM
+set -u
+program=$1
+case $program in /*) ;; *) program=$PWD/$program ;; esac
+directory=$(mktemp -d)
+trap 'rm -rf "$directory"' EXIT
+cd "$directory" || exit 1
+export LC_ALL=C
+failures=0
+
+fail() {
+    echo "FAILED: $*"
+    cat out err
+    failures=$((failures + 1))
+}
+
+# finds COUNT ARGUMENTS: the program finds so many blobs and has nothing to say on stderr.
+finds() {
+    count=$1
+    shift
+    "$program" "$@" >out 2>err || fail "blobs $*"
+    [ ! -s err ] && grep -q "^$count blobs, " out || fail "blobs $*: wanted $count blobs"
+}
+
+# refuses EXIT_CODE TEXT ARGUMENTS: the program ends with that code and one line on stderr that holds the text.
+refuses() {
+    wanted=$1
+    text=$2
+    shift 2
+    "$program" "$@" >out 2>err
+    got=$?
+    if [ $got -ne "$wanted" ] || [ "$(wc -l <err)" -ne 1 ] || ! grep -q "^blobs: .*$text" err; then
+        fail "blobs $*: exit code $got, wanted $wanted and one line with '$text'"
+    fi
+}
+
+"$program" --help >out 2>err && grep -q '^Usage: blobs' out || fail "--help"
+
+# One body in each of 48 cells. Their picture in colours has the same blobs, read as PNG; its ground is one blob, and one more in
+# each of the 12 rings.
+finds 48
+[ -s blobs.png ] || fail "blobs.png is missing"
+finds 48 --threshold 1 -o again.png blobs.png
+finds 13 --threshold 1 --dark -o ground.png blobs.png
+
+# Five pixels by three of 8 and of 16 bits: three bright ones, of which two touch at a corner.
+printf 'P5\n# a comment\n5 3\n255\n\310\001\001\001\001\001\310\001\001\001\001\001\001\001\377' >small.pgm
+finds 2 -o out.png small.pgm
+finds 3 --four -o out.png small.pgm
+finds 1 --threshold 255 -o out.png small.pgm
+finds 1 --dark --threshold 2 -o out.png small.pgm
+finds 0 --threshold 256 -o out.png small.pgm
+printf 'P5 3 1 65535\n\001\000\000\377\001\001' >deep.pgm
+finds 2 --threshold 256 -o out.png deep.pgm
+finds 1 --threshold 257 -o out.png deep.pgm
+
+refuses 2 'no option --nine' --nine
+refuses 2 'needs a value' --threshold
+refuses 2 '1 to 65535' --threshold 0
+refuses 2 '1 to 65535' --threshold 65536
+refuses 2 '1 to 65535' --threshold 3x
+refuses 2 'more than one' a b
+refuses 1 'cannot be read' missing.pgm
+echo plain >plain.txt
+refuses 1 'neither' plain.txt
+printf 'P5 3 2 255\nabc' >short.pgm
+refuses 1 'truncated' short.pgm
+printf 'P5 3 x 255\nabc' >header.pgm
+refuses 1 'header' header.pgm
+printf 'P5 3 0 255\n' >none.pgm
+refuses 1 'without pixels' none.pgm
+printf 'P5 999999 999999 255\n' >huge.pgm
+refuses 1 'too large' huge.pgm
+printf 'P5 1 1 65536\n12' >maximum.pgm
+refuses 1 'maximum' maximum.pgm
+printf '\211PNG\r\n' >short.png
+refuses 1 'short.png' short.png
+refuses 1 'no/such' -o no/such/file.png small.pgm
+
+[ $failures -eq 0 ]
