@@ -521,3 +521,53 @@ KuvStatus KUV_LOOP(largestOfThree)(const Kuv32f* src, Kuv32s srcStep, KuviSize r
     maxValue[2] = third;
     return kuvStatusOk;
 }
+
+// Counts every value, and sums for each channel what lies between the levels.
+static inline void sumChannel(const Kuv32u* counts, int lowest, int values, const KuviBinPlan* spec, int channel, Kuv32u* hist) {
+    const Kuv32s* words = (const Kuv32s*)spec;
+    const Kuv32s* levels = (const Kuv32s*)((const char*)spec + words[8 + channel]);
+    for (ptrdiff_t k = 0; k + 1 < words[4 + channel]; ++k) {
+        const int first = levels[k] - lowest, last = levels[k + 1] - lowest;
+        Kuv32u sum = 0;
+        for (ptrdiff_t v = first < 0 ? 0 : first; v < (last > values ? values : last); ++v) sum += counts[v];
+        hist[k] = sum;
+    }
+}
+#define KUV_COUNT_LOOP(name, T, lowest, values)                                                                      \
+    KuvStatus KUV_LOOP(name)(const T* src, Kuv32s srcStep, KuviSize roiSize, Kuv32u* hist, const KuviBinPlan* spec, Kuv8u* buffer) { \
+        Kuv32u* counts = (Kuv32u*)buffer;                                                                            \
+        for (ptrdiff_t v = 0; v < values; ++v) counts[v] = 0;                                                        \
+        KUV_EACH_MEASURED(T, 1, ++counts[x - lowest])                                                                \
+        sumChannel(counts, lowest, values, spec, 0, hist);                                                           \
+        return kuvStatusOk;                                                                                          \
+    }
+KUV_COUNT_LOOP(count8, Kuv8u, 0, 256)
+KUV_COUNT_LOOP(count16, Kuv16u, 0, 65536)
+KUV_COUNT_LOOP(countSigned, Kuv16s, -32768, 65536)
+
+#define KUV_COUNT_CHANNELS_LOOP(name, T, channels, values)                                                           \
+    KuvStatus KUV_LOOP(name)(const T* src, Kuv32s srcStep, KuviSize roiSize, Kuv32u* const hist[channels], const KuviBinPlan* spec, \
+                             Kuv8u* buffer) {                                                                        \
+        Kuv32u* counts = (Kuv32u*)buffer;                                                                            \
+        for (ptrdiff_t v = 0; v < channels * values; ++v) counts[v] = 0;                                             \
+        KUV_EACH_MEASURED(T, channels, ++counts[x]; for (int c = 1; c < channels; ++c) ++counts[c * values + from[c]]) \
+        for (int c = 0; c < channels; ++c) sumChannel(counts + c * values, 0, values, spec, c, hist[c]);             \
+        return kuvStatusOk;                                                                                          \
+    }
+KUV_COUNT_CHANNELS_LOOP(countThree8, Kuv8u, 3, 256)
+KUV_COUNT_CHANNELS_LOOP(countFour8, Kuv8u, 4, 256)
+KUV_COUNT_CHANNELS_LOOP(countFour16, Kuv16u, 4, 65536)
+
+// Bins of one width, as exact as single precision.
+KuvStatus KUV_LOOP(countReals)(const Kuv32f* src, Kuv32s srcStep, KuviSize roiSize, Kuv32u* hist, const KuviBinPlan* spec, Kuv8u*) {
+    const Kuv32s* words = (const Kuv32s*)spec;
+    const Kuv32f* levels = (const Kuv32f*)((const char*)spec + words[8]);
+    const int bins = words[4] - 1;
+    const Kuv32f first = levels[0], last = levels[bins], scale = (Kuv32f)bins / (last - first);
+    for (ptrdiff_t k = 0; k < bins; ++k) hist[k] = 0;
+    KUV_EACH_MEASURED(Kuv32f, 1, if (x >= first && x < last) {
+        const int k = (int)((x - first) * scale);
+        ++hist[k < bins ? k : bins - 1];
+    })
+    return kuvStatusOk;
+}

@@ -1,4 +1,4 @@
-// Sums, means, deviations and extremes, and what the compiler makes of the plain loops.
+// Sums, means, deviations, extremes and histograms, and what the compiler makes of the plain loops.
 #include "loops.hpp"
 #include "support/cases.hpp"
 #include "support/forms.hpp"
@@ -22,3 +22,16 @@ MEASUREMENT(kuviMean_StdDev_8u_C3CR, deviationOfThree, "second channel", Measure
 MEASUREMENT(kuviMinMax_16s_C1R, rangeSigned, "aligned", Measured<Kuv16s, 1>)
 MEASUREMENT(kuviMinMax_32f_C1R, rangeReals, "aligned", Measured<Kuv32f, 1>)
 MEASUREMENT(kuviMax_32f_C3R, largestOfThree, "aligned", Measured<Kuv32f, 3>)
+MEASUREMENT(kuviHistogram_8u_C1R, count8, "noise", Counted<Kuv8u, 1, 256>)
+MEASUREMENT(kuviHistogram_8u_C1R, count8, "flat", Counted<Kuv8u, 1, 256, true, Content::flat>)
+MEASUREMENT(kuviHistogram_8u_C3R, countThree8, "noise", Counted<Kuv8u, 3, 256>)
+MEASUREMENT(kuviHistogram_8u_C4R, countFour8, "noise", Counted<Kuv8u, 4, 256>)
+MEASUREMENT(kuviHistogram_16u_C1R, count16, "noise", Counted<Kuv16u, 1, 256>)
+MEASUREMENT(kuviHistogram_16u_C1R, count16, "noise on free levels", Counted<Kuv16u, 1, 256, false>)
+MEASUREMENT(kuviHistogram_16u_C4R, countFour16, "noise", Counted<Kuv16u, 4, 256>)
+MEASUREMENT(kuviHistogram_16s_C1R, countSigned, "noise", Counted<Kuv16s, 1, 256>)
+MEASUREMENT(kuviHistogram_32f_C1R, countReals, "noise", Counted<Kuv32f, 1, 256>)
+MEASUREMENT(kuviHistogram_32f_C1R, countReals, "flat", Counted<Kuv32f, 1, 256, true, Content::flat>)
+KUV_BENCHMARK(kuviHistogram_32f_C1R, "noise on 20 free levels", Counted<Kuv32f, 1, 19, false>)
+KUV_BENCHMARK(kuviHistogram_32f_C1R, "noise on 65 free levels", Counted<Kuv32f, 1, 64, false>)
+KUV_BENCHMARK(kuviHistogram_32f_C1R, "noise on 257 free levels", Counted<Kuv32f, 1, 256, false>)

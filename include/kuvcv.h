@@ -1296,6 +1296,124 @@ KUV_API KuvStatus kuviMinMax_32f_C1R(const Kuv32f* src, Kuv32s srcStep, KuviSize
  *  @param maxValue receives the largest sample of each channel
  *  @return #kuvStatusNullPtr if `src` or `maxValue` is null; #kuvStatusBadSize if the width or height is below 1; else #kuvStatusOk. */
 KUV_API KuvStatus kuviMax_32f_C3R(const Kuv32f* src, Kuv32s srcStep, KuviSize roiSize, Kuv32f maxValue[3]);
+
+/** The bins of a histogram, for one to four channels: a record at the start of a caller's block, whose size kuviHistogramGetBufferSize()
+ *  tells and which kuviHistogramInit() or kuviHistogramUniformInit() fills.
+ *
+ *  A channel has n levels and n - 1 bins: bin k holds the samples x with `level[k] <= x < level[k+1]`. A sample below the first level, or not
+ *  below the last one, is counted nowhere, and neither is a NaN.
+ *
+ *  The block may stand at any address, and is valid only where it was filled. Nothing but the two functions named writes to it: threads may
+ *  share it, each with results and a buffer of its own. */
+typedef struct KuviBinPlan KuviBinPlan;
+
+/** Gives the sizes of a histogram's blocks: 64 bytes and 4 for each level of each channel for the #KuviBinPlan; and as scratch space 1024
+ *  bytes a channel for 8u, 0x40000 for 16u and 16s, 0 for 32f. A size past 32 bits wraps.
+ *
+ *  @param dataType #kuvDataType8u, #kuvDataType16u, #kuvDataType16s or #kuvDataType32f
+ *  @param roiSize checked, and not used for anything
+ *  @param nLevels level counts, one for each channel, each at least 2
+ *  @param channels 1, 3 or 4
+ *  @param uniform not used for anything
+ *  @param specSize receives the size of the plan in bytes; with #kuvStatusBadDataType, too
+ *  @param bufferSize receives the size of the scratch space in bytes; with #kuvStatusBadDataType 0
+ *  @return #kuvStatusNullPtr if `nLevels`, `specSize` or `bufferSize` is null; #kuvStatusBadSize if the width or height is below 1;
+ *          #kuvStatusBadChannelCount if `channels` is none of the three; #kuvStatusBadHistLevels if a count is below 2;
+ *          #kuvStatusBadDataType if `dataType` is none of the four; else #kuvStatusOk. */
+KUV_API KuvStatus kuviHistogramGetBufferSize(Kuv32s dataType, KuviSize roiSize, const Kuv32s* nLevels, Kuv32s channels, Kuv32s uniform,
+                                             Kuv32s* specSize, Kuv32s* bufferSize);
+
+/** Makes a plan of bins between given levels. For integer samples a level that is no integer is rounded up, which changes no count. Beyond
+ *  32 bits it becomes the nearest integer of 32 bits.
+ *
+ *  All is checked before anything is written, channel by channel: an error leaves the block as it was. A plan may be made again on the
+ *  same block.
+ *
+ *  @param dataType #kuvDataType8u, #kuvDataType16u, #kuvDataType16s or #kuvDataType32f
+ *  @param levels for each channel its levels, which rise: each below the next
+ *  @param nLevels for each channel the number of its levels, at least 2
+ *  @param channels 1, 3 or 4
+ *  @param spec block of at least the size that kuviHistogramGetBufferSize() gives; any address
+ *  @return #kuvStatusBadDataType if `dataType` is none of the four; #kuvStatusNullPtr if `levels`, `nLevels` or `spec` is null;
+ *          #kuvStatusBadChannelCount if `channels` is none of the three; then for each channel #kuvStatusNullPtr if its levels are null,
+ *          #kuvStatusBadHistLevels if its count is below 2, #kuvStatusRangeOrder if one of its levels is not below the next; else
+ *          #kuvStatusOk. */
+KUV_API KuvStatus kuviHistogramInit(Kuv32s dataType, const Kuv32f* const* levels, const Kuv32s* nLevels, Kuv32s channels, KuviBinPlan* spec);
+
+/** Makes a plan of bins of one width. With n = `nLevels[c]`, in double precision, each operation rounded:
+ *  `step = (upperLevel[c] - lowerLevel[c]) / (n - 1)`, and level k is `k * step + lowerLevel[c]`, the last one `upperLevel[c]` itself.
+ *
+ *  For 32f the levels are rounded to single precision. For integer samples they are cut toward zero, not rounded up as by
+ *  kuviHistogramInit(): bins of less than 1 can hold nothing, others can differ in width by 1. Beyond 32 bits a level becomes the nearest
+ *  integer of 32 bits, a NaN (between infinite bounds) the lowest.
+ *
+ *  All is checked before anything is written. A plan may be made again on the same block.
+ *
+ *  @param dataType #kuvDataType8u, #kuvDataType16u, #kuvDataType16s or #kuvDataType32f
+ *  @param lowerLevel for each channel the first level
+ *  @param upperLevel for each channel the last level, above the first
+ *  @param nLevels for each channel the number of its levels, at least 2
+ *  @param channels 1, 3 or 4
+ *  @param spec block of at least the size that kuviHistogramGetBufferSize() gives; any address
+ *  @return #kuvStatusBadDataType if `dataType` is none of the four; #kuvStatusNullPtr if `lowerLevel`, `upperLevel`, `nLevels` or `spec` is
+ *          null; #kuvStatusBadChannelCount if `channels` is none of the three; then for each channel #kuvStatusBadHistLevels if its count is
+ *          below 2, #kuvStatusRangeOrder if its lower level is not below its upper one; #kuvStatusSizeWarning if, for integer samples, the
+ *          step of a channel is below 1, and the plan is complete; else #kuvStatusOk. */
+KUV_API KuvStatus kuviHistogramUniformInit(Kuv32s dataType, const Kuv32f* lowerLevel, const Kuv32f* upperLevel, const Kuv32s* nLevels,
+                                           Kuv32s channels, KuviBinPlan* spec);
+
+/** Gives the levels of a plan as they are used: integers converted to single precision, levels of 32f bit for bit.
+ *
+ *  @param spec a plan that has been made
+ *  @param levels for each channel of the plan an array that receives its levels; these pointers are not checked
+ *  @return #kuvStatusNullPtr if `spec` or `levels` is null; #kuvStatusBadArg if `spec` is no plan; else #kuvStatusOk. */
+KUV_API KuvStatus kuviHistogramGetLevels(const KuviBinPlan* spec, Kuv32f* const* levels);
+
+/** @name Histograms
+ *  Counts the samples of a region in each bin of a plan: `hist[k]`, or `hist[c][k]` of channel c, becomes the number of samples in bin k,
+ *  modulo 2^32. The plan must be one for the sample type. A channel that the plan does not have leaves its counts as they were; of more
+ *  channels the first are used.
+ *
+ *  All variants give the same counts, with one exception each:
+ *
+ *  - 16u and 16s, in every variant: a uniform plan is taken as `hist[(x - first) / step]` with `step = (last - first) / (n - 1)` if the
+ *    product of width and height, as a signed 32-bit number, is below 65536 and last - first is a multiple of n - 1, in all channels.
+ *    `first` and `last` are the integer levels at the ends. Where the bounds given were no integers, the levels between can lie elsewhere, and
+ *    decide from 65536 pixels on.
+ *  - 32f, a uniform plan of more than three levels, in h9: if `srcStep` divided by 16, cut to an integer, equals the width, the region is not
+ *    `height` rows but the first width * height samples from `src` on, one after the other.
+ *  - 32f, a uniform plan between infinite bounds: levels that are NaN hold nothing for certain; samples between the bounds go to the first or
+ *    to the last bin.
+ *
+ *  `hist` is set, whatever it held. `buffer` is scratch space: its content before does not matter, and after means nothing. Step class B:
+ *  a step that is less than a row's bytes is refused. Nothing may lie on anything else.
+ *
+ *  @param src the samples, at any address
+ *  @param srcStep row step of `src` in bytes; may be odd
+ *  @param roiSize size of the region in pixels, at least 1 by 1
+ *  @param hist counts of as many bins as the plan has; C3 and C4: a pointer to those of each channel
+ *  @param spec a plan
+ *  @param buffer block of at least the size that kuviHistogramGetBufferSize() gives for the function's type and channels, at any address.
+ *      32f: not used, may be null
+ *  @return #kuvStatusNullPtr if `src`, `hist`, a pointer in `hist`, `spec` or `buffer` (not of 32f) is null; #kuvStatusBadSize if the width or
+ *          height is below 1; #kuvStatusBadStep if the step is below the bytes of a row; #kuvStatusBadArg if `spec` is no plan; else
+ *          #kuvStatusOk.
+ *  @{ */
+KUV_API KuvStatus kuviHistogram_8u_C1R(const Kuv8u* src, Kuv32s srcStep, KuviSize roiSize, Kuv32u* hist, const KuviBinPlan* spec,
+                                       Kuv8u* buffer);
+KUV_API KuvStatus kuviHistogram_8u_C3R(const Kuv8u* src, Kuv32s srcStep, KuviSize roiSize, Kuv32u* const hist[3], const KuviBinPlan* spec,
+                                       Kuv8u* buffer);
+KUV_API KuvStatus kuviHistogram_8u_C4R(const Kuv8u* src, Kuv32s srcStep, KuviSize roiSize, Kuv32u* const hist[4], const KuviBinPlan* spec,
+                                       Kuv8u* buffer);
+KUV_API KuvStatus kuviHistogram_16u_C1R(const Kuv16u* src, Kuv32s srcStep, KuviSize roiSize, Kuv32u* hist, const KuviBinPlan* spec,
+                                        Kuv8u* buffer);
+KUV_API KuvStatus kuviHistogram_16u_C4R(const Kuv16u* src, Kuv32s srcStep, KuviSize roiSize, Kuv32u* const hist[4], const KuviBinPlan* spec,
+                                        Kuv8u* buffer);
+KUV_API KuvStatus kuviHistogram_16s_C1R(const Kuv16s* src, Kuv32s srcStep, KuviSize roiSize, Kuv32u* hist, const KuviBinPlan* spec,
+                                        Kuv8u* buffer);
+KUV_API KuvStatus kuviHistogram_32f_C1R(const Kuv32f* src, Kuv32s srcStep, KuviSize roiSize, Kuv32u* hist, const KuviBinPlan* spec,
+                                        Kuv8u* buffer);
+/** @} */
 /** @} */
 
 /** @defgroup segment Segmentation

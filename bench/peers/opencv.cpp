@@ -234,6 +234,27 @@ bool addColourSpaces(const char* function, int code) {
 [[maybe_unused]] const bool colourSpaces[] = {addColourSpaces<2>("kuviCbYCr422ToRGB_8u_C2C3R", cv::COLOR_YUV2RGB_UYVY),
                                               addColourSpaces<1>("kuviGrayToRGB_8u_C1C3R", cv::COLOR_GRAY2RGB)};
 
+// Channel by channel: it has no other histograms of single channels.
+template <class T, int channels, int bins, bool even = true, Content content = Content::noise>
+bool addHistogram(const char* function) {
+    return addOpenCV<Counted<T, channels, bins, even, content>>(function, [](auto& form) {
+        std::vector<float> ends = {form.levels.front(), form.levels.back()};
+        return [src = matrixOf(form.src, form.size, channels), ranges = even ? ends : form.levels, hist = cv::Mat()]() mutable {
+            const float* list = ranges.data();
+            const int count = bins;
+            for (int c = 0; c < channels; ++c) cv::calcHist(&src, 1, &c, cv::Mat(), hist, 1, &count, &list, even);
+        };
+    });
+}
+[[maybe_unused]] const bool histograms[] = {
+    addHistogram<Kuv8u, 1, 256>("kuviHistogram_8u_C1R"), addHistogram<Kuv8u, 1, 256, true, Content::flat>("kuviHistogram_8u_C1R"),
+    addHistogram<Kuv8u, 3, 256>("kuviHistogram_8u_C3R"), addHistogram<Kuv8u, 4, 256>("kuviHistogram_8u_C4R"),
+    addHistogram<Kuv16u, 1, 256>("kuviHistogram_16u_C1R"), addHistogram<Kuv16u, 1, 256, false>("kuviHistogram_16u_C1R"),
+    addHistogram<Kuv16u, 4, 256>("kuviHistogram_16u_C4R"),
+    addHistogram<Kuv32f, 1, 256>("kuviHistogram_32f_C1R"), addHistogram<Kuv32f, 1, 256, true, Content::flat>("kuviHistogram_32f_C1R"),
+    addHistogram<Kuv32f, 1, 19, false>("kuviHistogram_32f_C1R"), addHistogram<Kuv32f, 1, 64, false>("kuviHistogram_32f_C1R"),
+    addHistogram<Kuv32f, 1, 256, false>("kuviHistogram_32f_C1R")};
+
 template <class T>
 bool addInterpolation(const char* function) {
     return addOpenCV<Interpolated<T>>(function, [](auto& form) {

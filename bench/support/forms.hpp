@@ -423,6 +423,63 @@ struct Labelled {
     }
 };
 
+enum class Content { noise, flat };
+
+// An image whose samples are counted in so many bins over all integers, or over the range from 0 to 1: bins of one width, or bins
+// that widen.
+template <class T, int channels, int bins, bool even = true, Content content = Content::noise>
+struct Counted {
+    static constexpr double bytesPerPixel = channels * sizeof(T);
+    static constexpr bool isReal = std::is_floating_point_v<T>;
+    static constexpr float lowest = std::is_signed_v<T> && !isReal ? -32768 : 0, range = isReal ? 1 : sizeof(T) == 1 ? 256 : 65536;
+
+    KuviSize size;
+    Image<T> src{size, channels};
+    std::vector<float> levels;
+    std::vector<Kuv32u> counts[channels];
+    std::vector<char> block;
+    std::vector<Kuv8u> buffer;
+    Kuv32u* results[channels];
+
+    explicit Counted(KuviSize wanted) : size(wanted) {
+        const float highest = content == Content::flat ? lowest + 0.3f * range : lowest + range;
+        fillWithValues(src, {size.width * channels, size.height}, 1, content == Content::flat ? highest : lowest, highest);
+        const float* lists[4];
+        Kuv32s levelCounts[4];
+        float first[4], last[4];
+        for (int k = 0; k <= bins; ++k) {
+            const float place = static_cast<float>(k) / bins;
+            levels.push_back(lowest + range * (even ? place : (place + place * place) / 2));
+        }
+        for (int c = 0; c < channels; ++c) {
+            counts[c].resize(bins);
+            results[c] = counts[c].data();
+            lists[c] = levels.data();
+            levelCounts[c] = bins + 1;
+            first[c] = levels.front();
+            last[c] = levels.back();
+        }
+        constexpr Kuv32s type = isReal ? kuvDataType32f : sizeof(T) == 1 ? kuvDataType8u : lowest < 0 ? kuvDataType16s : kuvDataType16u;
+        Kuv32s blockBytes = 0, bufferBytes = 0;
+        KuvStatus status = kuviHistogramGetBufferSize(type, size, levelCounts, channels, even, &blockBytes, &bufferBytes);
+        block.resize(static_cast<std::size_t>(blockBytes));
+        buffer.resize(static_cast<std::size_t>(bufferBytes));
+        if (status == kuvStatusOk) {
+            status = even ? kuviHistogramUniformInit(type, first, last, levelCounts, channels, plan())
+                          : kuviHistogramInit(type, lists, levelCounts, channels, plan());
+        }
+        if (status != kuvStatusOk) throw std::runtime_error("a bin plan cannot be made");
+    }
+
+    KuviBinPlan* plan() { return reinterpret_cast<KuviBinPlan*>(block.data()); }
+
+    template <class Function>
+    auto call(Function* function) {
+        if constexpr (channels == 1) return function(src.row(), src.step(), size, results[0], plan(), buffer.data());
+        else return function(src.row(), src.step(), size, results, plan(), buffer.data());
+    }
+};
+
 // A mosaic and the picture that it becomes.
 template <class T>
 struct Interpolated {

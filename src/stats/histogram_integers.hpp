@@ -1,0 +1,205 @@
+// Integer samples: counts of every value, added up for each bin; or bins found by division.
+#pragma once
+
+#include "stats/histogram_bins.hpp"
+
+namespace kuv::KUV_VARIANT {
+namespace {
+
+using IntegerBins = ChannelBins<Kuv32s>;
+
+KUV_INLINE Kuv32u sumOfCounts(const Kuv32u* counts, ptrdiff_t n) {
+    constexpr ptrdiff_t lanes = CountVector::lanes;
+    Kuv32u sum = 0;
+    ptrdiff_t i = 0;
+    if constexpr (hasVectors) {
+        if (n >= 4 * lanes) {
+            CountVector sums[4];
+#pragma GCC unroll 4
+            for (int k = 0; k < 4; ++k) sums[k] = loadCounts(counts + k * lanes);
+            for (i = 4 * lanes; i + 4 * lanes <= n; i += 4 * lanes) {
+#pragma GCC unroll 4
+                for (int k = 0; k < 4; ++k) sums[k] = add(sums[k], loadCounts(counts + i + k * lanes));
+            }
+            Kuv32u all[lanes];
+            storeCounts(all, add(add(sums[0], sums[1]), add(sums[2], sums[3])));
+            for (const Kuv32u each : all) sum += each;
+        }
+    }
+    for (; i < n; ++i) sum += loadSample(counts + i);
+    return sum;
+}
+
+// Where a level lies among the counts of all values.
+template <class T>
+KUV_INLINE ptrdiff_t placeOf(Kuv32s level) {
+    const ptrdiff_t place = ptrdiff_t{level} - lowestValue<T>;
+    return place < 0 ? 0 : place > valueCount<T> ? valueCount<T> : place;
+}
+
+template <class T>
+void sumBins(const Kuv32u* counts, const IntegerBins& of) {
+    ptrdiff_t low = of.bins > 0 ? placeOf<T>(of.level(0)) : 0;
+    for (ptrdiff_t k = 0; k < of.bins; ++k) {
+        const ptrdiff_t high = placeOf<T>(of.level(k + 1));
+        if (high - low == 1) storeSample(of.hist + k, loadSample(counts + low));
+        else storeSample(of.hist + k, low < high ? sumOfCounts(counts + low, high - low) : 0);
+        low = high;
+    }
+}
+
+// Counts values. Samples are taken out of words of eight bytes; those of a channel go to each of its `sets` tables in turn.
+template <int channels, int sets, ptrdiff_t stride, class T>
+void countRows(Kuv32u* tables, const T* src, ptrdiff_t step, ptrdiff_t samples, ptrdiff_t rows) {
+    constexpr int perWord = 8 / sizeof(T), block = hasVectors ? (channels == 3 ? 24 : 8) : 2 * channels;
+    const auto count = [tables](T sample, ptrdiff_t i) {
+        constexpr ptrdiff_t period = channels * sets;
+        countOne(tables + stride * (i % period), sample - lowestValue<T>);
+    };
+    for (ptrdiff_t row = 0; row < rows; ++row) {
+        const T* from = rowAt(src, step, row);
+        ptrdiff_t left = samples;
+        for (; left >= block; left -= block, from += block) {
+            if constexpr (hasVectors) {
+#pragma GCC unroll 3
+                for (int w = 0; w < block / perWord; ++w) {
+                    const Kuv64u word = loadSample(reinterpret_cast<const Kuv64u*>(from + w * perWord));
+#pragma GCC unroll 8
+                    for (int k = 0; k < perWord; ++k) count(static_cast<T>(word >> 8 * static_cast<int>(sizeof(T)) * k), w * perWord + k);
+                }
+            } else {
+#pragma GCC unroll 8
+                for (int i = 0; i < block; ++i) count(loadSample(from + i), i);
+            }
+        }
+        for (ptrdiff_t i = 0; i < left; ++i) count(loadSample(from + i), i);
+    }
+}
+
+// The same by way of several tables for each channel: equal neighbours would wait for each other's counts. Tables lie at distances that
+// differ modulo 4096, like those of BinCounts.
+template <int channels, int sets>
+__attribute__((noinline)) void countInTables(Kuv32u* counts, const Kuv8u* src, ptrdiff_t step, ptrdiff_t samples, ptrdiff_t rows) {
+    constexpr ptrdiff_t values = valueCount<Kuv8u>, stride = values + 16;
+    alignas(64) Kuv32u tables[sets * channels * stride];
+    clearCounts(tables, sets * channels * stride);
+    countRows<channels, sets, stride>(tables, src, step, samples, rows);
+    for (int c = 0; c < channels; ++c) addTables<sets>(counts + c * values, tables + c * stride, channels * stride, values);
+}
+
+// Counts values in `counts`.
+template <int channels, class T>
+void countValues(Kuv32u* counts, const T* src, ptrdiff_t step, ptrdiff_t samples, ptrdiff_t rows) {
+    if constexpr (hasVectors && sizeof(T) == 1) {
+        // About eight tables in all, or four where eight would take longer to clear and add than they save.
+        constexpr int sets = channels == 1 ? 8 : 2;
+        const ptrdiff_t all = samples * rows;
+        if (all >= (channels == 1 ? 16384 : 8192)) return countInTables<channels, sets>(counts, src, step, samples, rows);
+        if (channels == 1 && all >= 2048) return countInTables<channels, 4>(counts, src, step, samples, rows);
+    }
+    clearCounts(counts, ptrdiff_t{channels} * valueCount<T>);
+    countRows<channels, 1, valueCount<T>>(counts, src, step, samples, rows);
+}
+
+// Bins of one width: x is in bin (x - first) / step.
+struct EvenBins {
+    Kuv32s first = 0, last = 0;
+    Kuv32u step = 1;
+
+    EvenBins() = default;
+    // Whether the whole range is a multiple of the bins' number.
+    bool divide(const IntegerBins& of) {
+        if (of.bins == 0) return true;
+        first = of.level(0);
+        last = of.level(of.bins);
+        const Kuv32u range = static_cast<Kuv32u>(last) - static_cast<Kuv32u>(first);
+        step = range / static_cast<Kuv32u>(of.bins);
+        return range % static_cast<Kuv32u>(of.bins) == 0;
+    }
+    // Whether the levels between are where this takes them to be.
+    bool agree(const IntegerBins& of) const {
+        bool same = true;
+        for (ptrdiff_t k = 0; k < of.bins; ++k) {
+            same = same && static_cast<Kuv32u>(of.level(k)) == static_cast<Kuv32u>(first) + static_cast<Kuv32u>(k) * step;
+        }
+        return same;
+    }
+};
+
+template <int channels, class T>
+void divideSamples(const EvenBins (&even)[channels], const IntegerBins (&of)[channels], const T* src, ptrdiff_t step, ptrdiff_t samples,
+                   ptrdiff_t rows) {
+    for (const IntegerBins& each : of) clearCounts(each.hist, each.bins);
+    for (ptrdiff_t row = 0; row < rows; ++row) {
+        const T* const from = rowAt(src, step, row);
+        for (ptrdiff_t i = 0; i < samples; ++i) {
+            const EvenBins& bins = even[i % channels];
+            const Kuv32s x = loadSample(from + i);
+            if (x < bins.first || x >= bins.last) continue;
+            countOne(of[i % channels].hist, (static_cast<Kuv32u>(x) - static_cast<Kuv32u>(bins.first)) / bins.step);
+        }
+    }
+}
+
+// Samples as 32-bit integers.
+template <class V, class T>
+KUV_INLINE V widened(const T* from) {
+    if constexpr (V::bytes == 32) {
+        KUV_AVX2(const __m128i v = load<Vector<Kuv16u, 16>>(reinterpret_cast<const Kuv16u*>(from)).raw;
+                 if constexpr (std::is_signed_v<T>) return {_mm256_cvtepi16_epi32(v)};
+                 else return {_mm256_cvtepu16_epi32(v)};)
+    } else {
+        const __m128i v = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from));
+        if constexpr (std::is_signed_v<T>) return {_mm_srai_epi32(_mm_unpacklo_epi16(v, v), 16)};
+        else return {_mm_unpacklo_epi16(v, _mm_setzero_si128())};
+    }
+}
+
+KUV_INLINE Vector<Kuv32f, 16> quotient(Vector<Kuv32f, 16> a, Vector<Kuv32f, 16> b) { return {_mm_div_ps(a.raw, b.raw)}; }
+KUV_AVX(KUV_INLINE Vector<Kuv32f, 32> quotient(Vector<Kuv32f, 32> a, Vector<Kuv32f, 32> b) { return {_mm256_div_ps(a.raw, b.raw)}; })
+
+// The same for eight samples, in single precision. Quotients of integers below 2^22 are cut to the right integer, however they are
+// rounded: one that is no integer misses the next by more than the rounding moves it.
+template <int channels>
+class Quotients {
+    using V = CountVector;
+    using Reals = Vector<Kuv32f, V::bytes>;
+    static constexpr Kuv32s exact = 1 << 22;
+
+public:
+    // No sample is that far above the first level.
+    static bool suit(const EvenBins (&even)[channels]) {
+        bool near = true;
+        for (const EvenBins& each : even) near = near && each.first > 65536 - exact;
+        return near;
+    }
+
+    Quotients(const EvenBins (&even)[channels], const IntegerBins (&of)[channels]) {
+        for (int i = 0; i < V::lanes; ++i) {
+            const EvenBins& each = even[i % channels];
+            const Kuv64s range = Kuv64s{each.last} - each.first;
+            first_[i] = each.first;
+            range_[i] = static_cast<Kuv32s>(range < 0 ? 0 : range < exact ? range : exact);
+            step_[i] = static_cast<Kuv32f>(each.step < exact ? each.step : exact);
+            bins_[i] = of[i % channels].bins;
+        }
+    }
+
+    template <class T>
+    KUV_INLINE void operator()(const T* samples, Kuv32s* indices) const {
+#pragma GCC unroll 2
+        for (int i = 0; i < 8; i += V::lanes) {
+            const V distance = sub(widened<V>(samples + i), load<V>(first_));
+            const V inside = bitAnd(greater(distance, fill<V>(-1)), greater(load<V>(range_), distance));
+            const V bin = truncated(quotient(toReals(distance), load<Reals>(step_)));
+            store(indices + i, bitOr(bitAnd(inside, bin), bitAndNot(inside, load<V>(bins_))));  // a blend takes as long, or longer
+        }
+    }
+
+private:
+    Kuv32s first_[V::lanes], range_[V::lanes], bins_[V::lanes];
+    Kuv32f step_[V::lanes];
+};
+
+}  // namespace
+}  // namespace kuv::KUV_VARIANT

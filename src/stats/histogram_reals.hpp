@@ -1,0 +1,178 @@
+// Single-precision samples: how their bins are found among the levels.
+#pragma once
+
+#include "stats/histogram_bins.hpp"
+
+namespace kuv::KUV_VARIANT {
+namespace {
+
+using RealBins = ChannelBins<Kuv32f>;
+
+// From the first level upward.
+struct Scan {
+    KUV_INLINE ptrdiff_t operator()(const RealBins& of, Kuv32f x) const {
+        ptrdiff_t k = 0;
+        while (!(of.level(k + 1) > x)) ++k;
+        return k;
+    }
+};
+
+struct BinarySearch {
+    KUV_INLINE ptrdiff_t operator()(const RealBins& of, Kuv32f x) const {
+        ptrdiff_t base = 0, length = of.bins;
+        while (length > 1) {
+            const ptrdiff_t half = length / 2;
+            if (x >= of.level(base + half)) {
+                base += half;
+                length -= half;
+            } else {
+                length = half;
+            }
+        }
+        return base;
+    }
+};
+
+template <class Find>
+void searchSamples(Find find, const RealBins& of, const Kuv32f* src, ptrdiff_t step, ptrdiff_t samples, ptrdiff_t rows) {
+    const Kuv32f first = of.level(0), last = of.level(of.bins);
+    clearCounts(of.hist, of.bins);
+    for (ptrdiff_t row = 0; row < rows; ++row) {
+        const Kuv32f* const from = rowAt(src, step, row);
+        for (ptrdiff_t i = 0; i < samples; ++i) {
+            const Kuv32f x = loadSample(from + i);
+            if (x >= first && x < last) countOne(of.hist, find(of, x));
+        }
+    }
+}
+
+// What follows finds the bins of eight samples at once, among levels that rise.
+bool doRise(const RealBins& of) {
+    bool rise = true;
+    for (ptrdiff_t k = 0; k < of.bins; ++k) rise = rise && of.level(k) <= of.level(k + 1);
+    return rise;
+}
+
+KUV_INLINE void storeTruncated(Kuv32s* to, Vector<Kuv32f, 16> v) { store(to, truncated(v)); }
+KUV_AVX(KUV_INLINE void storeTruncated(Kuv32s* to, Vector<Kuv32f, 32> v) {
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), _mm256_cvttps_epi32(v.raw));
+})
+
+// One bit per lane.
+KUV_INLINE unsigned laneBits(Vector<Kuv32f, 16> mask) { return static_cast<unsigned>(_mm_movemask_ps(mask.raw)); }
+KUV_AVX(KUV_INLINE unsigned laneBits(Vector<Kuv32f, 32> mask) { return static_cast<unsigned>(_mm256_movemask_ps(mask.raw)); })
+
+// Vectors are filled where they are used, out of loops: those of 32 bytes must not get into the callers of loops.
+class RealFinder {
+protected:
+    using V = Native<Kuv32f>;
+
+    explicit RealFinder(const RealBins& of) : of_(of), first_(of.level(0)), last_(of.level(of.bins)) {}
+
+    KUV_INLINE V inside(V x) const { return bitAnd(atLeast(x, fill<V>(first_)), greater(fill<V>(last_), x)); }
+    // Cut to the index of no bin, and far from any level.
+    KUV_INLINE V none() const { return fill<V>(static_cast<Kuv32f>(of_.bins) + 0.5f); }
+
+    RealBins of_;
+    Kuv32f first_, last_;
+};
+
+// Counts the levels up to a sample.
+class LevelCount : RealFinder {
+public:
+    // More bins are searched faster.
+    static constexpr Kuv32s mostBins = V::bytes == 32 ? 101 : 40;
+
+    explicit LevelCount(const RealBins& of) : RealFinder(of) {}
+    KUV_INLINE void operator()(const Kuv32f* samples, Kuv32s* indices) const {
+        constexpr int registers = 8 / V::lanes;
+        V x[registers], count[registers];
+#pragma GCC unroll 2
+        for (int r = 0; r < registers; ++r) {
+            x[r] = load<V>(samples + r * V::lanes);
+            count[r] = fill<V>(0);
+        }
+        for (ptrdiff_t k = 1; k < of_.bins; ++k) {
+            const V level = fill<V>(of_.level(k));
+#pragma GCC unroll 2
+            for (int r = 0; r < registers; ++r) count[r] = add(count[r], bitAnd(atLeast(x[r], level), fill<V>(1)));
+        }
+#pragma GCC unroll 2
+        for (int r = 0; r < registers; ++r) storeTruncated(indices + r * V::lanes, select(inside(x[r]), count[r], none()));
+    }
+};
+
+// Halves what may hold a sample, without a branch: all take the same steps, side by side. Gathering levels instead takes longer.
+class SteadySearch : RealFinder {
+public:
+    explicit SteadySearch(const RealBins& of) : RealFinder(of) {}
+    KUV_INLINE void operator()(const Kuv32f* samples, Kuv32s* indices) const {
+        Kuv32f x[8];
+        ptrdiff_t base[8] = {};
+        __builtin_memcpy(x, samples, sizeof(x));
+        for (ptrdiff_t length = of_.bins; length > 1;) {
+            const ptrdiff_t half = length / 2;
+#pragma GCC unroll 8
+            for (int i = 0; i < 8; ++i) base[i] += half & -static_cast<ptrdiff_t>(x[i] >= of_.level(base[i] + half));
+            length -= half;
+        }
+#pragma GCC unroll 8
+        for (int i = 0; i < 8; ++i) indices[i] = x[i] >= first_ && x[i] < last_ ? static_cast<Kuv32s>(base[i]) : of_.bins;
+    }
+};
+
+// Takes a sample's distance from the first level, in bins, and cuts it; close to a level, the levels themselves decide.
+class Estimate : RealFinder {
+public:
+    Estimate(const RealBins& of, Kuv32f step) : RealFinder(of) {
+        const Kuv32f reciprocal = 1 / step;
+        // Roundings: of step, reciprocal and difference, in parts of at most `bins`; of products and levels, in parts of the largest level
+        // in bins. Each is at most 2^-23 of that in any rounding mode.
+        const Kuv64f first = __builtin_fabs(static_cast<Kuv64f>(of.level(0))), last = __builtin_fabs(static_cast<Kuv64f>(of.level(of.bins)));
+        const Kuv64f largest = (first > last ? first : last) * __builtin_fabs(static_cast<Kuv64f>(reciprocal));
+        const Kuv64f error = 0x4p-23 * (of.bins + largest);
+        // The product of normal numbers, and a bin of either side at most.
+        suits_ = step >= 0x1p-100f && step <= 0x1p100f && error < 0.25;
+        const Kuv32f margin = error < 0.001 ? 0.001f : static_cast<Kuv32f>(error);
+        reciprocal_ = reciprocal;
+        offset_ = of.level(0) * reciprocal;
+        margin_ = margin;
+    }
+    bool suits() const { return suits_; }
+
+    KUV_INLINE void operator()(const Kuv32f* samples, Kuv32s* indices) const {
+#pragma GCC unroll 2
+        for (int i = 0; i < 8; i += V::lanes) {
+            const V x = load<V>(samples + i), bin = select(inside(x), quotient(x), none());
+            const V fromMiddle = bitAndNot(fill<V>(-0.0f), sub(sub(bin, wholePart(bin)), fill<V>(0.5f)));
+            storeTruncated(indices + i, bin);
+            if (const unsigned bits = laneBits(greater(fromMiddle, fill<V>(0.5f - margin_))); bits != 0) settle(samples + i, indices + i, bits);
+        }
+    }
+
+private:
+    KUV_INLINE V quotient(V x) const {
+#ifdef __FMA__
+        return {_mm256_fmsub_ps(x.raw, fill<V>(reciprocal_).raw, fill<V>(offset_).raw)};
+#else
+        return sub(multiply(x, fill<V>(reciprocal_)), fill<V>(offset_));
+#endif
+    }
+    // The bin, or the one before or behind it, of those samples whose bits are set.
+    KUV_INLINE void settle(const Kuv32f* samples, Kuv32s* indices, unsigned bits) const {
+        const Kuv32s lastBin = of_.bins - 1;
+#pragma GCC unroll 8
+        for (int i = 0; i < V::lanes; ++i) {
+            if ((bits >> i & 1) == 0) continue;
+            const Kuv32f x = loadSample(samples + i);
+            const Kuv32s bin = indices[i] < 0 ? 0 : indices[i] > lastBin ? lastBin : indices[i];
+            indices[i] = bin + (x >= of_.level(bin + 1)) - (x < of_.level(bin));
+        }
+    }
+
+    bool suits_;
+    Kuv32f reciprocal_, offset_, margin_;
+};
+
+}  // namespace
+}  // namespace kuv::KUV_VARIANT
