@@ -571,3 +571,19 @@ KuvStatus KUV_LOOP(countReals)(const Kuv32f* src, Kuv32s srcStep, KuviSize roiSi
     })
     return kuvStatusOk;
 }
+
+KuvStatus KUV_LOOP(integrate)(const Kuv8u* src, Kuv32s srcStep, Kuv32s* dst, Kuv32s dstStep, KuviSize roiSize, Kuv32s val) {
+    for (ptrdiff_t x = 0; x <= roiSize.width; ++x) dst[x] = val;
+    for (ptrdiff_t y = 0; y < roiSize.height; ++y) {
+        const Kuv8u* from = src + y * srcStep;
+        const Kuv32s* above = (const Kuv32s*)((const char*)dst + y * dstStep);
+        Kuv32s* to = (Kuv32s*)((char*)dst + (y + 1) * dstStep);
+        Kuv32u sum = 0;
+        to[0] = val;
+        for (ptrdiff_t x = 0; x < roiSize.width; ++x) {
+            sum += from[x];
+            to[x + 1] = (Kuv32s)((Kuv32u)above[x + 1] + sum);
+        }
+    }
+    return kuvStatusOk;
+}

@@ -91,6 +91,7 @@ KUV_DECLARE_LOOPS(count16, kuviHistogram_16u_C1R)
 KUV_DECLARE_LOOPS(countFour16, kuviHistogram_16u_C4R)
 KUV_DECLARE_LOOPS(countSigned, kuviHistogram_16s_C1R)
 KUV_DECLARE_LOOPS(countReals, kuviHistogram_32f_C1R)
+KUV_DECLARE_LOOPS(integrate, kuviIntegral_8u32s_C1R)
 KUV_DECLARE_LOOPS(expandVideo, kuviCbYCr422ToRGB_8u_C2C3R)
 KUV_DECLARE_LOOPS(repeatGrey, kuviGrayToRGB_8u_C1C3R)
 

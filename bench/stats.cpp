@@ -35,3 +35,4 @@ MEASUREMENT(kuviHistogram_32f_C1R, countReals, "flat", Counted<Kuv32f, 1, 256, t
 KUV_BENCHMARK(kuviHistogram_32f_C1R, "noise on 20 free levels", Counted<Kuv32f, 1, 19, false>)
 KUV_BENCHMARK(kuviHistogram_32f_C1R, "noise on 65 free levels", Counted<Kuv32f, 1, 64, false>)
 KUV_BENCHMARK(kuviHistogram_32f_C1R, "noise on 257 free levels", Counted<Kuv32f, 1, 256, false>)
+MEASUREMENT(kuviIntegral_8u32s_C1R, integrate, "aligned", Integrated)

@@ -1414,6 +1414,32 @@ KUV_API KuvStatus kuviHistogram_16s_C1R(const Kuv16s* src, Kuv32s srcStep, KuviS
 KUV_API KuvStatus kuviHistogram_32f_C1R(const Kuv32f* src, Kuv32s srcStep, KuviSize roiSize, Kuv32u* hist, const KuviBinPlan* spec,
                                         Kuv8u* buffer);
 /** @} */
+
+/** The table of running sums, from which the sum over any rectangle is four reads.
+ *
+ *  The table has one row and one column more than the source:
+ *
+ *      dst(x, y) = val + the sum of src(i, j) over all i < x and j < y
+ *
+ *  so that its first row and its first column are `val`. With `r = dst(x + w, y + h) - dst(x + w, y) - dst(x, y + h) + dst(x, y)`, r is
+ *  the sum of the w by h samples from (x, y) on.
+ *
+ *  Sums wrap modulo 2^32 and no status tells of it. A region of up to 2^23 samples of any value stays in the range of `Kuv32s` from a
+ *  `val` of 0 on; a rectangle of up to 2^24 samples is right, taken as `Kuv32u`, also where the table has wrapped.
+ *
+ *  Step class B, for the destination by its own row of `4 * (width + 1)` bytes. `dstStep` has to be a multiple of 4; `dst` may stand at
+ *  any address.
+ *
+ *  @param src the samples
+ *  @param srcStep row step of `src` in bytes
+ *  @param dst the table
+ *  @param dstStep row step of `dst` in bytes
+ *  @param roiSize size of `src` in pixels, at least 1 by 1; the table is width + 1 by height + 1
+ *  @param val what the sums start from
+ *  @return #kuvStatusNullPtr if `src` or `dst` is null; #kuvStatusBadSize if the width or height is below 1; #kuvStatusBadStep if
+ *          `srcStep` is below the width or `dstStep` below `4 * (width + 1)`; #kuvStatusStepNotMultiple if `dstStep` is not a multiple
+ *          of 4; else #kuvStatusOk. */
+KUV_API KuvStatus kuviIntegral_8u32s_C1R(const Kuv8u* src, Kuv32s srcStep, Kuv32s* dst, Kuv32s dstStep, KuviSize roiSize, Kuv32s val);
 /** @} */
 
 /** @defgroup segment Segmentation

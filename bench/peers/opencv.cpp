@@ -220,6 +220,10 @@ auto largest = [](const cv::Mat& src) {
     addMeasurement<Kuv32f, 3>("kuviMax_32f_C3R", largest)};
 
 #ifdef KUV_OPENCV_IMGPROC
+[[maybe_unused]] const bool integral = addOpenCV<Integrated>("kuviIntegral_8u32s_C1R", [](auto& form) {
+    return [src = matrixOf(form.src, form.size), dst = matrixOf(form.dst, form.tableSize)]() mutable { cv::integral(src, dst, CV_32S); };
+});
+
 template <int channels, bool aligned>
 bool addColourSpace(const char* function, int code) {
     return addOpenCV<FromTo<Kuv8u, channels, 3, aligned>>(function, [code](auto& form) {

@@ -423,6 +423,25 @@ struct Labelled {
     }
 };
 
+// An image and the table of its running sums, which has one row and one column more.
+struct Integrated {
+    static constexpr double bytesPerPixel = 9;  // the row above is read
+
+    KuviSize size, tableSize = {size.width + 1, size.height + 1};
+    Image<Kuv8u> src{size};
+    Image<Kuv32s> dst{tableSize};
+
+    explicit Integrated(KuviSize wanted) : size(wanted) {
+        fillWithValues(src, size, 1, 0, 255);
+        for (int row = 0; row < tableSize.height; ++row) std::memset(dst.row(row), 0xA5, sizeof(Kuv32s) * tableSize.width);
+    }
+
+    template <class Function>
+    auto call(Function* function) {
+        return function(src.row(), src.step(), dst.row(), dst.step(), size, 0);
+    }
+};
+
 enum class Content { noise, flat };
 
 // An image whose samples are counted in so many bins over all integers, or over the range from 0 to 1: bins of one width, or bins

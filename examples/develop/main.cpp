@@ -5,6 +5,7 @@
 #include <new>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "compare.hpp"
 #include "demosaic.hpp"
@@ -18,6 +19,7 @@
 #include "reduce.hpp"
 #include "scene.hpp"
 #include "stages.hpp"
+#include "stats.hpp"
 #include "tone.hpp"
 #include "variants.hpp"
 #include "video.hpp"
@@ -46,6 +48,22 @@ void write(const std::string& path, const Picture<T>& picture) {
     writePng(path, picture);
     tell("wrote", watch.milliseconds(),
          path + ": " + sizeText(picture.width, picture.height) + ", " + std::to_string(8 * sizeof(T)) + " bits");
+}
+
+// The name of the output with a suffix, as PNG.
+std::string besideOutput(const Options& options, const char* suffix) {
+    std::filesystem::path path = options.output;
+    path.replace_filename(path.stem().string() + suffix + ".png");
+    return path.string();
+}
+
+template <class T>
+void writeResult(const Options& options, const Picture<T>& picture) {
+    write(options.output, picture);
+    if (!options.stats) return;
+    const PictureStats stats = statsOf(picture);
+    print(stats);
+    write(besideOutput(options, "-histogram"), histogramPlot(stats));
 }
 
 // The stages that a mosaic goes through. Those of the library work on 16-bit samples until the last one.
@@ -151,6 +169,7 @@ void developMosaic(const Options& options, Mosaic& mosaic, const std::optional<P
         tell("wrote", watch.milliseconds(), options.saveMosaic + ": the mosaic");
     }
 
+    if (options.stats) print("mosaic", statsOf(mosaic));
     Stages stages;
     Picture16u picture = developer.reconstruct(mosaic, stages);
     if (!options.colourMosaic.empty()) developer.finishAndWrite(options.colourMosaic, inColours(mosaic));
@@ -166,16 +185,14 @@ void developMosaic(const Options& options, Mosaic& mosaic, const std::optional<P
 
     if (scene) {
         const Picture16u reference = crop(*scene, region);
-        std::filesystem::path path = options.output;
-        path.replace_filename(path.stem().string() + "-scene.png");
-        developer.writePicture(path.string(), reference);
+        developer.writePicture(besideOutput(options, "-scene"), reference);
         const auto [r, g, b] = psnr(picture, reference);
         std::printf("PSNR       R %.2f dB, G %.2f dB, B %.2f dB\n", r, g, b);
     }
     if (reduced) {
-        write(options.output, *reduced);
+        writeResult(options, *reduced);
     } else {
-        write(options.output, picture);
+        writeResult(options, picture);
     }
 }
 
@@ -210,11 +227,13 @@ void runVideo(const Options& options) {
     Stages stages;
     work(stages);
     tell(stages);
-    write(options.output, picture);
+    writeResult(options, picture);
 }
 
 void refuseToOverwriteInput(const Options& options) {
-    for (const std::string& output : {options.output, options.saveMosaic, options.colourMosaic, options.compare}) {
+    std::vector<std::string> outputs = {options.output, options.saveMosaic, options.colourMosaic, options.compare};
+    if (options.stats) outputs.push_back(besideOutput(options, "-histogram"));
+    for (const std::string& output : outputs) {
         std::error_code missing;
         if (std::filesystem::equivalent(options.input, output, missing))
             throw UsageError(output + ": is the input itself and would be overwritten");

@@ -23,7 +23,7 @@ struct Form {
 constexpr Form forms[] = {{"step", kuvLutStep}, {"linear", kuvLutLinear}, {"cubic", kuvLutCubic}};
 
 enum Key {
-    keyVariant = 256, keyTimes, keyVideo,
+    keyVariant = 256, keyTimes, keyStats, keyVideo,
     // Those below are for mosaics only.
     keyLayout, keyRegion, keyBlack, keyWhite, keyMethod, keyThreads, keyCurve, keyForm, keyBits, keyDither, keyLevels, keyNoise,
     keySave, keyColour, keyCompare, keyAt,
@@ -34,6 +34,7 @@ constexpr option longOptions[] = {
     {"output", required_argument, nullptr, 'o'},
     {"variant", required_argument, nullptr, keyVariant},
     {"times", no_argument, nullptr, keyTimes},
+    {"stats", no_argument, nullptr, keyStats},
     {"video", required_argument, nullptr, keyVideo},
     {"layout", required_argument, nullptr, keyLayout},
     {"region", required_argument, nullptr, keyRegion},
@@ -161,6 +162,7 @@ Options parseOptions(int argc, char** argv) {
             case 'o': options.output = fileName("-o", optarg); break;
             case keyVariant: options.variant = optarg; break;
             case keyTimes: options.times = true; break;
+            case keyStats: options.stats = true; break;
             case keyVideo: options.video = videoSizeOf(optarg); break;
             case keyLayout: options.layout = layoutOf(optarg); break;
             case keyRegion: {
@@ -240,6 +242,9 @@ void printHelp() {
         "                             s8 (SSSE3), p8 (SSE4.2), g9 (AVX), h9 (AVX2), or auto\n"
         "                             for the best that the processor runs (default)\n"
         "      --times                first print how long each stage takes in each variant\n"
+        "      --stats                print mean, deviation, smallest and largest sample of each\n"
+        "                             channel and of the mosaic as it was read, and write the\n"
+        "                             channels' histograms to FILE-histogram.png\n"
         "  -h, --help                 show this help\n"
         "\n"
         "For mosaics:\n"

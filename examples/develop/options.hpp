@@ -14,6 +14,7 @@ namespace develop {
 struct Options {
     bool help = false;
     bool times = false;
+    bool stats = false;
     std::string input;  // empty: the test scene
     std::string output = "develop.png";
     std::string variant = "auto";

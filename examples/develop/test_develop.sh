@@ -295,6 +295,60 @@ works --compare compare.png --compare-at 0,0 --colour-mosaic colours.png
 grep -q 'compare.png: 1168 x 384' out || fail "the size of the comparison"
 grep -q 'colours.png: 960 x 640' out || fail "the size of the mosaic in colours"
 
+# Statistics are those of the picture that is written, and of the mosaic as it was read.
+line='mean %9.3f, deviation %9.3f, from %5d to %5d\n'
+measured() {
+    samples "$1" | awk -v line="%-10s $line" '
+        { for (c = 1; c <= 3; c++) { s[c] += $c; q[c] += $c * $c; if (NR == 1 || $c < lo[c]) lo[c] = $c; if ($c > hi[c]) hi[c] = $c } }
+        END {
+            split("red green blue", name)
+            for (c = 1; c <= 3; c++) { v = q[c] / NR - (s[c] / NR) ^ 2; printf line, name[c], s[c] / NR, sqrt(v < 0 ? -v : v), lo[c], hi[c] }
+        }'
+}
+works --stats --bits 16 --curve none -o stats.png noise8.pgm
+grep -E '^(red|green|blue) ' out >told
+measured stats.png >wanted
+same told wanted "the statistics of 16 bits"
+works --stats -o stats.png noise8.pgm
+grep -E '^(red|green|blue) ' out >told
+measured stats.png >wanted
+same told wanted "the statistics of 8 bits"
+grep -q 'stats-histogram.png: 544 x 544, 8 bits' out || fail "the size of the histograms"
+printf 'P5 6 5 255 %030d' 0 | tr 0 A | sed 's/AAAAA$/zzzzz/' >letters.pgm
+works --stats -o letters.png letters.pgm
+printf "mosaic     $line" 74.5 21.242646 65 122 >wanted
+grep '^mosaic ' out >told
+same told wanted "the statistics of the mosaic"
+
+# The red bars: a value's count, and at the full height the largest one but for those of the ends.
+samples stats.png >values
+samples stats-histogram.png | awk '
+    NR == FNR { count[$1]++; next }
+    $0 == "205 70 60" { height[(FNR - 1) % 544]++ }
+    END {
+        for (v = 1; v < 255; v++) if (count[v] > full) full = count[v]
+        for (v = 0; v < 256; v++) {
+            wanted = int(((count[v] < full ? count[v] : full) * 120 + full - 1) / full)
+            for (x = 16 + 2 * v; x < 18 + 2 * v; x++) if (height[x] + 0 != wanted) { print v, height[x] + 0, wanted; wrong = 1 }
+        }
+        exit wrong
+    }' values - || fail "the red bars"
+grep -E '^(mosaic|red|green|blue) ' out >letters.told
+for variant in $variants; do
+    flags=${variant#??}
+    processorHas "$(echo "${flags#:}" | tr , ' ')" || continue
+    works --stats --variant "${variant%%:*}" -o variant.png letters.pgm
+    grep -E '^(mosaic|red|green|blue) ' out >told
+    same told letters.told "the statistics of ${variant%%:*}"
+    same variant-histogram.png letters-histogram.png "the histograms of ${variant%%:*}"
+done
+cp letters.pgm letters-histogram.png
+refuses 2 'would be overwritten' --stats -o letters.png letters-histogram.png
+works --stats --video 64x2 -o bars.png bars.uyvy
+grep -E '^(red|green|blue) ' out >told
+measured bars.png >wanted
+same told wanted "the statistics of video"
+
 # The smallest images, and samples of an odd range.
 printf 'P5 5 5 255 %025d' 0 >five.pgm
 works -o five.png --compare compare.png five.pgm
