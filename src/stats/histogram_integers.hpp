@@ -1,6 +1,7 @@
 // Integer samples: counts of every value, added up for each bin; or bins found by division.
 #pragma once
 
+#include "simd/mask.hpp"
 #include "stats/histogram_bins.hpp"
 
 namespace kuv::KUV_VARIANT {
@@ -37,14 +38,29 @@ KUV_INLINE ptrdiff_t placeOf(Kuv32s level) {
     return place < 0 ? 0 : place > valueCount<T> ? valueCount<T> : place;
 }
 
+// Whether the bins from k on, as many as a vector has counts, hold one value each.
+template <class T>
+KUV_INLINE bool holdOneEach(const IntegerBins& of, ptrdiff_t k) {
+    using V = CountVector;
+    const ptrdiff_t place = ptrdiff_t{of.level(k)} - lowestValue<T>;
+    if (place < 0 || place + V::lanes > valueCount<T>) return false;
+    const V widths = sub(load<V>(of.levels + k + 1), load<V>(of.levels + k));
+    return bitsOf(equal(as<Kuv8u>(widths), as<Kuv8u>(fill<V>(1)))) == static_cast<Kuv32u>(-1) >> (32 - V::bytes);
+}
+
 template <class T>
 void sumBins(const Kuv32u* counts, const IntegerBins& of) {
-    ptrdiff_t low = of.bins > 0 ? placeOf<T>(of.level(0)) : 0;
-    for (ptrdiff_t k = 0; k < of.bins; ++k) {
-        const ptrdiff_t high = placeOf<T>(of.level(k + 1));
-        if (high - low == 1) storeSample(of.hist + k, loadSample(counts + low));
-        else storeSample(of.hist + k, low < high ? sumOfCounts(counts + low, high - low) : 0);
-        low = high;
+    for (ptrdiff_t k = 0; k < of.bins;) {
+        const ptrdiff_t low = placeOf<T>(of.level(k)), high = placeOf<T>(of.level(k + 1));
+        if constexpr (hasVectors) {
+            if (k + CountVector::lanes <= of.bins && holdOneEach<T>(of, k)) {
+                storeCounts(of.hist + k, loadCounts(counts + low));
+                k += CountVector::lanes;
+                continue;
+            }
+        }
+        storeSample(of.hist + k, low < high ? sumOfCounts(counts + low, high - low) : 0);
+        ++k;
     }
 }
 
@@ -94,8 +110,8 @@ void countValues(Kuv32u* counts, const T* src, ptrdiff_t step, ptrdiff_t samples
         // About eight tables in all, or four where eight would take longer to clear and add than they save.
         constexpr int sets = channels == 1 ? 8 : 2;
         const ptrdiff_t all = samples * rows;
-        if (all >= (channels == 1 ? 16384 : 8192)) return countInTables<channels, sets>(counts, src, step, samples, rows);
-        if (channels == 1 && all >= 2048) return countInTables<channels, 4>(counts, src, step, samples, rows);
+        if (all >= (channels == 1 ? 2048 : 8192)) return countInTables<channels, sets>(counts, src, step, samples, rows);
+        if (channels == 1 && all >= 256) return countInTables<channels, 4>(counts, src, step, samples, rows);
     }
     clearCounts(counts, ptrdiff_t{channels} * valueCount<T>);
     countRows<channels, 1, valueCount<T>>(counts, src, step, samples, rows);
