@@ -9,11 +9,14 @@ namespace {
 KUV_INLINE void integrate(const Kuv8u* src, ptrdiff_t srcStep, Kuv32s* dst, ptrdiff_t dstStep, KuviSize size, Kuv32s val) {
     const ptrdiff_t width = size.width, height = size.height;
     for (ptrdiff_t i = 0; i <= width; ++i) storeSample(dst + i, val);
-    for (ptrdiff_t row = 1; row <= height; ++row) storeSample(rowAt(dst, dstStep, row), val);
     ptrdiff_t row = 0;
+    const auto beginRows = [&](ptrdiff_t count) {
+        for (ptrdiff_t k = 1; k <= count; ++k) storeSample(rowAt(dst, dstStep, row + k), val);
+    };
     if constexpr (hasVectors) {
         if (width >= stripColumns) {
             const auto sum = [&]<int rows>(std::integral_constant<int, rows>) {
+                beginRows(rows);
                 sumRows<rows>(rowAt(src, srcStep, row), srcStep, rowAt(dst, dstStep, row), dstStep, width);
                 row += rows;
             };
@@ -23,7 +26,10 @@ KUV_INLINE void integrate(const Kuv8u* src, ptrdiff_t srcStep, Kuv32s* dst, ptrd
             return;
         }
     }
-    for (; row < height; ++row) sumRow(rowAt(src, srcStep, row), rowAt(dst, dstStep, row), dstStep, width);
+    for (; row < height; ++row) {
+        beginRows(1);
+        sumRow(rowAt(src, srcStep, row), rowAt(dst, dstStep, row), dstStep, width);
+    }
 }
 
 }  // namespace
