@@ -132,7 +132,7 @@ public:
             for (int k = 0; k < 3; ++k) store(beside_[k] + margin + i, alternate(from(b[k - 1]), from(a[k - 1])));
         };
         fillAt(-2);
-        for (ptrdiff_t i = 0; i + V::lanes <= count; i += V::lanes) fillAt(i);
+        for (ptrdiff_t i = 0; i + V::lanes <= count && count > V::lanes; i += V::lanes) fillAt(i);
         fillAt(count + 2 - V::lanes);
     }
 

@@ -40,6 +40,17 @@ struct Interleave3 {
     static constexpr Interleave3Shuffles shuffles = interleave3Shuffles(sampleSize);
 };
 
+// Lanes of 32 bits where nothing blends them.
+template <class T>
+KUV_INLINE void interleave3OfFour(const Vector<T, 16> (&planes)[3], Vector<T, 16> (&out)[3]) {
+    const auto lanes = [](__m128i v) { return _mm_castsi128_ps(v); };
+    const __m128 a = lanes(planes[0].raw), b = lanes(planes[1].raw), c = lanes(planes[2].raw);
+    const __m128 low = _mm_unpacklo_ps(a, b), high = _mm_unpackhi_ps(a, b);
+    out[0].raw = _mm_castps_si128(_mm_shuffle_ps(low, _mm_shuffle_ps(c, a, 0x50), 0x84));
+    out[1].raw = _mm_castps_si128(_mm_shuffle_ps(_mm_shuffle_ps(b, c, 0x55), high, 0x48));
+    out[2].raw = _mm_castps_si128(_mm_shuffle_ps(_mm_shuffle_ps(c, a, 0xFA), _mm_shuffle_ps(b, c, 0xFF), 0x88));
+}
+
 #ifdef __SSSE3__
 template <class V>
 KUV_INLINE void interleave3(const V (&planes)[3], V (&out)[3]) {
@@ -49,7 +60,9 @@ KUV_INLINE void interleave3(const V (&planes)[3], V (&out)[3]) {
     const auto shuffled = [&](int plane, const unsigned char (&order)[32]) {
         return as<T>(shuffleBytes(as<Kuv8u>(planes[plane]), load<Bytes>(order)));
     };
-    if constexpr (sizeof(T) > 1 && hasSSE41) {
+    if constexpr (sizeof(T) == 4 && !hasSSE41) {
+        interleave3OfFour(planes, out);
+    } else if constexpr (sizeof(T) > 1 && hasSSE41) {
         const V a = shuffled(0, shuffles.together[0]), b = shuffled(1, shuffles.together[1]), c = shuffled(2, shuffles.together[2]);
         const auto merged = [&](auto output) {
             constexpr int samples = 16 / sizeof(T);
@@ -69,15 +82,7 @@ KUV_INLINE void interleave3(const V (&planes)[3], V (&out)[3]) {
 // Without a byte shuffle: to pixels of three samples and a zero, then the gaps closed step by step.
 template <class T>
 KUV_INLINE void interleave3(const Vector<T, 16> (&planes)[3], Vector<T, 16> (&out)[3]) {
-    if constexpr (sizeof(T) == 4) {
-        const auto lanes = [](__m128i v) { return _mm_castsi128_ps(v); };
-        const __m128 a = lanes(planes[0].raw), b = lanes(planes[1].raw), c = lanes(planes[2].raw);
-        const __m128 low = _mm_unpacklo_ps(a, b), high = _mm_unpackhi_ps(a, b);
-        out[0].raw = _mm_castps_si128(_mm_shuffle_ps(low, _mm_shuffle_ps(c, a, 0x50), 0x84));
-        out[1].raw = _mm_castps_si128(_mm_shuffle_ps(_mm_shuffle_ps(b, c, 0x55), high, 0x48));
-        out[2].raw = _mm_castps_si128(_mm_shuffle_ps(_mm_shuffle_ps(c, a, 0xFA), _mm_shuffle_ps(b, c, 0xFF), 0x88));
-        return;
-    }
+    if constexpr (sizeof(T) == 4) return interleave3OfFour(planes, out);
     const __m128i a = planes[0].raw, b = planes[1].raw, c = planes[2].raw, zero = _mm_setzero_si128();
     __m128i quarter[4];  // the low 12 bytes of each: four pixels of bytes, or two of 16-bit samples
     if constexpr (sizeof(T) == 1) {
