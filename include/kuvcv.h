@@ -616,6 +616,7 @@ KUV_API KuvStatus kuviScale_8u32f_C3R(const Kuv8u* src, Kuv32s srcStep, Kuv32f* 
  *  @return as kuviScale_8u32f_C3R() */
 KUV_API KuvStatus kuviScale_32f8u_C3R(const Kuv32f* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize, Kuv32f vMin,
                                       Kuv32f vMax);
+
 /** @name Mirror images
  *  With W and H the width and height of `roiSize`, `dst(x, y)` is
  *

@@ -2,12 +2,7 @@
 # Runs the program as a user would, in a directory of its own: test_blobs.sh PROGRAM
 set -u
 program=$1
-case $program in /*) ;; *) program=$PWD/$program ;; esac
-directory=$(mktemp -d)
-trap 'rm -rf "$directory"' EXIT
-cd "$directory" || exit 1
-export LC_ALL=C
-failures=0
+. "$(dirname "$0")/../testing.sh"
 
 fail() {
     echo "FAILED: $*"

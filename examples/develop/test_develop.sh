@@ -4,12 +4,7 @@ set -u
 program=$1
 python=$2
 here=$(cd "$(dirname "$0")" && pwd)
-case $program in /*) ;; *) program=$PWD/$program ;; esac
-directory=$(mktemp -d)
-trap 'rm -rf "$directory"' EXIT
-cd "$directory" || exit 1
-export LC_ALL=C
-failures=0
+. "$here/../testing.sh"
 
 fail() {
     echo "FAILED: $*"
