@@ -116,8 +116,17 @@ KUV_INLINE Pairs<V> oddPairs(V a, V b) {
     else return as<Wide>(bitOr(lower, bitAndNot(evenLanes<V>(), b)));
 }
 
-// Two neighbouring rows of a mosaic, a with red and blue in even columns and b with red and blue in odd ones. As one row that alternates
-// between both there is red and blue only, or green only, so that nothing is computed for a site that does not need it.
+// Two neighbouring rows of a mosaic and the two before and behind them: row 0, with red and blue in even columns, and row 1, with red and
+// blue in odd ones. They may go upward or downward.
+template <class T>
+struct PairRows {
+    const T* row[6];
+
+    KUV_INLINE const T* operator[](int index) const { return row[2 + index]; }
+};
+
+// Columns of such rows, each alternating with the next: from rows 0 and 1 that makes a row of red and blue only and one of green only, so
+// that nothing is computed for a site that does not need it.
 template <class T>
 class PairStrip {
 public:
@@ -125,18 +134,20 @@ public:
 
     // `count` columns from c on, with two more to either side.
     template <class V>
-    KUV_INLINE void fill(const MosaicRows<T>& a, const MosaicRows<T>& b, ptrdiff_t c, ptrdiff_t count) {
+    KUV_INLINE void fill(const PairRows<T>& rows, ptrdiff_t c, ptrdiff_t count) {
         const auto fillAt = [&](ptrdiff_t i) __attribute__((always_inline)) {
-            const auto from = [&](const T* row) { return load<V>(row + c + i); };
-            store(sites_ + margin + i, alternate(from(a[0]), from(b[0])));
-            for (int k = 0; k < 3; ++k) store(beside_[k] + margin + i, alternate(from(b[k - 1]), from(a[k - 1])));
+            const auto from = [&](int row) { return load<V>(rows[row] + c + i); };
+            store(sites_ + margin + i, alternate(from(0), from(1)));
+            store(beside_[0] + margin + i, alternate(from(0), from(-1)));
+            store(beside_[1] + margin + i, alternate(from(1), from(0)));
+            store(beside_[2] + margin + i, alternate(from(2), from(1)));
         };
         fillAt(-2);
         for (ptrdiff_t i = 0; i + V::lanes <= count && count > V::lanes; i += V::lanes) fillAt(i);
         fillAt(count + 2 - V::lanes);
     }
 
-    // From column i of the strip on: where both rows have red or blue, or what stands `row` rows below where they have not.
+    // From column i of the strip on: where both rows have red or blue, or what stands `row` rows behind where they have not.
     template <class V>
     KUV_INLINE V site(ptrdiff_t i) const { return load<V>(sites_ + margin + i); }
     template <class V>
@@ -149,9 +160,8 @@ private:
 
 // As many columns as V has lanes, from c on, which is column i of the strip. Either output may be null.
 template <bool ring, bool redFirst, class V, class T>
-KUV_INLINE void interpolatePairVector(const MosaicRows<T>& a, const MosaicRows<T>& b, const PairStrip<T>& strip, ptrdiff_t i, ptrdiff_t c, T* outA,
-                                      T* outB) {
-    const auto both = [&](int row) { return alternate(load<V>(a[row] + c), load<V>(b[row] + c)); };
+KUV_INLINE void interpolatePairVector(const PairRows<T>& rows, const PairStrip<T>& strip, ptrdiff_t i, ptrdiff_t c, T* out0, T* out1) {
+    const auto both = [&](int row) { return alternate(load<V>(rows[row] + c), load<V>(rows[row + 1] + c)); };
     const auto site = [&](int column) { return strip.template site<V>(i + column); };
     const auto beside = [&](int row, int column) { return strip.template beside<V>(row, i + column); };
     const V up = both(-1), down = both(1), left = beside(0, -1), right = beside(0, 1);
@@ -169,45 +179,47 @@ KUV_INLINE void interpolatePairVector(const MosaicRows<T>& a, const MosaicRows<T
     const V diagonals = meanOfMeans(upLeft, upRight, downLeft, downRight, average(upLeft, upRight), average(downLeft, downRight));
     const V ownAtGreen = average(site(-1), site(1)), otherAtGreen = average(beside(-1, 0), beside(1, 0));
 
-    // By place in a pixel of row a. In row b it is the other way round.
+    // By place in a pixel of row 0. In row 1 it is the other way round.
     const V firstAtSite = redFirst ? site(0) : diagonals, lastAtSite = redFirst ? diagonals : site(0);
     const V firstAtGreen = redFirst ? ownAtGreen : otherAtGreen, lastAtGreen = redFirst ? otherAtGreen : ownAtGreen;
     using Wide = typename Pairs<V>::Lane;
     const auto write = [&](T* out, Pairs<V> x, V y, Pairs<V> z) __attribute__((always_inline)) {
         if (out) storeInterleaved3(reinterpret_cast<Wide*>(out + 3 * c), x, as<Wide>(y), z);
     };
-    write(outA, evenPairs(firstAtSite, around), alternate(lastAtSite, firstAtGreen), oddPairs(beside(0, 0), lastAtGreen));
-    write(outB, evenPairs(lastAtGreen, beside(0, 0)), alternate(firstAtGreen, lastAtSite), oddPairs(around, firstAtSite));
+    write(out0, evenPairs(firstAtSite, around), alternate(lastAtSite, firstAtGreen), oddPairs(beside(0, 0), lastAtGreen));
+    write(out1, evenPairs(lastAtGreen, beside(0, 0)), alternate(firstAtGreen, lastAtSite), oddPairs(around, firstAtSite));
 }
 
-// As many vectors as there are in columns `first` to `end` - 1, at which nothing is reflected. `redFirst` is said of row a. Either output
+// As many vectors as there are in columns `first` to `end` - 1, at which nothing is reflected. `redFirst` is said of row 0. Either output
 // may be null; they are the pixels of column 0.
 template <bool ring, class V, class T>
-__attribute__((noinline)) void interpolatePair(const MosaicRows<T>& a, const MosaicRows<T>& b, ptrdiff_t first, ptrdiff_t end, bool redFirst,
-                                               T* outA, T* outB) {
+__attribute__((noinline)) void interpolatePair(const PairRows<T>& rows, ptrdiff_t first, ptrdiff_t end, bool redFirst, T* out0, T* out1) {
     PairStrip<T> strip;
     const auto vectors = [&](auto order, ptrdiff_t count) __attribute__((always_inline)) {
-        for (ptrdiff_t i = 0; i < count; i += V::lanes) interpolatePairVector<ring, order.value, V>(a, b, strip, i, first + i, outA, outB);
+        for (ptrdiff_t i = 0; i < count; i += V::lanes) interpolatePairVector<ring, order.value, V>(rows, strip, i, first + i, out0, out1);
     };
     while (end - first >= V::lanes) {
         ptrdiff_t count = end - first < strip.columns ? end - first : strip.columns;
         count -= count % V::lanes;
-        strip.template fill<V>(a, b, first, count);
+        strip.template fill<V>(rows, first, count);
         if (redFirst) vectors(std::true_type{}, count);
         else vectors(std::false_type{}, count);
         first += count;
     }
 }
 
-// A row and, unless `nextOut` is null, the next one in columns at which nothing is reflected.
+// A row and, unless `nextOut` is null, the next one, in columns at which nothing is reflected.
 template <bool ring, class T>
 KUV_INLINE void interpolateRows(const MosaicRows<T>& rows, const MosaicRows<T>& nextRows, ptrdiff_t first, ptrdiff_t end, ptrdiff_t greenParity,
                                 T* out, T* nextOut, RowColours colours) {
     if constexpr (hasVectors) {
         using V = Native<T>;
+        const PairRows<T> downward = {{rows[-2], rows[-1], rows[0], rows[1], rows[2], nextRows[2]}};
+        const PairRows<T> upward = {{nextRows[2], rows[2], rows[1], rows[0], rows[-1], rows[-2]}};
         const auto some = [&](ptrdiff_t from, ptrdiff_t to) __attribute__((always_inline)) {
-            const bool isA = from % 2 != greenParity, isRed = colours.own == 0;
-            interpolatePair<ring, V>(isA ? rows : nextRows, isA ? nextRows : rows, from, to, isA == isRed, isA ? out : nextOut, isA ? nextOut : out);
+            const bool isRed = colours.own == 0;
+            if (from % 2 != greenParity) interpolatePair<ring, V>(downward, from, to, isRed, out, nextOut);
+            else interpolatePair<ring, V>(upward, from, to, !isRed, nextOut, out);
         };
         if (end - first >= V::lanes) {
             // Vectors at either end may lie on others. In long rows it pays to align those.

@@ -111,21 +111,23 @@ void measureReals(const RealBins& of, const KuviBinPlan* spec, const Kuv32f* src
         if (anyNull(src) || anyNull(hist) || anyNull(spec) || anyNull(buffer)) return kuvStatusNullPtr;                        \
         return measure<1>(src, srcStep, roiSize, {hist}, spec, buffer);                                                        \
     }
-#define KUV_HISTOGRAM(name, T, channels, ...)                                                                                  \
+#define KUV_HISTOGRAM(name, T, channels)                                                                                       \
     KuvStatus KUV_VARIANT_FUNCTION(name)(const T* src, Kuv32s srcStep, KuviSize roiSize, Kuv32u* const hist[channels],         \
                                          const KuviBinPlan* spec, Kuv8u* buffer) {                                             \
         using namespace kuv::KUV_VARIANT;                                                                                      \
         if (anyNull(src) || anyNull(hist) || anyNull(spec) || anyNull(buffer)) return kuvStatusNullPtr;                        \
-        for (int c = 0; c < channels; ++c) {                                                                                   \
-            if (loadSample(hist + c) == nullptr) return kuvStatusNullPtr;                                                      \
+        Kuv32u* each[channels];                                                                                                \
+        __builtin_memcpy(each, hist, sizeof(each)); /* it may stand at any address */                                          \
+        for (const Kuv32u* one : each) {                                                                                       \
+            if (one == nullptr) return kuvStatusNullPtr;                                                                       \
         }                                                                                                                      \
-        return measure<channels>(src, srcStep, roiSize, {__VA_ARGS__}, spec, buffer);                                          \
+        return measure<channels>(src, srcStep, roiSize, each, spec, buffer);                                                   \
     }
 KUV_HISTOGRAM_C1(kuviHistogram_8u_C1R, Kuv8u)
-KUV_HISTOGRAM(kuviHistogram_8u_C3R, Kuv8u, 3, hist[0], hist[1], hist[2])
-KUV_HISTOGRAM(kuviHistogram_8u_C4R, Kuv8u, 4, hist[0], hist[1], hist[2], hist[3])
+KUV_HISTOGRAM(kuviHistogram_8u_C3R, Kuv8u, 3)
+KUV_HISTOGRAM(kuviHistogram_8u_C4R, Kuv8u, 4)
 KUV_HISTOGRAM_C1(kuviHistogram_16u_C1R, Kuv16u)
-KUV_HISTOGRAM(kuviHistogram_16u_C4R, Kuv16u, 4, hist[0], hist[1], hist[2], hist[3])
+KUV_HISTOGRAM(kuviHistogram_16u_C4R, Kuv16u, 4)
 KUV_HISTOGRAM_C1(kuviHistogram_16s_C1R, Kuv16s)
 
 KuvStatus KUV_VARIANT_FUNCTION(kuviHistogram_32f_C1R)(const Kuv32f* src, Kuv32s srcStep, KuviSize roiSize, Kuv32u* hist,
