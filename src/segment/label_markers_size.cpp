@@ -6,6 +6,7 @@ KuvStatus kuviLabelMarkersGetBufferSize_16u_C1R_shared(KuviSize roiSize, Kuv32s*
     if (roiSize.width < 1 || roiSize.height < 1) return kuvStatusBadSize;
     // A size beyond 32 bits wraps around.
     const Kuv32u pixels = static_cast<Kuv32u>(roiSize.width) * static_cast<Kuv32u>(roiSize.height);
-    *bufferSize = static_cast<Kuv32s>(6 * pixels + 32);
+    const Kuv32u bytes = 6 * pixels + 32;
+    __builtin_memcpy(bufferSize, &bytes, sizeof bytes);  // at any address
     return kuvStatusOk;
 }
