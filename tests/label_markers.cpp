@@ -90,7 +90,9 @@ struct Picture {
     template <class Marked>
     Picture& fill(Marked marked) {
         for (int y = 0; y < size.height; ++y) {
-            for (int x = 0; x < size.width; ++x) at(x, y) = static_cast<Kuv16u>(marked(x, y) ? 1 + (x * 7919 + y * 104729) % 65535 : 0);
+            for (int x = 0; x < size.width; ++x) {
+                at(x, y) = static_cast<Kuv16u>(marked(x, y) ? 1 + (std::uint64_t{7919} * x + std::uint64_t{104729} * y) % 65535 : 0);
+            }
         }
         return *this;
     }
