@@ -19,7 +19,7 @@ struct Form {
     KuvStatus (*call)(const void* src, Kuv32s srcStep, KuviSize size, Kuv32u* const* hist, const KuviBinPlan* spec, Kuv8u* buffer);
 
     int pixelBytes() const { return sampleBytes * channels; }
-    bool isReal() const { return type == kuvDataType32f; }
+    constexpr bool isReal() const { return type == kuvDataType32f; }
     int bufferBytes() const { return isReal() ? 0 : channels * (4 << 8 * sampleBytes); }
     double lowest() const { return type == kuvDataType16s ? -32768 : 0; }
     double values() const { return sampleBytes == 1 ? 256 : 65536; }
@@ -89,8 +89,11 @@ struct PlanAndResults {
         const auto& plan = plans[static_cast<std::size_t>(below(draw.random, static_cast<int>(plans.size())))];
         Kuv32u* results[channels];
         for (int c = 0; c < channels; ++c) results[c] = draw.image<Kuv32u>(Role::output, plan.first.bins(c), 1, 0).template row<Kuv32u>();
-        static const Image& scratch = *new Image("buffer", {std::max(forms[form].bufferBytes(), 1), 1, 0, Guard::end, 0, 4}, 3);
-        auto* const buffer = forms[form].isReal() ? nullptr : scratch.row<Kuv8u>();
+        Kuv8u* buffer = nullptr;
+        if constexpr (!forms[form].isReal()) {
+            static const Image& scratch = *new Image("buffer", {forms[form].bufferBytes(), 1, 0, Guard::end, 0, 4}, 3);
+            buffer = scratch.row<Kuv8u>();
+        }
         if constexpr (channels == 1) {
             return std::tuple<Kuv32u*, const KuviBinPlan*, Kuv8u*>(results[0], plan.second->get(), buffer);
         } else {
