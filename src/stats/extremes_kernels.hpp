@@ -21,7 +21,8 @@ KUV_INLINE std::enable_if_t<std::is_arithmetic_v<T>, T> maximum(T sample, T extr
 template <class T>
 class Range {
     using V = typename Lanes<T>::Type;
-    static constexpr int registers = hasVectors ? 4 : 1, lanes = registers * Lanes<T>::count;
+    // Comparisons of floating point take four cycles until the next one may begin, those of integers one.
+    static constexpr int registers = !hasVectors ? 1 : std::is_integral_v<T> ? 2 : 4, lanes = registers * Lanes<T>::count;
 
 public:
     static constexpr ptrdiff_t blockSamples = lanes, blocksToFlush = endless;

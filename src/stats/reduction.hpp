@@ -11,6 +11,7 @@
 #include <cstdint>
 
 #include "core/rows.hpp"
+#include "simd/integer.hpp"
 
 namespace kuv::KUV_VARIANT {
 namespace {
@@ -36,6 +37,23 @@ KUV_INLINE const T* takeBlocks(Accumulator& accumulator, const T* samples, ptrdi
     return end;
 }
 
+// The last `rest` samples of a row that has a block at least, as the end of a block of padding. Written by whole vectors: the accumulator's
+// loads would wait for narrower stores.
+template <class T, ptrdiff_t block>
+KUV_INLINE void moveToEnd(T (&padded)[block], const T* end, ptrdiff_t rest, T padding) {
+    using V = Native<T>;
+    static constexpr struct Masks {
+        T gapThenOnes[2 * block];
+        constexpr Masks() : gapThenOnes{} {
+            for (ptrdiff_t i = block; i < 2 * block; ++i) gapThenOnes[i] = static_cast<T>(-1);
+        }
+    } masks;
+    for (ptrdiff_t i = 0; i < block; i += V::lanes) {
+        const V mask = load<V>(masks.gapThenOnes + rest + i);
+        store(padded + i, bitOr(bitAnd(mask, load<V>(end - block + i)), bitAndNot(mask, fill<V>(padding))));
+    }
+}
+
 template <class Accumulator, class T>
 KUV_INLINE void takeRow(Accumulator& accumulator, const T* samples, ptrdiff_t count) {
     constexpr ptrdiff_t block = Accumulator::blockSamples, most = Accumulator::blocksToFlush;
@@ -52,6 +70,15 @@ KUV_INLINE void takeRow(Accumulator& accumulator, const T* samples, ptrdiff_t co
         if (rest != 0) accumulator.rest(samples, rest);
     } else if (rest != 0) {
         T padded[block];
+        // Sums of floating point depend on the lane; integers may stand in any, and have one padding.
+        if constexpr (hasVectors && std::is_integral_v<T>) {
+            if (count >= block) {
+                moveToEnd(padded, samples + rest, rest, accumulator.padding(0));
+                accumulator.block(padded);
+                accumulator.flush();
+                return;
+            }
+        }
         for (ptrdiff_t k = 0; k < block; ++k) padded[k] = accumulator.padding(k);
         __builtin_memcpy(padded, samples, static_cast<size_t>(rest) * sizeof(T));
         accumulator.block(padded);
