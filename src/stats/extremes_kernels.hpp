@@ -25,6 +25,7 @@ class Range {
     static constexpr int registers = !hasVectors ? 1 : std::is_integral_v<T> ? 2 : 4, lanes = registers * Lanes<T>::count;
 
 public:
+    static constexpr bool anyLane = true;
     static constexpr ptrdiff_t blockSamples = lanes, blocksToFlush = endless;
 
     explicit Range(T first) : first_(first) {

@@ -54,6 +54,7 @@ class ByteMoments {
     static constexpr ptrdiff_t largestSquares = 4 * 255 * 255;  // that a block adds to a lane
 
 public:
+    static constexpr bool anyLane = true;
     static constexpr ptrdiff_t blockSamples = channels * (hasVectors ? vectorBytes : 1);
     static constexpr ptrdiff_t blocksToFlush = hasVectors ? 0xFFFFFFFF / largestSquares : endless;
 
@@ -99,6 +100,7 @@ private:
 // The sums of three channels.
 class ChannelSums {
 public:
+    static constexpr bool anyLane = true;
     static constexpr ptrdiff_t blockSamples = 3 * (hasVectors ? vectorBytes : 1);
     static constexpr ptrdiff_t blocksToFlush = endless;
 
@@ -135,6 +137,7 @@ private:
 // The sum of signed samples.
 class SignedSum {
 public:
+    static constexpr bool anyLane = true;
     static constexpr ptrdiff_t blockSamples = hasVectors ? Native<Kuv16s>::lanes : 1;
     // A lane gets two samples of at most 2^15 from each block.
     static constexpr ptrdiff_t blocksToFlush = hasVectors ? 0x7FFF : endless;
@@ -169,6 +172,7 @@ class CentredMoments {
 
 public:
     static constexpr Kuv32s centre = 32768;
+    static constexpr bool anyLane = true;
     static constexpr ptrdiff_t blockSamples = hasVectors ? V::lanes : 1;
     static constexpr ptrdiff_t blocksToFlush = SignedSum::blocksToFlush;
 

@@ -5,13 +5,14 @@
 //   block(samples)     takes them
 //   padding(k)         what stands for sample k of a block where a row has none, and changes no result; or
 //   rest(samples, n)   takes n samples, fewer than a block's
+//   anyLane            where there is that, samples may stand anywhere in a block, and padding(k) is the same for all k
 //   flush()            is called at the end of each row, too
 #pragma once
 
 #include <cstdint>
 
 #include "core/rows.hpp"
-#include "simd/integer.hpp"
+#include "simd/real.hpp"
 
 namespace kuv::KUV_VARIANT {
 namespace {
@@ -43,13 +44,13 @@ template <class T, ptrdiff_t block>
 KUV_INLINE void moveToEnd(T (&padded)[block], const T* end, ptrdiff_t rest, T padding) {
     using V = Native<T>;
     static constexpr struct Masks {
-        T gapThenOnes[2 * block];
+        Kuv8u gapThenOnes[2 * block * sizeof(T)];
         constexpr Masks() : gapThenOnes{} {
-            for (ptrdiff_t i = block; i < 2 * block; ++i) gapThenOnes[i] = static_cast<T>(-1);
+            for (size_t i = block * sizeof(T); i < sizeof(gapThenOnes); ++i) gapThenOnes[i] = 0xFF;
         }
     } masks;
     for (ptrdiff_t i = 0; i < block; i += V::lanes) {
-        const V mask = load<V>(masks.gapThenOnes + rest + i);
+        const V mask = load<V>(reinterpret_cast<const T*>(masks.gapThenOnes) + rest + i);
         store(padded + i, bitOr(bitAnd(mask, load<V>(end - block + i)), bitAndNot(mask, fill<V>(padding))));
     }
 }
@@ -70,8 +71,7 @@ KUV_INLINE void takeRow(Accumulator& accumulator, const T* samples, ptrdiff_t co
         if (rest != 0) accumulator.rest(samples, rest);
     } else if (rest != 0) {
         T padded[block];
-        // Sums of floating point depend on the lane; integers may stand in any, and have one padding.
-        if constexpr (hasVectors && std::is_integral_v<T>) {
+        if constexpr (hasVectors && requires { Accumulator::anyLane; }) {
             if (count >= block) {
                 moveToEnd(padded, samples + rest, rest, accumulator.padding(0));
                 accumulator.block(padded);
