@@ -1,6 +1,7 @@
 // Integer samples: counts of every value, added up for each bin; or bins found by division.
 #pragma once
 
+#include "simd/bytes.hpp"
 #include "simd/mask.hpp"
 #include "stats/histogram_bins.hpp"
 
@@ -160,14 +161,13 @@ void divideSamples(const EvenBins (&even)[channels], const IntegerBins (&of)[cha
 // Samples as 32-bit integers.
 template <class V, class T>
 KUV_INLINE V widened(const T* from) {
-    if constexpr (V::bytes == 32) {
-        KUV_AVX2(const __m128i v = load<Vector<Kuv16u, 16>>(reinterpret_cast<const Kuv16u*>(from)).raw;
-                 if constexpr (std::is_signed_v<T>) return {_mm256_cvtepi16_epi32(v)};
-                 else return {_mm256_cvtepu16_epi32(v)};)
+    if constexpr (!std::is_signed_v<T>) {
+        return loadWidened<V>(from);
+    } else if constexpr (V::bytes == 32) {
+        KUV_AVX2(return {_mm256_cvtepi16_epi32(load<Vector<Kuv16s, 16>>(from).raw)};)
     } else {
         const __m128i v = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from));
-        if constexpr (std::is_signed_v<T>) return {_mm_srai_epi32(_mm_unpacklo_epi16(v, v), 16)};
-        else return {_mm_unpacklo_epi16(v, _mm_setzero_si128())};
+        return {_mm_srai_epi32(_mm_unpacklo_epi16(v, v), 16)};
     }
 }
 
