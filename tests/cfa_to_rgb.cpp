@@ -168,7 +168,7 @@ TEST_P(CfaToRgb, EverySmallSize) {
             if (HasFailure()) return;
         }
     }
-    for (const KuviSize size : {KuviSize{333, 7}, {1001, 6}, {7, 333}, {128, 30}}) {
+    for (const KuviSize size : {KuviSize{333, 7}, {1001, 6}, {7, 333}, {128, 30}, {2049, 5}, {4096, 5}, {4097, 6}, {8300, 5}}) {
         for (const KuvCfaLayout layout : layouts) expectWhole(size, layout, Pattern::random, {.dstPadding = 5});
     }
 }

@@ -12,29 +12,68 @@ public:
     QuickInterpolation(const T* src, ptrdiff_t srcStep, KuviSize imageSize, KuvCfaLayout layout, T* dst, ptrdiff_t dstStep)
         : src_(src), dst_(dst), srcStep_(srcStep), dstStep_(dstStep), width_(imageSize.width), height_(imageSize.height), red_(redSiteOf(layout)) {}
 
-    // Rows `top` to `bottom` - 1 and columns `left` to `right` - 1, `most` rows at once, one or two.
-    KUV_INLINE void run(ptrdiff_t top, ptrdiff_t bottom, ptrdiff_t left, ptrdiff_t right, int most) const {
-        const ptrdiff_t border = width_ - 2 < 2 ? 2 : width_ - 2;
-        const ptrdiff_t first = left < 2 ? 2 : left, end = right < border ? right : border;
-        for (ptrdiff_t r = top; r < bottom;) {
-            const bool two = most == 2 && r + 1 < bottom && inRing(r) == inRing(r + 1);
-            const MosaicRows<T> rows = rowsAround(r), nextRows = rowsAround(r + 1);
-            T *const out = outAt(r), *const nextOut = two ? outAt(r + 1) : nullptr;
-            const auto reflected = [&](ptrdiff_t from, ptrdiff_t to) __attribute__((always_inline)) {
-                reflectedColumns(rows, from, to, greenParity(r), out, colours(r));
-                if (two) reflectedColumns(nextRows, from, to, greenParity(r + 1), nextOut, colours(r + 1));
-            };
-            reflected(left, right < 2 ? right : 2);
-            if (first < end) {
-                if (inRing(r)) interpolateRows<true>(rows, nextRows, first, end, greenParity(r), out, nextOut, colours(r));
-                else interpolateRows<false>(rows, nextRows, first, end, greenParity(r), out, nextOut, colours(r));
-            }
-            reflected(left < border ? border : left, right);
-            r += two ? 2 : 1;
+    // Rows `top` to `bottom` - 1 and columns `left` to `right` - 1.
+    KUV_INLINE void run(ptrdiff_t top, ptrdiff_t bottom, ptrdiff_t left, ptrdiff_t right) const {
+        if constexpr (hasVectors) {
+            if (right - left >= 2 * Native<T>::lanes) return runStrips<Native<T>>(top, bottom, left, right);
+            if (Native<T>::bytes > 16 && right - left >= Native<T>::lanes) return runStrips<Vector<T, 16>>(top, bottom, left, right);
         }
+        for (ptrdiff_t r = top; r < bottom; ++r) runColumns(r, left, right);
     }
 
 private:
+    template <class V>
+    __attribute__((noinline)) void runStrips(ptrdiff_t top, ptrdiff_t bottom, ptrdiff_t left, ptrdiff_t right) const {
+        SplitRows<T> rows;
+        // The first row of each pair begins with red or blue.
+        const ptrdiff_t first = top - (left % 2 == greenParity(top));
+        while (left < right) {
+            const bool last = right - left <= rows.columns;
+            // What is left for the last one has a vector's width.
+            const ptrdiff_t count = last ? (right - left) & -2 : rows.columns - 2 * V::lanes, end = last ? right : left + count;
+            for (ptrdiff_t r = first; r < bottom; r += 2) {
+                for (int i = r == first ? -2 : 2; i < 4; ++i) {
+                    const T* const row = rowNear(r + i);
+                    rows.template fill<V>(i, row + left, count, [&](ptrdiff_t c) { return row + reflectInside(left + c, width_ - 1); });
+                }
+                const auto pair = [&](auto ring) __attribute__((always_inline)) {
+                    const auto out = [&](ptrdiff_t row) { return row >= top && row < bottom && inRing(row) == ring ? outAt(row) + 3 * left : nullptr; };
+                    T *const out0 = out(r), *const out1 = out(r + 1);
+                    if (out0 != nullptr || out1 != nullptr) interpolatePair<ring.value, V>(rows, count, isRed(r), out0, out1);
+                };
+                pair(std::true_type{});
+                pair(std::false_type{});
+                rows.moveDown();
+                for (ptrdiff_t row = r < top ? top : r; row < r + 2 && row < bottom; ++row) {
+                    runColumns(row, left + count, end);
+                    if (inRing(row)) continue;
+                    const ptrdiff_t site = 1 - greenParity(row), lastSite = width_ - 1 - (width_ - 1 - site) % 2;
+                    if (site >= left && site < end) greenInRing(row, site);
+                    if (lastSite >= left && lastSite < end) greenInRing(row, lastSite);
+                }
+            }
+            left = end;
+        }
+    }
+
+    // Of a red or blue pixel.
+    KUV_INLINE void greenInRing(ptrdiff_t r, ptrdiff_t c) const {
+        const auto sample = [&](ptrdiff_t row, ptrdiff_t column) -> Kuv32s { return loadSample(rowNear(row) + reflect(column, width_ - 1)); };
+        storeSample(outAt(r) + 3 * c + 1, static_cast<T>((sample(r - 1, c) + sample(r + 1, c) + sample(r, c - 1) + sample(r, c + 1) + 2) >> 2));
+    }
+
+    KUV_INLINE void runColumns(ptrdiff_t r, ptrdiff_t first, ptrdiff_t end) const {
+        if (first >= end) return;
+        const MosaicRows<T> rows = rowsAround(r);
+        T* const out = outAt(r);
+        const auto reflected = [&](ptrdiff_t from, ptrdiff_t to) { reflectedColumns(rows, from, to, greenParity(r), out, colours(r)); };
+        const ptrdiff_t border = width_ - 2 < 2 ? 2 : width_ - 2, firstInside = first < 2 ? 2 : first, endInside = end < border ? end : border;
+        reflected(first, end < 2 ? end : 2);
+        if (inRing(r)) interpolateColumns<true>(rows, firstInside, endInside, greenParity(r), out, colours(r));
+        else interpolateColumns<false>(rows, firstInside, endInside, greenParity(r), out, colours(r));
+        reflected(first < border ? border : first, end);
+    }
+
     KUV_INLINE void reflectedColumns(const MosaicRows<T>& rows, ptrdiff_t first, ptrdiff_t end, ptrdiff_t green, T* out, RowColours colours) const {
         for (ptrdiff_t c = first; c < end; ++c) {
             const auto columnAt = [&](int distance) { return reflectInside(c + distance, width_ - 1); };
@@ -43,7 +82,7 @@ private:
     }
 
     KUV_INLINE bool inRing(ptrdiff_t r) const { return r < 2 || r >= height_ - 2; }
-    KUV_INLINE bool isRed(ptrdiff_t r) const { return r % 2 == red_.row; }
+    KUV_INLINE bool isRed(ptrdiff_t r) const { return (r & 1) == red_.row; }
     KUV_INLINE ptrdiff_t greenParity(ptrdiff_t r) const { return isRed(r) ? 1 - red_.column : red_.column; }
     KUV_INLINE RowColours colours(ptrdiff_t r) const { return isRed(r) ? redRow : blueRow; }
 
@@ -88,7 +127,8 @@ KuvStatus interpolate(const T* src, KuviRect roi, KuviSize imageSize, Kuv32s src
     // Output rows that share memory are written one after the other.
     const ptrdiff_t distance = dstStep < 0 ? -static_cast<ptrdiff_t>(dstStep) : dstStep;
     const bool shared = distance < (endColumn - firstColumn) * 3 * static_cast<ptrdiff_t>(sizeof(T));
-    interpolation.run(firstRow, endRow, firstColumn, endColumn, shared ? 1 : 2);
+    const ptrdiff_t rowsAtOnce = shared ? 1 : endRow - firstRow;
+    for (ptrdiff_t r = firstRow; r < endRow; r += rowsAtOnce) interpolation.run(r, r + rowsAtOnce, firstColumn, endColumn);
     return kuvStatusOk;
 }
 

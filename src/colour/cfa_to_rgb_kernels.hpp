@@ -67,172 +67,168 @@ KUV_INLINE void interpolateColumns(const MosaicRows<T>& rows, ptrdiff_t first, p
     if (c < end) one(c, false);
 }
 
-// (a + b + c + d + 2) >> 2 of the means x of a and b and y of c and d: where a mean was rounded up and their own mean is as well, that is
-// one too many.
+// (a + b + c + d + 2) >> 2 of the means x of a and b and y of c and d, with their bits that differ, and bits of which the lowest tells
+// whether one of them was rounded up: where it was and their own mean is as well, that is one too many.
 template <class V>
-KUV_INLINE V meanOfMeans(V a, V b, V c, V d, V x, V y) {
-    using Signed = std::make_signed_t<typename V::Lane>;
-    const V excess = bitAnd(bitAnd(bitOr(bitXor(a, b), bitXor(c, d)), bitXor(x, y)), as<typename V::Lane>(fill<Vector<Signed, V::bytes>>(1)));
-    return as<typename V::Lane>(sub(as<Signed>(average(x, y)), as<Signed>(excess)));
-}
-
-// A mask.
-template <class V>
-KUV_INLINE V evenLanes() {
+KUV_INLINE V meanOfMeans(V x, V y, V difference, V rounded) {
     using T = typename V::Lane;
-    if constexpr (sizeof(T) == 1) return as<T>(fill<Vector<Kuv16s, V::bytes>>(0xFF));
-    else return as<T>(fill<Vector<Kuv32s, V::bytes>>(0xFFFF));
+    using Signed = std::make_signed_t<T>;
+    const V excess = bitAnd(bitAnd(rounded, difference), as<T>(fill<Vector<Signed, V::bytes>>(1)));
+    return as<T>(sub(as<Signed>(average(x, y)), as<Signed>(excess)));
 }
-
 template <class V>
-constexpr bool alternatesAtOnce = sizeof(typename V::Lane) == 2 && hasSSE41;
+KUV_INLINE V meanOfMeans(V x, V y, V rounded) { return meanOfMeans(x, y, bitXor(x, y), rounded); }
 
-// Lanes in turn from `even` and from `odd`.
+// The even and the odd ones of as many lanes in memory as two vectors have.
 template <class V>
-KUV_INLINE V alternate(V even, V odd) {
-    if constexpr (alternatesAtOnce<V>) {
-        return blend<0xAA>(even, odd);
+KUV_INLINE void splitLanes(const typename V::Lane* from, V& even, V& odd) {
+    using T = typename V::Lane;
+    const auto part = [from](int i) { return loadParts<Vector<Kuv8u, V::bytes>>(reinterpret_cast<const Kuv8u*>(from) + i * 16, 32); };
+    if constexpr (sizeof(T) == 1) {
+        const auto a = as<Kuv16s>(part(0)), b = as<Kuv16s>(part(1)), low = fill<Vector<Kuv16s, V::bytes>>(0xFF);
+        const auto upper = [](auto v) { return as<Kuv16s>(shiftRight<8>(as<Kuv16u>(v))); };
+        even = packUnsigned(bitAnd(a, low), bitAnd(b, low));
+        odd = packUnsigned(upper(a), upper(b));
     } else {
-        // A selection by a mask takes three of these operations on some processors, and of two alternations both ways they share two.
-        return bitXor(odd, bitAnd(bitXor(even, odd), evenLanes<V>()));
+        const auto a = as<Kuv32s>(part(0)), b = as<Kuv32s>(part(1));
+        const auto lower = [](auto v) { return shiftRight<16>(shiftLeft<16>(v)); };
+        even = as<Kuv16u>(pack(lower(a), lower(b)));
+        odd = as<Kuv16u>(pack(shiftRight<16>(a), shiftRight<16>(b)));
     }
 }
 
-// The even (odd) lanes of a, each followed by that of b, as one lane of twice the width.
-template <class V>
-using Pairs = Vector<std::conditional_t<sizeof(typename V::Lane) == 1, Kuv16u, Kuv32u>, V::bytes>;
-template <class V>
-KUV_INLINE Pairs<V> evenPairs(V a, V b) {
-    using Wide = typename Pairs<V>::Lane;
-    const auto upper = as<typename V::Lane>(shiftLeft<4 * sizeof(Wide)>(as<std::make_signed_t<Wide>>(b)));
-    if constexpr (alternatesAtOnce<V>) return as<Wide>(alternate(a, upper));
-    else return as<Wide>(bitOr(bitAnd(a, evenLanes<V>()), upper));
-}
-template <class V>
-KUV_INLINE Pairs<V> oddPairs(V a, V b) {
-    using Wide = typename Pairs<V>::Lane;
-    const auto lower = as<typename V::Lane>(shiftRight<4 * sizeof(Wide)>(as<Wide>(a)));
-    if constexpr (alternatesAtOnce<V>) return as<Wide>(alternate(lower, b));
-    else return as<Wide>(bitOr(lower, bitAndNot(evenLanes<V>(), b)));
-}
-
-// Two neighbouring rows of a mosaic and the two before and behind them: row 0, with red and blue in even columns, and row 1, with red and
-// blue in odd ones. They may go upward or downward.
+// Rows 0 and 1 of a mosaic with the two above and the two below them, as lines of even and of odd columns, so that neighbours of one colour
+// are neighbours in memory. Columns are counted from the first one of a strip, where row 0 has red or blue. Moving down reuses the lines.
 template <class T>
-struct PairRows {
-    const T* row[6];
-
-    KUV_INLINE const T* operator[](int index) const { return row[2 + index]; }
-};
-
-// Columns of such rows, each alternating with the next: from rows 0 and 1 that makes a row of red and blue only and one of green only, so
-// that nothing is computed for a site that does not need it.
-template <class T>
-class PairStrip {
+class SplitRows {
 public:
-    static constexpr ptrdiff_t columns = 1024 / sizeof(T);
+    static constexpr ptrdiff_t columns = 4096 / sizeof(T);
 
-    // `count` columns from c on, with two more to either side.
-    template <class V>
-    KUV_INLINE void fill(const PairRows<T>& rows, ptrdiff_t c, ptrdiff_t count) {
-        const auto fillAt = [&](ptrdiff_t i) __attribute__((always_inline)) {
-            const auto from = [&](int row) { return load<V>(rows[row] + c + i); };
-            store(sites_ + margin + i, alternate(from(0), from(1)));
-            store(beside_[0] + margin + i, alternate(from(0), from(-1)));
-            store(beside_[1] + margin + i, alternate(from(1), from(0)));
-            store(beside_[2] + margin + i, alternate(from(2), from(1)));
-        };
-        fillAt(-2);
-        for (ptrdiff_t i = 0; i + V::lanes <= count && count > V::lanes; i += V::lanes) fillAt(i);
-        fillAt(count + 2 - V::lanes);
+    KUV_INLINE SplitRows() {
+        for (int i = 0; i < 6; ++i) even_[i] = lines_[i] + margin;
     }
 
-    // From column i of the strip on: where both rows have red or blue, or what stands `row` rows behind where they have not.
+    // Two rows.
+    KUV_INLINE void moveDown() {
+        T *const first = even_[0], *const second = even_[1];
+        for (int i = 0; i < 4; ++i) even_[i] = even_[i + 2];
+        even_[4] = first;
+        even_[5] = second;
+    }
+
+    // Row -2 to 3, `count` columns from `from` on. At either end stand two more, columnAt(-2) and columnAt(-1), columnAt(count) and so on.
+    template <class V, class ColumnAt>
+    KUV_INLINE void fill(int row, const T* from, ptrdiff_t count, ColumnAt columnAt) {
+        T* const even = even_[2 + row];
+        const auto fillAt = [&](ptrdiff_t c) __attribute__((always_inline)) {
+            V a, b;
+            splitLanes(from + c, a, b);
+            store(even + c / 2, a);
+            store(even + lineSize + c / 2, b);
+        };
+        const auto fillEnd = [&](ptrdiff_t c) __attribute__((always_inline)) {
+            even[c / 2] = loadSample(columnAt(c));
+            even[lineSize + c / 2] = loadSample(columnAt(c + 1));
+        };
+        fillEnd(-2);
+        for (ptrdiff_t c = 0; c + 2 * V::lanes < count; c += 2 * V::lanes) fillAt(c);
+        fillAt(count - 2 * V::lanes);
+        fillEnd(count);
+    }
+
+    // From column 2 * i or 2 * i + 1 on.
     template <class V>
-    KUV_INLINE V site(ptrdiff_t i) const { return load<V>(sites_ + margin + i); }
+    KUV_INLINE V even(int row, ptrdiff_t i) const { return load<V>(even_[2 + row] + i); }
     template <class V>
-    KUV_INLINE V beside(int row, ptrdiff_t i) const { return load<V>(beside_[1 + row] + margin + i); }
+    KUV_INLINE V odd(int row, ptrdiff_t i) const { return load<V>(even_[2 + row] + lineSize + i); }
 
 private:
-    static constexpr ptrdiff_t margin = 32 / sizeof(T);
-    alignas(32) T sites_[columns + 2 * margin], beside_[3][columns + 2 * margin];
+    // Lines that lie whole pages apart would share the same few places of the cache.
+    static constexpr ptrdiff_t margin = 32 / sizeof(T), lineSize = columns / 2 + 10 * margin;
+    T* even_[6];
+    alignas(32) T lines_[6][2 * lineSize];
 };
 
-// As many columns as V has lanes, from c on, which is column i of the strip. Either output may be null.
+// Six registers one after the other: first the low 16 bytes of each, then the high ones.
+KUV_INLINE void storeParts6(Kuv8u* to, const Vector<Kuv8u, 16> (&parts)[6]) {
+    storeParts3(to, parts[0], parts[1], parts[2]);
+    storeParts3(to + 48, parts[3], parts[4], parts[5]);
+}
+KUV_AVX2(KUV_INLINE void storeParts6(Kuv8u* to, const Vector<Kuv8u, 32> (&parts)[6]) {
+    const auto lower = [&](int i) -> Vector<Kuv8u, 32> { return {_mm256_permute2x128_si256(parts[i].raw, parts[i + 1].raw, 0x20)}; };
+    const auto upper = [&](int i) -> Vector<Kuv8u, 32> { return {_mm256_permute2x128_si256(parts[i].raw, parts[i + 1].raw, 0x31)}; };
+    for (int i = 0; i < 3; ++i) store(to + 32 * i, lower(2 * i));
+    for (int i = 0; i < 3; ++i) store(to + 96 + 32 * i, upper(2 * i));
+})
+
+// Writes pixels in turn of even and of odd columns.
+template <class V>
+KUV_INLINE void storePixels(typename V::Lane* to, const V (&even)[3], const V (&odd)[3]) {
+    using Pair = std::conditional_t<sizeof(typename V::Lane) == 1, Kuv16u, Kuv32u>;
+    using Pairs = Vector<Pair, V::bytes>;
+    const V first[3] = {even[0], even[2], odd[1]}, second[3] = {even[1], odd[0], odd[2]};
+    Pairs low[3], high[3], lower[3], upper[3];
+    for (int i = 0; i < 3; ++i) {
+        low[i] = as<Pair>(interleaveLow(first[i], second[i]));
+        high[i] = as<Pair>(interleaveHigh(first[i], second[i]));
+    }
+    interleave3(low, lower);
+    interleave3(high, upper);
+    storeParts6(reinterpret_cast<Kuv8u*>(to), {as<Kuv8u>(lower[0]), as<Kuv8u>(lower[1]), as<Kuv8u>(lower[2]), as<Kuv8u>(upper[0]),
+                                               as<Kuv8u>(upper[1]), as<Kuv8u>(upper[2])});
+}
+
+// Twice as many columns as V has lanes, from column 2 * i on. The outputs are the pixels of column 0. Either may be null.
 template <bool ring, bool redFirst, class V, class T>
-KUV_INLINE void interpolatePairVector(const PairRows<T>& rows, const PairStrip<T>& strip, ptrdiff_t i, ptrdiff_t c, T* out0, T* out1) {
-    const auto both = [&](int row) { return alternate(load<V>(rows[row] + c), load<V>(rows[row + 1] + c)); };
-    const auto site = [&](int column) { return strip.template site<V>(i + column); };
-    const auto beside = [&](int row, int column) { return strip.template beside<V>(row, i + column); };
-    const V up = both(-1), down = both(1), left = beside(0, -1), right = beside(0, 1);
-    const V vertical = average(up, down), horizontal = average(left, right);
-    V first = vertical, second = horizontal;
-    if constexpr (!ring) {
-        // Both are the one along which less changes, where there is one. The mean of what is the same is the same.
-        const V alongColumn = absoluteDifference(both(-2), both(2)), alongRow = absoluteDifference(site(-2), site(2));
-        const V least = minimum(alongColumn, alongRow), either = bitXor(vertical, horizontal);
-        first = bitXor(horizontal, bitAnd(either, equal(least, alongColumn)));
-        second = bitXor(vertical, bitAnd(either, equal(least, alongRow)));
-    }
-    const V around = meanOfMeans(up, down, left, right, first, second);
-    const V upLeft = beside(-1, -1), upRight = beside(-1, 1), downLeft = beside(1, -1), downRight = beside(1, 1);
-    const V diagonals = meanOfMeans(upLeft, upRight, downLeft, downRight, average(upLeft, upRight), average(downLeft, downRight));
-    const V ownAtGreen = average(site(-1), site(1)), otherAtGreen = average(beside(-1, 0), beside(1, 0));
-
-    // By place in a pixel of row 0. In row 1 it is the other way round.
-    const V firstAtSite = redFirst ? site(0) : diagonals, lastAtSite = redFirst ? diagonals : site(0);
-    const V firstAtGreen = redFirst ? ownAtGreen : otherAtGreen, lastAtGreen = redFirst ? otherAtGreen : ownAtGreen;
-    using Wide = typename Pairs<V>::Lane;
-    const auto write = [&](T* out, Pairs<V> x, V y, Pairs<V> z) __attribute__((always_inline)) {
-        if (out) storeInterleaved3(reinterpret_cast<Wide*>(out + 3 * c), x, as<Wide>(y), z);
-    };
-    write(out0, evenPairs(firstAtSite, around), alternate(lastAtSite, firstAtGreen), oddPairs(beside(0, 0), lastAtGreen));
-    write(out1, evenPairs(lastAtGreen, beside(0, 0)), alternate(firstAtGreen, lastAtSite), oddPairs(around, firstAtSite));
-}
-
-// As many vectors as there are in columns `first` to `end` - 1, at which nothing is reflected. `redFirst` is said of row 0. Either output
-// may be null; they are the pixels of column 0.
-template <bool ring, class V, class T>
-__attribute__((noinline)) void interpolatePair(const PairRows<T>& rows, ptrdiff_t first, ptrdiff_t end, bool redFirst, T* out0, T* out1) {
-    PairStrip<T> strip;
-    const auto vectors = [&](auto order, ptrdiff_t count) __attribute__((always_inline)) {
-        for (ptrdiff_t i = 0; i < count; i += V::lanes) interpolatePairVector<ring, order.value, V>(rows, strip, i, first + i, out0, out1);
-    };
-    while (end - first >= V::lanes) {
-        ptrdiff_t count = end - first < strip.columns ? end - first : strip.columns;
-        count -= count % V::lanes;
-        strip.template fill<V>(rows, first, count);
-        if (redFirst) vectors(std::true_type{}, count);
-        else vectors(std::false_type{}, count);
-        first += count;
-    }
-}
-
-// A row and, unless `nextOut` is null, the next one, in columns at which nothing is reflected.
-template <bool ring, class T>
-KUV_INLINE void interpolateRows(const MosaicRows<T>& rows, const MosaicRows<T>& nextRows, ptrdiff_t first, ptrdiff_t end, ptrdiff_t greenParity,
-                                T* out, T* nextOut, RowColours colours) {
-    if constexpr (hasVectors) {
-        using V = Native<T>;
-        const PairRows<T> downward = {{rows[-2], rows[-1], rows[0], rows[1], rows[2], nextRows[2]}};
-        const PairRows<T> upward = {{nextRows[2], rows[2], rows[1], rows[0], rows[-1], rows[-2]}};
-        const auto some = [&](ptrdiff_t from, ptrdiff_t to) __attribute__((always_inline)) {
-            const bool isRed = colours.own == 0;
-            if (from % 2 != greenParity) interpolatePair<ring, V>(downward, from, to, isRed, out, nextOut);
-            else interpolatePair<ring, V>(upward, from, to, !isRed, nextOut, out);
-        };
-        if (end - first >= V::lanes) {
-            // Vectors at either end may lie on others. In long rows it pays to align those.
-            const ptrdiff_t unaligned = pixelsToAlignment<3 * sizeof(T)>(out + 3 * first, V::bytes);
-            const ptrdiff_t from = end - first < PairStrip<T>::columns ? first : first + unaligned;
-            if (from > first) some(first, first + V::lanes);
-            some(from, end);
-            if ((end - from) % V::lanes) some(end - V::lanes, end);
-            return;
+KUV_INLINE void interpolatePairVector(const SplitRows<T>& rows, ptrdiff_t i, T* out0, T* out1) {
+    const auto even = [&](int row, int distance) { return rows.template even<V>(row, i + distance); };
+    const auto odd = [&](int row, int distance) { return rows.template odd<V>(row, i + distance); };
+    const auto greenAt = [](V up, V down, V left, V right, auto alongColumn, auto alongRow) __attribute__((always_inline)) {
+        const V vertical = average(up, down), horizontal = average(left, right), rounded = bitOr(bitXor(up, down), bitXor(left, right));
+        const V either = bitXor(vertical, horizontal);
+        if constexpr (ring) {
+            return meanOfMeans(vertical, horizontal, either, rounded);
+        } else {
+            // The mean along which less changes, and the other one where there is none. The mean of what is the same is the same.
+            const V c = alongColumn(), r = alongRow();
+            const V taken = bitXor(horizontal, bitAnd(either, equal(minimum(c, r), c))), both = bitAnd(either, equal(c, r));
+            return meanOfMeans(taken, bitXor(taken, both), both, rounded);
         }
+    };
+    const auto write = [i](T* out, bool red, V own0, V green0, V other0, V own1, V green1, V other1) __attribute__((always_inline)) {
+        if (red) storePixels<V>(out + 6 * i, {own0, green0, other0}, {own1, green1, other1});
+        else storePixels<V>(out + 6 * i, {other0, green0, own0}, {other1, green1, own1});
+    };
+
+    const V own0 = average(even(0, 0), even(0, 1)), own1 = average(odd(1, -1), odd(1, 0));
+    if (out0 != nullptr) {
+        const V green = greenAt(even(-1, 0), even(1, 0), odd(0, -1), odd(0, 0), [&] { return absoluteDifference(even(-2, 0), even(2, 0)); },
+                                [&] { return absoluteDifference(even(0, -1), even(0, 1)); });
+        const V rounded = bitOr(bitXor(odd(-1, -1), odd(-1, 0)), bitXor(odd(1, -1), odd(1, 0)));
+        const V other = meanOfMeans(average(odd(-1, -1), odd(-1, 0)), own1, rounded);
+        write(out0, redFirst, even(0, 0), green, other, own0, odd(0, 0), average(odd(-1, 0), odd(1, 0)));
     }
-    interpolateColumns<ring>(rows, first, end, greenParity, out, colours);
-    if (nextOut) interpolateColumns<ring>(nextRows, first, end, 1 - greenParity, nextOut, colours.own == 0 ? blueRow : redRow);
+    if (out1 != nullptr) {
+        const V green = greenAt(odd(0, 0), odd(2, 0), even(1, 0), even(1, 1), [&] { return absoluteDifference(odd(-1, 0), odd(3, 0)); },
+                                [&] { return absoluteDifference(odd(1, -1), odd(1, 1)); });
+        const V rounded = bitOr(bitXor(even(0, 0), even(0, 1)), bitXor(even(2, 0), even(2, 1)));
+        const V other = meanOfMeans(own0, average(even(2, 0), even(2, 1)), rounded);
+        write(out1, !redFirst, own1, even(1, 0), average(even(0, 0), even(2, 0)), odd(1, 0), green, other);
+    }
+}
+
+// `count` columns, even and at least twice as many as V has lanes. `redFirst` is said of row 0.
+template <bool ring, class V, class T>
+__attribute__((noinline)) void interpolatePair(const SplitRows<T>& rows, ptrdiff_t count, bool redFirst, T* out0, T* out1) {
+    const auto vectors = [&](auto order) __attribute__((always_inline)) {
+        const ptrdiff_t last = count / 2 - V::lanes;
+        for (ptrdiff_t i = 0;; i = i + V::lanes < last ? i + V::lanes : last) {
+            interpolatePairVector<ring, order.value, V>(rows, i, out0, out1);
+            if (i == last) break;
+        }
+    };
+    if (redFirst) vectors(std::true_type{});
+    else vectors(std::false_type{});
 }
 
 }  // namespace
