@@ -1,7 +1,8 @@
-// Sums and shifts of images, and what the compiler makes of the plain loops.
+// Arithmetic on images, and what the compiler makes of the plain loops.
 #include "loops.hpp"
 #include "support/cases.hpp"
 #include "support/forms.hpp"
+#include "support/forms_real.hpp"
 
 using namespace kuvbench;
 
@@ -10,6 +11,23 @@ KUV_BENCHMARK(kuviAdd_32f_C1IR, "unaligned", TwoInPlace<Kuv32f, false>)
 
 KUV_LOOP_PEERS(kuviAdd_32f_C1IR, addInPlace, TwoInPlace<Kuv32f>)
 KUV_LOOP_PEERS(kuviAdd_32f_C1IR, addInPlace, TwoInPlace<Kuv32f, false>)
+
+#define REAL(function, loop, ...)                              \
+    KUV_BENCHMARK(function, "aligned", __VA_ARGS__ true>)      \
+    KUV_BENCHMARK(function, "unaligned", __VA_ARGS__ false>)   \
+    KUV_LOOP_PEERS(function, loop, __VA_ARGS__ true>)          \
+    KUV_LOOP_PEERS(function, loop, __VA_ARGS__ false>)
+REAL(kuviSub_32f_C1IR, subInPlace, TwoInPlace<Kuv32f, )
+REAL(kuviSub_32f_C1R, subTwo, TwoTo<Kuv32f, )
+REAL(kuviAddC_32f_C3IR, addConstants, RealInPlace<3, )
+REAL(kuviMulC_32f_C3IR, multiplyConstants, RealInPlace<3, )
+REAL(kuviSubC_32f_C1IR, subConstant, RealInPlace<1, )
+REAL(kuviDivC_32f_C1IR, divideConstant, RealInPlace<1, )
+REAL(kuviDiv_32f_C1IR, divideInPlace, DividedInPlace<)
+REAL(kuviAbs_32f_C1IR, absoluteInPlace, RealInPlace<1, )
+REAL(kuviAbsDiff_32f_C1R, absoluteDifference, TwoTo<Kuv32f, )
+REAL(kuviSqr_32f_C1IR, squareInPlace, RealInPlace<1, )
+REAL(kuviSqrt_32f_C1IR, rootInPlace, RealInPlace<1, )
 
 #define SHIFT(function, loop, name, ...)            \
     KUV_BENCHMARK(function, name, __VA_ARGS__)      \

@@ -3,9 +3,25 @@
 
 #include "kuvcv.h"
 
+// How the loops' units name them, each for its set.
+#define KUV_LOOP_JOIN(name, set) name##_##set
+#define KUV_LOOP_EXPAND(name, set) KUV_LOOP_JOIN(name, set)
+#define KUV_LOOP(name) KUV_LOOP_EXPAND(name, KUV_LOOP_SET)
+
 // Each has the signature of the export whose work it does.
 #define KUV_DECLARE_LOOPS(name, like) extern "C" decltype(like) name##_sse2, name##_avx2;
 KUV_DECLARE_LOOPS(addInPlace, kuviAdd_32f_C1IR)
+KUV_DECLARE_LOOPS(subInPlace, kuviSub_32f_C1IR)
+KUV_DECLARE_LOOPS(subTwo, kuviSub_32f_C1R)
+KUV_DECLARE_LOOPS(addConstants, kuviAddC_32f_C3IR)
+KUV_DECLARE_LOOPS(multiplyConstants, kuviMulC_32f_C3IR)
+KUV_DECLARE_LOOPS(subConstant, kuviSubC_32f_C1IR)
+KUV_DECLARE_LOOPS(divideConstant, kuviDivC_32f_C1IR)
+KUV_DECLARE_LOOPS(divideInPlace, kuviDiv_32f_C1IR)
+KUV_DECLARE_LOOPS(absoluteInPlace, kuviAbs_32f_C1IR)
+KUV_DECLARE_LOOPS(absoluteDifference, kuviAbsDiff_32f_C1R)
+KUV_DECLARE_LOOPS(squareInPlace, kuviSqr_32f_C1IR)
+KUV_DECLARE_LOOPS(rootInPlace, kuviSqrt_32f_C1IR)
 KUV_DECLARE_LOOPS(shiftLeft, kuviLShiftC_16u_C1IR)
 KUV_DECLARE_LOOPS(shiftRight, kuviRShiftC_16u_C1IR)
 KUV_DECLARE_LOOPS(shiftThreeLeft, kuviLShiftC_16u_C3IR)

@@ -355,6 +355,143 @@ KUV_API void kuvsFree(void* ptr);
  *          #kuvStatusOk. */
 KUV_API KuvStatus kuviAdd_32f_C1IR(const Kuv32f* src, Kuv32s srcStep, Kuv32f* srcDst, Kuv32s srcDstStep, KuviSize roiSize);
 
+/** @name Differences of images
+ *  `kuviSub_32f_C1IR`: `srcDst(x, y) = srcDst(x, y) - src(x, y)`. `kuviSub_32f_C1R`: `dst(x, y) = src2(x, y) - src1(x, y)`, the second
+ *  less the first.
+ *
+ *  Each difference is the exact one rounded once to single precision in the caller's rounding mode, in every variant. One NaN operand
+ *  gives that NaN made quiet, two give the one that is subtracted from; infinity less itself is the NaN 0xFFC00000.
+ *
+ *  Step class C: rows are done from the first, and those on one place take part again and again. `dst` may be one of the sources, or
+ *  `srcDst` be `src`; what any other overlap gives is not stated. Large images may bypass the caches on their way to `dst`.
+ *
+ *  `src`, `src1`, `src2`, `srcDst`, `dst`: the images. `srcStep` and so on: their row steps in bytes. `roiSize`: size of all in pixels,
+ *  at least 1 by 1.
+ *
+ *  Returns #kuvStatusNullPtr if an image is null; #kuvStatusBadSize if the width or height is below 1; else #kuvStatusOk.
+ *  @{ */
+KUV_API KuvStatus kuviSub_32f_C1IR(const Kuv32f* src, Kuv32s srcStep, Kuv32f* srcDst, Kuv32s srcDstStep, KuviSize roiSize);
+KUV_API KuvStatus kuviSub_32f_C1R(const Kuv32f* src1, Kuv32s src1Step, const Kuv32f* src2, Kuv32s src2Step, Kuv32f* dst,
+                                  Kuv32s dstStep, KuviSize roiSize);
+/** @} */
+
+/** @name Sums, differences and products with constants
+ *  `kuviAddC_32f_C3IR`: `srcDst(x, y)[c] = srcDst(x, y)[c] + value[c]` for each of three channels c. `kuviMulC_32f_C3IR`:
+ *  `srcDst(x, y)[c] = srcDst(x, y)[c] * value[c]`. `kuviSubC_32f_C1IR`: `srcDst(x, y) = srcDst(x, y) - value`.
+ *
+ *  Each result is the exact one rounded once to single precision in the caller's rounding mode, in every variant. One NaN operand gives
+ *  that NaN made quiet; an invalid operation such as infinity times 0 gives the NaN 0xFFC00000. Of two NaN operands a difference keeps the
+ *  sample; which one a sum or a product keeps is not stated.
+ *
+ *  Step class C: with a step of 0 the same row takes part again and again.
+ *
+ *  `value`: the constant, or those of the three channels, read before any sample is written. `srcDst`: the image. `srcDstStep`: its row
+ *  step in bytes. `roiSize`: size in pixels, at least 1 by 1.
+ *
+ *  Returns #kuvStatusNullPtr if `srcDst`, or `value` where it is an array, is null; #kuvStatusBadSize if the width or height is below 1;
+ *  else #kuvStatusOk.
+ *  @{ */
+KUV_API KuvStatus kuviAddC_32f_C3IR(const Kuv32f value[3], Kuv32f* srcDst, Kuv32s srcDstStep, KuviSize roiSize);
+KUV_API KuvStatus kuviMulC_32f_C3IR(const Kuv32f value[3], Kuv32f* srcDst, Kuv32s srcDstStep, KuviSize roiSize);
+KUV_API KuvStatus kuviSubC_32f_C1IR(Kuv32f value, Kuv32f* srcDst, Kuv32s srcDstStep, KuviSize roiSize);
+/** @} */
+
+/** Divides an image by a constant in place, as a product with its reciprocal: `srcDst(x, y) = srcDst(x, y) * r`, where r is 1 / `value`
+ *  computed in double precision and rounded to single precision.
+ *
+ *  So a result may differ from the quotient rounded once, in the last bit. Every rounding follows the caller's mode, and all variants give
+ *  the same. One NaN operand gives that NaN made quiet, which of two is kept is not stated; infinity times an r of 0 is the NaN
+ *  0xFFC00000.
+ *
+ *  Step class A: rows are done from the first, and those on one place take part again and again.
+ *
+ *  @param value the divisor; a NaN is accepted
+ *  @param srcDst the image
+ *  @param srcDstStep its row step in bytes
+ *  @param roiSize size in pixels, at least 1 by 1
+ *  @return #kuvStatusNullPtr if `srcDst` is null; #kuvStatusBadSize if the width or height is below 1; #kuvStatusBadStep if the step is
+ *          below 1; #kuvStatusDivByZero if `value` equals 0; else #kuvStatusOk. */
+KUV_API KuvStatus kuviDivC_32f_C1IR(Kuv32f value, Kuv32f* srcDst, Kuv32s srcDstStep, KuviSize roiSize);
+
+/** Divides an image by another in place: `srcDst(x, y) = srcDst(x, y) / src(x, y)`.
+ *
+ *  Each quotient is the exact one rounded once to single precision in the caller's rounding mode, in every variant. Where the divisor is 0,
+ *  whatever its sign, the result is that of the dividend alone: +infinity if it is above 0, -infinity if it is below 0, and the NaN
+ *  0xFFC00000 if it is 0 or a NaN. Elsewhere one NaN operand gives that NaN made quiet, and two give the dividend.
+ *
+ *  A divisor of 0 does not stop the work: it is told by a warning in the end.
+ *
+ *  Step class A, for both steps: rows are done from the first, and those on one place take part again and again. `srcDst` may be `src`;
+ *  what any other overlap gives is not stated.
+ *
+ *  @param src the divisors
+ *  @param srcStep row step of `src` in bytes
+ *  @param srcDst the image that is divided
+ *  @param srcDstStep row step of `srcDst` in bytes
+ *  @param roiSize size of both in pixels, at least 1 by 1
+ *  @return #kuvStatusNullPtr if `src` or `srcDst` is null; #kuvStatusBadSize if the width or height is below 1; #kuvStatusBadStep if a step
+ *          is below 1; #kuvStatusDivByZeroWarning if a divisor was 0; else #kuvStatusOk. */
+KUV_API KuvStatus kuviDiv_32f_C1IR(const Kuv32f* src, Kuv32s srcStep, Kuv32f* srcDst, Kuv32s srcDstStep, KuviSize roiSize);
+
+/** @name Absolute values and squares
+ *  `kuviAbs_32f_C1IR`: `srcDst(x, y) = |srcDst(x, y)|`, the sample with its sign bit cleared and all else kept, of a NaN as well.
+ *  `kuviSqr_32f_C1IR`: `srcDst(x, y) = srcDst(x, y) * srcDst(x, y)`, rounded once to single precision in the caller's rounding mode; a
+ *  NaN is made quiet.
+ *
+ *  Step class A, and the lowest two bits of the step are cleared then: one of 6 acts as 4, and one of 1 to 3 as 0. Rows are done from the
+ *  first, and those on one place take part again and again.
+ *
+ *  `srcDst`: the image, which may stand at any address. `srcDstStep`: its row step in bytes. `roiSize`: size in pixels, at least 1 by 1.
+ *
+ *  Returns #kuvStatusNullPtr if `srcDst` is null; #kuvStatusBadSize if the width or height is below 1; #kuvStatusBadStep if the step is
+ *  below 1; else #kuvStatusOk.
+ *  @{ */
+KUV_API KuvStatus kuviAbs_32f_C1IR(Kuv32f* srcDst, Kuv32s srcDstStep, KuviSize roiSize);
+KUV_API KuvStatus kuviSqr_32f_C1IR(Kuv32f* srcDst, Kuv32s srcDstStep, KuviSize roiSize);
+/** @} */
+
+/** Absolute difference of two images: `dst(x, y) = |src1(x, y) - src2(x, y)|`.
+ *
+ *  The difference is rounded once to single precision in the caller's rounding mode, in every variant, then its sign bit is cleared: of a
+ *  NaN as well, which is that of the one NaN operand made quiet, of two that of `src1`, or 0x7FC00000 of infinity less itself.
+ *
+ *  Step class B, for all three steps, which must be multiples of 4 as well. `dst` may be one of the sources; what any other overlap gives
+ *  is not stated. Large images may bypass the caches on their way to `dst`.
+ *
+ *  @param src1 the one image
+ *  @param src1Step row step of `src1` in bytes
+ *  @param src2 the other image
+ *  @param src2Step row step of `src2` in bytes
+ *  @param dst the image of the differences
+ *  @param dstStep row step of `dst` in bytes
+ *  @param roiSize size of all three in pixels, at least 1 by 1
+ *  @return #kuvStatusNullPtr if an image is null; #kuvStatusBadSize if the width or height is below 1; #kuvStatusBadStep if any step is
+ *          below four times the width; #kuvStatusStepNotMultiple if any step is no multiple of 4; else #kuvStatusOk. */
+KUV_API KuvStatus kuviAbsDiff_32f_C1R(const Kuv32f* src1, Kuv32s src1Step, const Kuv32f* src2, Kuv32s src2Step, Kuv32f* dst,
+                                      Kuv32s dstStep, KuviSize roiSize);
+
+/** Takes the square roots of an image in place: `srcDst(x, y) = sqrt(srcDst(x, y))`.
+ *
+ *  Each root is the exact one rounded once to single precision in the caller's rounding mode, in every variant; that of -0 is -0, that of
+ *  +infinity is +infinity. A sample below 0 becomes the NaN 0xFFC00000. A NaN becomes that NaN in px, and a NaN of any kind elsewhere.
+ *
+ *  A sample that has no root does not stop the work: it is told by a warning in the end. In px that is any sample below 0 and any NaN;
+ *  in the other variants it is any whose sign bit is set but for -0, so a NaN with a clear sign bit gives none.
+ *
+ *  Unlike all other functions, those other variants change the processor's control register for the caller: if all floating-point
+ *  exceptions are masked, they clear the bit by which denormal operands count as zero, once the arguments have been checked, and leave it
+ *  so. px leaves the register alone. Where the bit stays set, denormal samples count as zeros of their sign.
+ *
+ *  Step class A, and the lowest two bits of the step are cleared then: one of 6 acts as 4, and one of 1 to 3 as 0. Rows are done from the
+ *  first, and those on one place take part again and again.
+ *
+ *  @param srcDst the image, which may stand at any address
+ *  @param srcDstStep its row step in bytes
+ *  @param roiSize size in pixels, at least 1 by 1
+ *  @return #kuvStatusNullPtr if `srcDst` is null; #kuvStatusBadSize if the width or height is below 1; #kuvStatusBadStep if the step is
+ *          below 1; #kuvStatusSqrtOfNegative if a sample had no root, as told above; else #kuvStatusOk. */
+KUV_API KuvStatus kuviSqrt_32f_C1IR(Kuv32f* srcDst, Kuv32s srcDstStep, KuviSize roiSize);
+
 /** @name Shifts of images by a constant
  *  `srcDst(x, y) = srcDst(x, y) << value`, cut to 16 bits, or `srcDst(x, y) >> value`, filled with zeros.
  *

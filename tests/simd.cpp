@@ -158,6 +158,17 @@ Reference comparison(Holds holds) {
     };
 }
 
+Reference root() {
+    return [](In a, In, In, int bytes, Out result) {
+        for (int i = 0; i < lanesIn<float>(bytes); ++i) {
+            const float x = load<float>(a, i);
+            if (std::isnan(x)) store(result, i, load<std::uint32_t>(a, i) | 0x00400000);
+            else if (x < 0) store(result, i, 0xFFC00000u);
+            else store(result, i, std::sqrt(x));
+        }
+    };
+}
+
 void multiplyAddPairsOfBytes(In a, In b, In, int bytes, Out result) {
     for (int i = 0; i < bytes / 2; ++i) {
         const auto product = [&](int j) { return a[j] * ((b[j] & 0x7F) - 64); };
@@ -201,6 +212,7 @@ template <class T>
 auto larger() { return binary<T>([](auto a, auto b) { return a > b ? a : b; }); }
 template <class T>
 auto distance() { return binary<T, std::make_unsigned_t<T>>([](auto a, auto b) { return a > b ? a - b : b - a; }); }
+auto magnitude() { return binary<Kuv32u>([](auto a, auto) { return a & 0x7FFFFFFF; }); }
 template <class T>
 auto left(int count) { return binary<T>([count](auto a, auto) { return a * (std::int64_t{1} << count); }); }
 template <class T>
@@ -305,6 +317,18 @@ const std::map<std::string, Reference>& references() {
         {"storeInterleaved3 Kuv8u", interleaved3<Kuv8u>()}, {"storeInterleaved3 Kuv16u", interleaved3<Kuv16u>()},
         {"storeInterleaved3 Kuv32u", interleaved3<Kuv32u>()},
         {"add Kuv32f", arithmetic(std::plus<float>())}, {"single add Kuv32f", arithmetic(std::plus<float>())},
+        {"single sub Kuv32f", arithmetic(std::minus<float>())}, {"single multiply Kuv32f", arithmetic(std::multiplies<float>())},
+        {"divide Kuv32f", arithmetic(std::divides<float>())},
+        {"squareRoot Kuv32f", root()}, {"single squareRoot Kuv32f", root()},
+        {"absolute Kuv32f", magnitude()}, {"single absolute Kuv32f", magnitude()},
+        {"laneBits Kuv32f", [](In a, In, In, int bytes, Out result) {
+            std::uint32_t bits = 0;
+            for (int i = 0; i < lanesIn<float>(bytes); ++i) bits |= load<std::uint32_t>(a, i) >> 31 << i;
+            store(result, 0, bits);
+        }},
+        {"storeTruncated Kuv32f", toIntegers([](double x) { return std::trunc(x); })},
+        {"equal Kuv32f", comparison(std::equal_to<float>())}, {"unequal Kuv32f", comparison(std::not_equal_to<float>())},
+        {"unordered Kuv32f", comparison([](float a, float b) { return std::isnan(a) || std::isnan(b); })},
         {"sub Kuv32f", arithmetic(std::minus<float>())}, {"multiply Kuv32f", arithmetic(std::multiplies<float>())},
         {"minimum Kuv32f", ofTwo(std::less<float>())}, {"maximum Kuv32f", ofTwo(std::greater<float>())},
         {"bitAnd Kuv32f", binary<Kuv32u>(std::bit_and<Kuv32u>())}, {"bitOr Kuv32f", binary<Kuv32u>(std::bit_or<Kuv32u>())},

@@ -39,6 +39,15 @@ KUV_INLINE void put(unsigned char* to, Kuv32u value) { storeSample(reinterpret_c
 #define REAL(operation, T, ...) {operation, 16, WITH(T, 16, __VA_ARGS__)}, KUV_AVX({operation, 32, WITH(T, 32, __VA_ARGS__)},)
 #define REAL_BINARY(operation, T) REAL(#operation " " #T, T, put(result, operation(a, b)))
 
+#define SINGLE(operation, ...)                                                                                                    \
+    {"single " #operation " Kuv32f", 4,                                                                                           \
+     [](const unsigned char* first, const unsigned char* second, const unsigned char*, unsigned char* result) {                   \
+         [[maybe_unused]] const Kuv32f a = single(first), b = single(second);                                                     \
+         storeSample(reinterpret_cast<Kuv32f*>(result), operation(__VA_ARGS__));                                                  \
+     }},
+
+KUV_INLINE Kuv32f single(const unsigned char* from) { return loadSample(reinterpret_cast<const Kuv32f*>(from)); }
+
 using Doubles = Native<Kuv64f>;
 
 template <class T>
@@ -127,7 +136,13 @@ constexpr SimdOperation operations[] = {
     REAL_BINARY(add, Kuv32f) REAL_BINARY(multiply, Kuv32f) REAL_BINARY(sub, Kuv32f)
     REAL_BINARY(minimum, Kuv32f) REAL_BINARY(maximum, Kuv32f)
     REAL_BINARY(bitAnd, Kuv32f) REAL_BINARY(bitOr, Kuv32f) REAL_BINARY(bitAndNot, Kuv32f)
+    REAL_BINARY(divide, Kuv32f)
     REAL_BINARY(greater, Kuv32f) REAL_BINARY(atLeast, Kuv32f)
+    REAL_BINARY(equal, Kuv32f) REAL_BINARY(unequal, Kuv32f) REAL_BINARY(unordered, Kuv32f)
+    REAL("squareRoot Kuv32f", Kuv32f, put(result, squareRoot(a)))
+    REAL("absolute Kuv32f", Kuv32f, put(result, absolute(a)))
+    REAL("laneBits Kuv32f", Kuv32f, put(result, Kuv32u{laneBits(a)}))
+    REAL("storeTruncated Kuv32f", Kuv32f, storeTruncated(reinterpret_cast<Kuv32s*>(result), a))
     REAL("select Kuv32f", Kuv32f, put(result, select(greater(a, b), b, c)))
     REAL("wholePart Kuv32f", Kuv32f, put(result, wholePart(a)))
     REAL("fill Kuv32f", Kuv32f, put(result, fill<V>(a.raw[0])))
@@ -145,10 +160,7 @@ constexpr SimdOperation operations[] = {
                 return truncated(sub(x, whereEqual(fill<Doubles>(0.5), x, toDoubles<Doubles>(truncated(x)))));
             });
         })))
-    {"single add Kuv32f", 4, [](const unsigned char* a, const unsigned char* b, const unsigned char*, unsigned char* result) {
-        const auto one = [](const unsigned char* from) { return loadSample(reinterpret_cast<const Kuv32f*>(from)); };
-        storeSample(reinterpret_cast<Kuv32f*>(result), add(one(a), one(b)));
-    }},
+    SINGLE(add, a, b) SINGLE(sub, a, b) SINGLE(multiply, a, b) SINGLE(squareRoot, a) SINGLE(absolute, a)
 };
 
 constexpr int count = sizeof operations / sizeof operations[0];

@@ -6,6 +6,7 @@
 
 #include "support/cases.hpp"
 #include "support/forms.hpp"
+#include "support/forms_real.hpp"
 
 using namespace kuvbench;
 
@@ -31,6 +32,43 @@ auto sum = [](auto& form) {
 };
 [[maybe_unused]] const bool sums[] = {addOpenCV<TwoInPlace<Kuv32f>>("kuviAdd_32f_C1IR", sum),
                                       addOpenCV<TwoInPlace<Kuv32f, false>>("kuviAdd_32f_C1IR", sum)};
+
+// `work` gets what the library's function gets, the destination last.
+template <template <bool> class Form, class Work>
+bool addReal(const char* function, Work work, int channels = 1) {
+    const auto prepare = [work, channels](auto& form) {
+        const auto matrix = [&form, channels](auto& image) { return matrixOf(image, form.size, channels); };
+        if constexpr (requires { form.src2; }) {
+            return [work, src1 = matrix(form.src1), src2 = matrix(form.src2), dst = matrix(form.dst)]() mutable { work(src1, src2, dst); };
+        } else if constexpr (requires { form.src; }) {
+            return [work, src = matrix(form.src), srcDst = matrix(form.srcDst)]() mutable { work(src, srcDst); };
+        } else {
+            return [work, srcDst = matrix(form.srcDst)]() mutable { work(srcDst); };
+        }
+    };
+    return addOpenCV<Form<true>>(function, prepare) && addOpenCV<Form<false>>(function, prepare);
+}
+template <bool aligned>
+using TwoReals = TwoInPlace<Kuv32f, aligned>;
+template <bool aligned>
+using TwoRealsTo = TwoTo<Kuv32f, aligned>;
+template <bool aligned>
+using OneReal = RealInPlace<1, aligned>;
+template <bool aligned>
+using ThreeReals = RealInPlace<3, aligned>;
+const cv::Scalar ones(1, 1, 1);
+[[maybe_unused]] const bool reals[] = {
+    addReal<TwoReals>("kuviSub_32f_C1IR", [](cv::Mat& src, cv::Mat& srcDst) { cv::subtract(srcDst, src, srcDst); }),
+    addReal<TwoRealsTo>("kuviSub_32f_C1R", [](cv::Mat& src1, cv::Mat& src2, cv::Mat& dst) { cv::subtract(src2, src1, dst); }),
+    addReal<ThreeReals>("kuviAddC_32f_C3IR", [](cv::Mat& srcDst) { cv::add(srcDst, ones, srcDst); }, 3),
+    addReal<ThreeReals>("kuviMulC_32f_C3IR", [](cv::Mat& srcDst) { cv::multiply(srcDst, ones, srcDst); }, 3),
+    addReal<OneReal>("kuviSubC_32f_C1IR", [](cv::Mat& srcDst) { cv::subtract(srcDst, ones, srcDst); }),
+    addReal<OneReal>("kuviDivC_32f_C1IR", [](cv::Mat& srcDst) { cv::multiply(srcDst, ones, srcDst); }),
+    addReal<DividedInPlace>("kuviDiv_32f_C1IR", [](cv::Mat& src, cv::Mat& srcDst) { cv::divide(srcDst, src, srcDst); }),
+    addReal<OneReal>("kuviAbs_32f_C1IR", [](cv::Mat& srcDst) { cv::absdiff(srcDst, cv::Scalar(), srcDst); }),
+    addReal<TwoRealsTo>("kuviAbsDiff_32f_C1R", [](cv::Mat& src1, cv::Mat& src2, cv::Mat& dst) { cv::absdiff(src1, src2, dst); }),
+    addReal<OneReal>("kuviSqr_32f_C1IR", [](cv::Mat& srcDst) { cv::multiply(srcDst, srcDst, srcDst); }),
+    addReal<OneReal>("kuviSqrt_32f_C1IR", [](cv::Mat& srcDst) { cv::sqrt(srcDst, srcDst); })};
 
 template <class T, int channels>
 bool addCopy(const char* function) {

@@ -1,5 +1,4 @@
 // Samples of another type, with their number kept, or with a range of numbers laid on that of 8 bits.
-#include "core/cache.hpp"
 #include "core/checks.hpp"
 #include "move/convert_kernels.hpp"
 #include "simd/rounding.hpp"
@@ -13,14 +12,6 @@ template <class Operation>
 constexpr Kuv32s partsOfCache = 16;
 template <>
 constexpr Kuv32s partsOfCache<ToSingles<Kuv8u>> = 1;
-
-// For rows of so many samples, read and written in so many bytes each. Short rows stay in the caches.
-KUV_INLINE bool bypassesCaches(ptrdiff_t rows, ptrdiff_t samples, ptrdiff_t sampleBytes, ptrdiff_t dstRowBytes, Kuv32s parts) {
-    Kuv32s line, cache;
-    kuvQueryCacheLine(&line);
-    if (dstRowBytes < 2 * ptrdiff_t{line}) return false;
-    return kuvQueryCacheBytes(&cache) == kuvStatusOk && samples * sampleBytes > (cache / parts - 1) / rows;
-}
 
 constexpr ptrdiff_t anyRun = PTRDIFF_MAX;
 

@@ -7,6 +7,8 @@ namespace kuv::KUV_VARIANT {
 namespace {
 
 KUV_INLINE Kuv32f add(Kuv32f a, Kuv32f b) { return a + b; }
+KUV_INLINE Kuv32f sub(Kuv32f a, Kuv32f b) { return a - b; }
+KUV_INLINE Kuv32f multiply(Kuv32f a, Kuv32f b) { return a * b; }
 KUV_INLINE Kuv64f add(Kuv64f a, Kuv64f b) { return a + b; }
 KUV_INLINE Kuv64f sub(Kuv64f a, Kuv64f b) { return a - b; }
 KUV_INLINE Kuv64f multiply(Kuv64f a, Kuv64f b) { return a * b; }
@@ -22,6 +24,7 @@ KUV_REAL_BINARY(sub, Kuv32f, sub_ps)
 KUV_REAL_BINARY(sub, Kuv64f, sub_pd)
 KUV_REAL_BINARY(multiply, Kuv32f, mul_ps)
 KUV_REAL_BINARY(multiply, Kuv64f, mul_pd)
+KUV_REAL_BINARY(divide, Kuv32f, div_ps)
 
 // The smaller and the larger one; b if either is a NaN.
 KUV_REAL_BINARY(minimum, Kuv32f, min_ps)
@@ -33,15 +36,42 @@ KUV_REAL_BINARY(bitAndNot, Kuv32f, andnot_ps)  // ~a & b
 
 #undef KUV_REAL_BINARY
 
-// Ones where the comparison holds, which with a NaN it does not.
+KUV_INLINE Kuv32f squareRoot(Kuv32f x) { return _mm_cvtss_f32(_mm_sqrt_ss(_mm_set_ss(x))); }
+KUV_INLINE Vector<Kuv32f, 16> squareRoot(Vector<Kuv32f, 16> v) { return {_mm_sqrt_ps(v.raw)}; }
+KUV_AVX(KUV_INLINE Vector<Kuv32f, 32> squareRoot(Vector<Kuv32f, 32> v) { return {_mm256_sqrt_ps(v.raw)}; })
+
+// With the sign bit cleared, also of a NaN.
+KUV_INLINE Kuv32f absolute(Kuv32f x) { return __builtin_fabsf(x); }
+template <int bytes>
+KUV_INLINE Vector<Kuv32f, bytes> absolute(Vector<Kuv32f, bytes> v) {
+    return bitAndNot(fill<Vector<Kuv32f, bytes>>(-0.0f), v);
+}
+
+// Ones where the comparison holds, which with a NaN it does not, but for `unequal` and `unordered`: those hold.
 KUV_INLINE Vector<Kuv32f, 16> greater(Vector<Kuv32f, 16> a, Vector<Kuv32f, 16> b) { return {_mm_cmpgt_ps(a.raw, b.raw)}; }
 KUV_INLINE Vector<Kuv32f, 16> atLeast(Vector<Kuv32f, 16> a, Vector<Kuv32f, 16> b) { return {_mm_cmpge_ps(a.raw, b.raw)}; }
+KUV_INLINE Vector<Kuv32f, 16> equal(Vector<Kuv32f, 16> a, Vector<Kuv32f, 16> b) { return {_mm_cmpeq_ps(a.raw, b.raw)}; }
+KUV_INLINE Vector<Kuv32f, 16> unequal(Vector<Kuv32f, 16> a, Vector<Kuv32f, 16> b) { return {_mm_cmpneq_ps(a.raw, b.raw)}; }
+KUV_INLINE Vector<Kuv32f, 16> unordered(Vector<Kuv32f, 16> a, Vector<Kuv32f, 16> b) { return {_mm_cmpunord_ps(a.raw, b.raw)}; }
 KUV_AVX(KUV_INLINE Vector<Kuv32f, 32> greater(Vector<Kuv32f, 32> a, Vector<Kuv32f, 32> b) {
     return {_mm256_cmp_ps(a.raw, b.raw, _CMP_GT_OQ)};
 }
 KUV_INLINE Vector<Kuv32f, 32> atLeast(Vector<Kuv32f, 32> a, Vector<Kuv32f, 32> b) {
     return {_mm256_cmp_ps(a.raw, b.raw, _CMP_GE_OQ)};
+}
+KUV_INLINE Vector<Kuv32f, 32> equal(Vector<Kuv32f, 32> a, Vector<Kuv32f, 32> b) {
+    return {_mm256_cmp_ps(a.raw, b.raw, _CMP_EQ_OQ)};
+}
+KUV_INLINE Vector<Kuv32f, 32> unequal(Vector<Kuv32f, 32> a, Vector<Kuv32f, 32> b) {
+    return {_mm256_cmp_ps(a.raw, b.raw, _CMP_NEQ_UQ)};
+}
+KUV_INLINE Vector<Kuv32f, 32> unordered(Vector<Kuv32f, 32> a, Vector<Kuv32f, 32> b) {
+    return {_mm256_cmp_ps(a.raw, b.raw, _CMP_UNORD_Q)};
 })
+
+// The sign bits of all lanes, the first one's lowest.
+KUV_INLINE unsigned laneBits(Vector<Kuv32f, 16> v) { return static_cast<unsigned>(_mm_movemask_ps(v.raw)); }
+KUV_AVX(KUV_INLINE unsigned laneBits(Vector<Kuv32f, 32> v) { return static_cast<unsigned>(_mm256_movemask_ps(v.raw)); })
 
 // Lane by lane mask ? a : b. Not by a blend, which GCC 12 takes apart into single lanes where integers have but 16 bytes.
 template <int bytes>
@@ -68,6 +98,12 @@ KUV_INLINE Vector<Kuv32s, 16> truncated(Vector<Kuv32f, 16> v) { return {_mm_cvtt
 KUV_INLINE Vector<Kuv32s, 16> rounded(Vector<Kuv32f, 16> v) { return {_mm_cvtps_epi32(v.raw)}; }
 KUV_AVX2(KUV_INLINE Vector<Kuv32s, 32> truncated(Vector<Kuv32f, 32> v) { return {_mm256_cvttps_epi32(v.raw)}; }
          KUV_INLINE Vector<Kuv32s, 32> rounded(Vector<Kuv32f, 32> v) { return {_mm256_cvtps_epi32(v.raw)}; })
+
+// The same into memory, also from 32 bytes where integers have but 16.
+KUV_INLINE void storeTruncated(Kuv32s* to, Vector<Kuv32f, 16> v) { store(to, truncated(v)); }
+KUV_AVX(KUV_INLINE void storeTruncated(Kuv32s* to, Vector<Kuv32f, 32> v) {
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), _mm256_cvttps_epi32(v.raw));
+})
 
 // Cut toward zero; what does not fit an integer is lost.
 KUV_INLINE Vector<Kuv32f, 16> wholePart(Vector<Kuv32f, 16> v) { return {_mm_cvtepi32_ps(_mm_cvttps_epi32(v.raw))}; }

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "core/cache.hpp"
 #include "core/rows.hpp"
 #include "simd/vector.hpp"
 
@@ -76,71 +77,7 @@ private:
     T table_[tableSamples];
 };
 
-// srcDst[i] = operation(srcDst[i], operands of i ...) for i in 0 .. count - 1. In place, so no sample is computed from a result:
-// the vectors at both ends are read before anything is written, and the aligned ones in between may overlap them. Fewer samples
-// than a vector's go one by one.
-template <bool byHalves, class Operation, class T, class... Operands>
-KUV_INLINE void transformRowInPlace(Operation operation, T* srcDst, ptrdiff_t count, const Operands&... operands) {
-    if constexpr (hasVectors) {
-        using V = Native<T>;
-        constexpr ptrdiff_t lanes = V::lanes;
-        if (count >= lanes) {
-            constexpr int unrolled = 3;  // the period of three channels
-            const auto result = [&](ptrdiff_t i, [[maybe_unused]] int k, const auto&... vectors) {
-                return operation(load<V>(srcDst + i), vectors.at(i, k)...);
-            };
-            const ptrdiff_t end = count - lanes;
-            const V first = result(0, 0, operands.vectorsFrom(0)...), last = result(end, 0, operands.vectorsFrom(end)...);
-            // Aligned rows have nothing before the second vector that is not in the first.
-            const ptrdiff_t toAlignment = samplesToAlignment(srcDst, V::bytes), start = toAlignment == 0 ? lanes : toAlignment;
-            const auto middle = [&](const auto&... vectors) {
-                ptrdiff_t i = start;
-                for (; i + unrolled * lanes <= end; i += unrolled * lanes) {
-#pragma GCC unroll 3
-                    for (int k = 0; k < unrolled; ++k) {
-                        const V v = result(i + k * lanes, k, vectors...);
-                        if constexpr (byHalves) storeHalves(srcDst + i + k * lanes, v);
-                        else store(srcDst + i + k * lanes, v);
-                    }
-                }
-#pragma GCC unroll 3
-                for (int k = 0; k < unrolled; ++k, i += lanes) {
-                    if (i >= end) break;
-                    store(srcDst + i, result(i, k, vectors...));
-                }
-            };
-            middle(operands.vectorsFrom(start)...);
-            store(srcDst, first);
-            store(srcDst + end, last);
-            return;
-        }
-    }
-    for (ptrdiff_t i = 0; i < count; ++i) storeSample(srcDst + i, operation(loadSample(srcDst + i), operands.sample(i)...));
-}
-
-// transformRowInPlace on every row, from the first.
-template <class Operation, class T, class... Operands>
-KUV_INLINE void transformInPlace(Operation operation, T* srcDst, ptrdiff_t step, ptrdiff_t count, ptrdiff_t rows,
-                                 const Operands&... operands) {
-    if constexpr (hasVectors) {
-        if (Native<T>::bytes == 32 && count * static_cast<ptrdiff_t>(sizeof(T)) > firstLevelBytes / rows) {
-            for (ptrdiff_t row = 0; row < rows; ++row) transformRowInPlace<true>(operation, rowAt(srcDst, step, row), count, operands...);
-            return;
-        }
-    }
-    for (ptrdiff_t row = 0; row < rows; ++row) transformRowInPlace<false>(operation, rowAt(srcDst, step, row), count, operands...);
-}
-
-// The same with the rows of another image.
-template <class Operation, class T>
-KUV_INLINE void combineInPlace(Operation operation, const T* src, ptrdiff_t srcStep, T* srcDst, ptrdiff_t srcDstStep,
-                               KuviSize size) {
-    for (ptrdiff_t row = 0; row < size.height; ++row) {
-        transformRowInPlace<false>(operation, rowAt(srcDst, srcDstStep, row), size.width, Row<T>{rowAt(src, srcStep, row)});
-    }
-}
-
-// How a block's vectors get to memory.
+// How vectors get to memory.
 template <bool byHalves>
 struct ThroughCaches {
     template <class V>
@@ -155,6 +92,104 @@ struct PastCaches {
         stream(to, value);
     }
 };
+
+// Whether an image of so many rows, with so many bytes read and written for each sample, is too large for the caches: from a part of the
+// largest one on, which many processors share. Short rows stay in the caches.
+KUV_INLINE bool bypassesCaches(ptrdiff_t rows, ptrdiff_t samples, ptrdiff_t sampleBytes, ptrdiff_t dstRowBytes, Kuv32s parts = 16) {
+    Kuv32s line, cache;
+    kuvQueryCacheLine(&line);
+    if (dstRowBytes < 2 * ptrdiff_t{line}) return false;
+    return kuvQueryCacheBytes(&cache) == kuvStatusOk && samples * sampleBytes > (cache / parts - 1) / rows;
+}
+
+// dst[i] = operation(operands of i ...) for i in 0 .. count - 1, where dst may be the row of an operand, but not lie on one in another
+// way. In place, so no sample is computed from a result: the vectors at both ends are read before what they share with the aligned
+// ones in between is written. Fewer samples than a vector's go one by one. The operation sees some samples twice and none that is not
+// of the row, so it may note what it meets. What is stored past the caches must be aligned to its samples.
+template <class Store, class Operation, class T, class... Operands>
+KUV_INLINE void transformRow(Store storeAligned, Operation& operation, T* dst, ptrdiff_t count, const Operands&... operands) {
+    if constexpr (hasVectors) {
+        using V = Native<T>;
+        constexpr ptrdiff_t lanes = V::lanes;
+        if (count >= lanes) {
+            constexpr int unrolled = 3;  // the period of three channels
+            const auto result = [&](ptrdiff_t i, int k, const auto&... vectors) __attribute__((always_inline)) {
+                return operation(vectors.at(i, k)...);
+            };
+            const ptrdiff_t end = count - lanes;
+            const V first = result(0, 0, operands.vectorsFrom(0)...);
+            // Aligned rows have nothing before the second vector that is not in the first.
+            const ptrdiff_t toAlignment = samplesToAlignment(dst, V::bytes), start = toAlignment == 0 ? lanes : toAlignment;
+            const auto rest = [&](const auto&... vectors) __attribute__((always_inline)) {
+                ptrdiff_t i = start;
+                for (; i + unrolled * lanes <= end; i += unrolled * lanes) {
+#pragma GCC unroll 3
+                    for (int k = 0; k < unrolled; ++k) {
+                        storeAligned(dst + i + k * lanes, result(i + k * lanes, k, vectors...));
+                    }
+                }
+                // Not before: nothing waits for the end of a long row to be fetched.
+                const V last = result(end, 0, operands.vectorsFrom(end)...);
+#pragma GCC unroll 3
+                for (int k = 0; k < unrolled; ++k, i += lanes) {
+                    if (i >= end) break;
+                    store(dst + i, result(i, k, vectors...));
+                }
+                store(dst, first);
+                store(dst + end, last);
+            };
+            rest(operands.vectorsFrom(start)...);
+            return;
+        }
+    }
+    for (ptrdiff_t i = 0; i < count; ++i) storeSample(dst + i, operation(operands.sample(i)...));
+}
+
+// srcDst[i] = operation(srcDst[i], operands of i ...) on every row, from the first.
+template <class Operation, class T, class... Operands>
+KUV_INLINE void transformInPlace(Operation&& operation, T* srcDst, ptrdiff_t step, ptrdiff_t count, ptrdiff_t rows,
+                                 const Operands&... operands) {
+    const auto eachRow = [&](auto store) __attribute__((always_inline)) {
+        for (ptrdiff_t row = 0; row < rows; ++row) {
+            T* const samples = rowAt(srcDst, step, row);
+            transformRow(store, operation, samples, count, Row<T>{samples}, operands...);
+        }
+    };
+    // Single precision is written faster by 32 bytes everywhere.
+    if constexpr (hasVectors && std::is_integral_v<T>) {
+        if (Native<T>::bytes == 32 && count * static_cast<ptrdiff_t>(sizeof(T)) > firstLevelBytes / rows) {
+            return eachRow(ThroughCaches<true>{});
+        }
+    }
+    eachRow(ThroughCaches<false>{});
+}
+
+// dst[i] = operation(src1[i], src2[i]) on every row, from the first. dst may be one of the sources. Streams past the caches if asked to
+// and if the destination's samples are aligned.
+template <class Operation, class T>
+KUV_INLINE void combine(Operation&& operation, const T* src1, ptrdiff_t src1Step, const T* src2, ptrdiff_t src2Step, T* dst,
+                        ptrdiff_t dstStep, ptrdiff_t count, ptrdiff_t rows, bool streaming = false) {
+    const auto eachRow = [&](auto store) __attribute__((always_inline)) {
+        for (ptrdiff_t row = 0; row < rows; ++row) {
+            transformRow(store, operation, rowAt(dst, dstStep, row), count, Row<T>{rowAt(src1, src1Step, row)},
+                         Row<T>{rowAt(src2, src2Step, row)});
+        }
+    };
+    if constexpr (hasVectors) {
+        if (streaming && (reinterpret_cast<std::intptr_t>(dst) | dstStep) % static_cast<std::intptr_t>(sizeof(T)) == 0) {
+            eachRow(PastCaches{});
+            return streamFence();
+        }
+    }
+    eachRow(ThroughCaches<false>{});
+}
+
+// srcDst[i] = operation(srcDst[i], src[i]) on every row, from the first.
+template <class Operation, class T>
+KUV_INLINE void combineInPlace(Operation&& operation, const T* src, ptrdiff_t srcStep, T* srcDst, ptrdiff_t srcDstStep,
+                               ptrdiff_t count, ptrdiff_t rows) {
+    combine(operation, srcDst, srcDstStep, src, srcStep, srcDst, srcDstStep, count, rows);
+}
 
 // dst[i] = operation(src[i]) for i in 0 .. count - 1, into another image, of another type. The operation does a single sample, and in
 // `block` so many that whole vectors are written. Blocks may lie on each other. Streams past the caches if asked to and if the

@@ -171,9 +171,6 @@ KUV_INLINE V widened(const T* from) {
     }
 }
 
-KUV_INLINE Vector<Kuv32f, 16> quotient(Vector<Kuv32f, 16> a, Vector<Kuv32f, 16> b) { return {_mm_div_ps(a.raw, b.raw)}; }
-KUV_AVX(KUV_INLINE Vector<Kuv32f, 32> quotient(Vector<Kuv32f, 32> a, Vector<Kuv32f, 32> b) { return {_mm256_div_ps(a.raw, b.raw)}; })
-
 // The same for eight samples, in single precision. Quotients of integers below 2^22 are cut to the right integer, however they are
 // rounded: one that is no integer misses the next by more than the rounding moves it.
 template <int channels>
@@ -207,7 +204,7 @@ public:
         for (int i = 0; i < 8; i += V::lanes) {
             const V distance = sub(widened<V>(samples + i), load<V>(first_));
             const V inside = bitAnd(greater(distance, fill<V>(-1)), greater(load<V>(range_), distance));
-            const V bin = truncated(quotient(toReals(distance), load<Reals>(step_)));
+            const V bin = truncated(divide(toReals(distance), load<Reals>(step_)));
             store(indices + i, bitOr(bitAnd(inside, bin), bitAndNot(inside, load<V>(bins_))));  // a blend takes as long, or longer
         }
     }

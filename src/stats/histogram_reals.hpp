@@ -53,15 +53,6 @@ bool doRise(const RealBins& of) {
     return rise;
 }
 
-KUV_INLINE void storeTruncated(Kuv32s* to, Vector<Kuv32f, 16> v) { store(to, truncated(v)); }
-KUV_AVX(KUV_INLINE void storeTruncated(Kuv32s* to, Vector<Kuv32f, 32> v) {
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), _mm256_cvttps_epi32(v.raw));
-})
-
-// One bit per lane.
-KUV_INLINE unsigned laneBits(Vector<Kuv32f, 16> mask) { return static_cast<unsigned>(_mm_movemask_ps(mask.raw)); }
-KUV_AVX(KUV_INLINE unsigned laneBits(Vector<Kuv32f, 32> mask) { return static_cast<unsigned>(_mm256_movemask_ps(mask.raw)); })
-
 // Vectors are filled where they are used, out of loops: those of 32 bytes must not get into the callers of loops.
 class RealFinder {
 protected:
