@@ -1,4 +1,4 @@
-// The plain loops that a caller would write, vectorised by the compiler: loops.cpp compiled for the baseline and for AVX2.
+// The plain loops that a caller would write, vectorised by the compiler: loops*.cpp compiled for the baseline and for AVX2.
 #pragma once
 
 #include "kuvcv.h"
@@ -22,6 +22,14 @@ KUV_DECLARE_LOOPS(absoluteInPlace, kuviAbs_32f_C1IR)
 KUV_DECLARE_LOOPS(absoluteDifference, kuviAbsDiff_32f_C1R)
 KUV_DECLARE_LOOPS(squareInPlace, kuviSqr_32f_C1IR)
 KUV_DECLARE_LOOPS(rootInPlace, kuviSqrt_32f_C1IR)
+KUV_DECLARE_LOOPS(addScaled, kuviAdd_16s_C1RSfs)
+KUV_DECLARE_LOOPS(subScaled, kuviSub_16s_C1RSfs)
+KUV_DECLARE_LOOPS(addThreeScaled, kuviAdd_16s_C3IRSfs)
+KUV_DECLARE_LOOPS(subScaledInPlace, kuviSub_16s_C1IRSfs)
+KUV_DECLARE_LOOPS(addConstantScaled, kuviAddC_16s_C1IRSfs)
+KUV_DECLARE_LOOPS(addConstantsScaled, kuviAddC_16s_C3IRSfs)
+KUV_DECLARE_LOOPS(subConstantScaled, kuviSubC_16s_C1IRSfs)
+KUV_DECLARE_LOOPS(squareScaled, kuviSqr_16s_C1IRSfs)
 KUV_DECLARE_LOOPS(shiftLeft, kuviLShiftC_16u_C1IR)
 KUV_DECLARE_LOOPS(shiftRight, kuviRShiftC_16u_C1IR)
 KUV_DECLARE_LOOPS(shiftThreeLeft, kuviLShiftC_16u_C3IR)

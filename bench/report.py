@@ -43,6 +43,9 @@ AIMS = [
 
 # The strongest variant against peers, all of them unless told, on pictures: what each comparison is to reach at least, and what is wanted.
 FAMILIES = [
+    Family("Floating-point arithmetic", r"kuvi(Add|Sub|AddC|MulC|SubC|DivC|Div|Abs|AbsDiff|Sqr|Sqrt)_32f_.*", "", 1, 1.15),
+    Family("16-bit arithmetic, plain", r"kuvi(Add|Sub|AddC|SubC|Sqr)_16s_.*", "plain|unaligned", 1, 1.15, "OpenCV"),
+    Family("16-bit arithmetic, scaled", r"kuvi(Add|Sub|AddC|SubC|Sqr)_16s_.*", "halved|right|far|left|sign", 1.3, 2.5),
     Family("Plain copies and fills", r"kuv[is](Copy_(8u|16u|16s|32s|32f)_C[134]R|Copy_8u|Set_.*_C1R|Zero_8u)", "", 0.95, 1.05),
     Family("Copies under a mask", r"kuviCopy_.*_C1MR", "", 1.2, 1.6),
     Family("Copies between layouts, channel swaps", r"kuvi(Copy_.*(AC4R|C3R|P4C4R|AC4C3R)|Set_8u_C4CR|SwapChannels_.*)", "", 1.1, 1.5),

@@ -492,6 +492,78 @@ KUV_API KuvStatus kuviAbsDiff_32f_C1R(const Kuv32f* src1, Kuv32s src1Step, const
  *          below 1; #kuvStatusSqrtOfNegative if a sample had no root, as told above; else #kuvStatusOk. */
 KUV_API KuvStatus kuviSqrt_32f_C1IR(Kuv32f* srcDst, Kuv32s srcDstStep, KuviSize roiSize);
 
+/** @name Scaled sums and differences of images
+ *  With v the exact sum or difference and f the scale factor, the result is v times 2 to the power of -f, rounded to the nearest
+ *  integer, of two equally near ones to the even one, and limited to -32768 .. 32767:
+ *
+ *  - `kuviAdd_16s_C1RSfs`: `dst(x, y)` from v = `src2(x, y) + src1(x, y)`;
+ *  - `kuviAdd_16s_C3IRSfs`: `srcDst(x, y)[c]` from v = `srcDst(x, y)[c] + src(x, y)[c]` for each channel c;
+ *  - `kuviSub_16s_C1RSfs`: `dst(x, y)` from v = `src2(x, y) - src1(x, y)`: the first image is the one that is taken away;
+ *  - `kuviSub_16s_C1IRSfs`: `srcDst(x, y)` from v = `srcDst(x, y) - src(x, y)`.
+ *
+ *  Any scale factor is good. At 1, a v of 3 gives 2, of 1 and -1 gives 0, of -3 gives -2. At -1 v is doubled; from -15 downward
+ *  nothing but its sign is left: 32767, 0 or -32768. Above 16 every result is 0, and no source is read.
+ *
+ *  Step class C: with a step of 0 the same row takes part again and again. Rows are done from the first. `dst` may be `src1` or
+ *  `src2`, with the same step, and `srcDst` may be `src`. Large images may bypass the caches on their way to `dst`.
+ *
+ *  `src1`, `src2`, `src`: the images that are read. `dst`: the one that is written. `srcDst`: the one that is changed.
+ *  `src1Step`, `src2Step`, `srcStep`, `dstStep`, `srcDstStep`: their row steps in bytes. `roiSize`: size of all in pixels, at least
+ *  1 by 1. `scaleFactor`: f.
+ *
+ *  Returns #kuvStatusNullPtr if an image is null; #kuvStatusBadSize if the width or height is below 1; else #kuvStatusOk.
+ *  `kuviAdd_16s_C3IRSfs` looks at the width before the pointers, and at the height after them.
+ *  @{ */
+KUV_API KuvStatus kuviAdd_16s_C1RSfs(const Kuv16s* src1, Kuv32s src1Step, const Kuv16s* src2, Kuv32s src2Step, Kuv16s* dst,
+                                     Kuv32s dstStep, KuviSize roiSize, Kuv32s scaleFactor);
+KUV_API KuvStatus kuviAdd_16s_C3IRSfs(const Kuv16s* src, Kuv32s srcStep, Kuv16s* srcDst, Kuv32s srcDstStep, KuviSize roiSize,
+                                      Kuv32s scaleFactor);
+KUV_API KuvStatus kuviSub_16s_C1RSfs(const Kuv16s* src1, Kuv32s src1Step, const Kuv16s* src2, Kuv32s src2Step, Kuv16s* dst,
+                                     Kuv32s dstStep, KuviSize roiSize, Kuv32s scaleFactor);
+KUV_API KuvStatus kuviSub_16s_C1IRSfs(const Kuv16s* src, Kuv32s srcStep, Kuv16s* srcDst, Kuv32s srcDstStep, KuviSize roiSize,
+                                      Kuv32s scaleFactor);
+/** @} */
+
+/** @name Scaled sums and differences of an image and a constant
+ *  With v the exact value of `srcDst(x, y) + value`, or of `srcDst(x, y) - value`, and f the scale factor, `srcDst(x, y)` becomes
+ *  v times 2 to the power of -f, rounded to the nearest integer, of two equally near ones to the even one, and limited to
+ *  -32768 .. 32767. Of three channels each has its own constant.
+ *
+ *  Any scale factor is good. From -15 downward nothing but the sign of v is left: 32767, 0 or -32768. Above 16 every result is 0,
+ *  and no sample is read.
+ *
+ *  Step class C: with a step of 0 the same row takes part again and again. Rows are done from the first.
+ *
+ *  `value`: the constant, or the three of them, read before any sample is written. `srcDst`: the image. `srcDstStep`: its row step
+ *  in bytes. `roiSize`: size in pixels, at least 1 by 1. `scaleFactor`: f.
+ *
+ *  Returns #kuvStatusNullPtr if `srcDst`, or the pointer `value`, is null; #kuvStatusBadSize if the width or height is below 1; else
+ *  #kuvStatusOk.
+ *  @{ */
+KUV_API KuvStatus kuviAddC_16s_C1IRSfs(Kuv16s value, Kuv16s* srcDst, Kuv32s srcDstStep, KuviSize roiSize, Kuv32s scaleFactor);
+KUV_API KuvStatus kuviAddC_16s_C3IRSfs(const Kuv16s value[3], Kuv16s* srcDst, Kuv32s srcDstStep, KuviSize roiSize,
+                                       Kuv32s scaleFactor);
+KUV_API KuvStatus kuviSubC_16s_C1IRSfs(Kuv16s value, Kuv16s* srcDst, Kuv32s srcDstStep, KuviSize roiSize, Kuv32s scaleFactor);
+/** @} */
+
+/** Squares an image in place and scales the squares: `srcDst(x, y)` becomes its exact square times 2 to the power of
+ *  -`scaleFactor`, rounded to the nearest integer and limited to 32767.
+ *
+ *  Of two equally near integers the even one is taken, which of squares is always the lower one: so 3 at 1 gives 4, and 5 gives
+ *  12. Any scale factor is good. From -15 downward the result is 0 for a sample of 0 and 32767 for any other; above 30 every result
+ *  is 0, and no sample is read.
+ *
+ *  Step class A, and the lowest bit of the step is taken as 0: with a step of 1 the same row is squared again and again. Rows are
+ *  done from the first.
+ *
+ *  @param srcDst the image
+ *  @param srcDstStep row step of `srcDst` in bytes, at least 1
+ *  @param roiSize size in pixels, at least 1 by 1
+ *  @param scaleFactor how many binary places the squares are shifted to the right, or, if it is negative, to the left
+ *  @return #kuvStatusNullPtr if `srcDst` is null; #kuvStatusBadSize if the width or height is below 1; #kuvStatusBadStep if the step
+ *          is below 1; else #kuvStatusOk. */
+KUV_API KuvStatus kuviSqr_16s_C1IRSfs(Kuv16s* srcDst, Kuv32s srcDstStep, KuviSize roiSize, Kuv32s scaleFactor);
+
 /** @name Shifts of images by a constant
  *  `srcDst(x, y) = srcDst(x, y) << value`, cut to 16 bits, or `srcDst(x, y) >> value`, filled with zeros.
  *

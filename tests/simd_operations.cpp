@@ -72,7 +72,6 @@ constexpr SimdOperation operations[] = {
     RUN("storeParts4", Kuv8u, storeParts4(result, a, b, c, a))
 #ifdef __SSSE3__
     BINARY(shuffleBytes, Kuv8u)
-    BINARY(multiplyRounded, Kuv16s)
 #endif
     OPERATION("as", Kuv8u, as<Kuv16s>(a))
     OPERATION("fill", Kuv8u, fill<V>(*first))
@@ -82,10 +81,10 @@ constexpr SimdOperation operations[] = {
 
     BINARY(add, Kuv8s) BINARY(add, Kuv16s) BINARY(add, Kuv32s) BINARY(add, Kuv64u)
     BINARY(sub, Kuv8s) BINARY(sub, Kuv16s) BINARY(sub, Kuv32s)
-    BINARY(subSaturated, Kuv8u) BINARY(subSaturated, Kuv16u)
+    BINARY(addSaturated, Kuv16s) BINARY(subSaturated, Kuv16s) BINARY(subSaturated, Kuv8u) BINARY(subSaturated, Kuv16u)
     BINARY(average, Kuv8u) BINARY(average, Kuv16u)
     BINARY(multiplyLow, Kuv16s) BINARY(multiplyLow, Kuv16u) BINARY(multiplyLow, Kuv32s)
-    BINARY(multiplyHigh, Kuv16s) BINARY(multiplyHigh, Kuv16u)
+    BINARY(multiplyHigh, Kuv16s) BINARY(multiplyHigh, Kuv16u) BINARY(multiplyRounded, Kuv16s)
     BINARY(multiplyAddPairs, Kuv16s)
     // Weights from -64 to 63: the sum must fit.
     OPERATION("multiplyAddPairs", Kuv8u,
@@ -107,6 +106,7 @@ constexpr SimdOperation operations[] = {
     SHIFT(shiftRight, 15, Kuv16s)
     SHIFT(shiftRight, 0, Kuv32s) SHIFT(shiftRight, 1, Kuv32s) SHIFT(shiftRight, 2, Kuv32s) SHIFT(shiftRight, 8, Kuv32s)
     SHIFT(shiftRight, 16, Kuv32s) SHIFT(shiftRight, 31, Kuv32s)
+    OPERATION("shiftRight by 0", Kuv32s, shiftRight(a, 0)) OPERATION("shiftRight by 31", Kuv32s, shiftRight(a, 31))
     SHIFT(shiftRight, 0, Kuv16u) SHIFT(shiftRight, 8, Kuv16u) SHIFT(shiftRight, 15, Kuv16u)
     SHIFT(shiftRight, 0, Kuv32u) SHIFT(shiftRight, 16, Kuv32u) SHIFT(shiftRight, 31, Kuv32u)
     SHIFT(shiftRight, 32, Kuv64u)

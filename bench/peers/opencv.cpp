@@ -70,6 +70,34 @@ const cv::Scalar ones(1, 1, 1);
     addReal<OneReal>("kuviSqr_32f_C1IR", [](cv::Mat& srcDst) { cv::multiply(srcDst, srcDst, srcDst); }),
     addReal<OneReal>("kuviSqrt_32f_C1IR", [](cv::Mat& srcDst) { cv::sqrt(srcDst, srcDst); })};
 
+template <int channels, bool aligned = true>
+bool addLimitedSum(const char* function) {
+    return addOpenCV<ScaledSamples<channels == 1 ? 3 : 2, 0, channels, aligned>>(function, [](auto& form) {
+        const cv::Mat src1 = matrixOf(form.src1, form.size, channels), dst = matrixOf(form.srcDst, form.size, channels);
+        return [src1, src2 = channels == 1 ? matrixOf(form.src2, form.size) : dst, dst]() mutable { cv::add(src2, src1, dst); };
+    });
+}
+template <bool inPlace>
+bool addLimitedDifference(const char* function) {
+    return addOpenCV<ScaledSamples<inPlace ? 2 : 3, 0>>(function, [](auto& form) {
+        const cv::Mat src1 = matrixOf(form.src1, form.size), dst = matrixOf(form.srcDst, form.size);
+        return [src1, src2 = inPlace ? dst : matrixOf(form.src2, form.size), dst]() mutable { cv::subtract(src2, src1, dst); };
+    });
+}
+template <int channels, class Work>
+bool addLimitedInPlace(const char* function, Work work) {
+    return addOpenCV<ScaledSamples<1, 0, channels>>(function, [work](auto& form) {
+        return [srcDst = matrixOf(form.srcDst, form.size, channels), work]() mutable { work(srcDst); };
+    });
+}
+[[maybe_unused]] const bool limited[] = {
+    addLimitedSum<1>("kuviAdd_16s_C1RSfs"), addLimitedSum<1, false>("kuviAdd_16s_C1RSfs"), addLimitedSum<3>("kuviAdd_16s_C3IRSfs"),
+    addLimitedDifference<false>("kuviSub_16s_C1RSfs"), addLimitedDifference<true>("kuviSub_16s_C1IRSfs"),
+    addLimitedInPlace<1>("kuviAddC_16s_C1IRSfs", [](cv::Mat& image) { cv::add(image, cv::Scalar(100), image); }),
+    addLimitedInPlace<1>("kuviSubC_16s_C1IRSfs", [](cv::Mat& image) { cv::subtract(image, cv::Scalar(100), image); }),
+    addLimitedInPlace<3>("kuviAddC_16s_C3IRSfs", [](cv::Mat& image) { cv::add(image, cv::Scalar(100, -200, 300), image); }),
+    addLimitedInPlace<1>("kuviSqr_16s_C1IRSfs", [](cv::Mat& image) { cv::multiply(image, image, image); })};
+
 template <class T, int channels>
 bool addCopy(const char* function) {
     const auto copy = [](auto& form) {

@@ -116,15 +116,6 @@ KuvStatus combineImages(const Kuv32f* src, Kuv32s srcStep, Kuv32f* srcDst, Kuv32
     return kuvStatusOk;
 }
 
-// The result bypasses the caches if the images exceed them.
-template <class Operation>
-void combineTo(const Kuv32f* src1, Kuv32s src1Step, const Kuv32f* src2, Kuv32s src2Step, Kuv32f* dst, Kuv32s dstStep, KuviSize roiSize) {
-    constexpr ptrdiff_t sampleBytes = sizeof(Kuv32f);
-    const ptrdiff_t width = roiSize.width, rows = roiSize.height;
-    const bool streaming = hasVectors && bypassesCaches(rows, width, 3 * sampleBytes, width * sampleBytes);
-    combine(Operation{}, src1, src1Step, src2, src2Step, dst, dstStep, width, rows, streaming);
-}
-
 template <class Operation>
 KuvStatus applyConstants(const Kuv32f* value, Kuv32f* srcDst, Kuv32s srcDstStep, KuviSize roiSize) {
     if (anyNull(value, srcDst)) return kuvStatusNullPtr;
@@ -177,7 +168,7 @@ KuvStatus KUV_VARIANT_FUNCTION(kuviSub_32f_C1R)(const Kuv32f* src1, Kuv32s src1S
     using namespace kuv::KUV_VARIANT;
     if (anyNull(src1, src2, dst)) return kuvStatusNullPtr;
     if (emptyRoi(roiSize)) return kuvStatusBadSize;
-    combineTo<Difference>(src2, src2Step, src1, src1Step, dst, dstStep, roiSize);
+    combine(Difference{}, src2, src2Step, src1, src1Step, dst, dstStep, roiSize.width, roiSize.height);
     return kuvStatusOk;
 }
 
@@ -190,7 +181,7 @@ KuvStatus KUV_VARIANT_FUNCTION(kuviAbsDiff_32f_C1R)(const Kuv32f* src1, Kuv32s s
     const ptrdiff_t rowBytes = sampleBytes * roiSize.width;
     if (src1Step < rowBytes || src2Step < rowBytes || dstStep < rowBytes) return kuvStatusBadStep;
     if ((src1Step | src2Step | dstStep) % sampleBytes != 0) return kuvStatusStepNotMultiple;
-    combineTo<AbsoluteDifference>(src1, src1Step, src2, src2Step, dst, dstStep, roiSize);
+    combine(AbsoluteDifference{}, src1, src1Step, src2, src2Step, dst, dstStep, roiSize.width, roiSize.height);
     return kuvStatusOk;
 }
 

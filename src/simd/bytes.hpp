@@ -122,12 +122,6 @@ KUV_INLINE Vector<Kuv8u, 16> shuffleBytes(Vector<Kuv8u, 16> v, Vector<Kuv8u, 16>
 KUV_AVX2(KUV_INLINE Vector<Kuv8u, 32> shuffleBytes(Vector<Kuv8u, 32> v, Vector<Kuv8u, 32> index) {
     return {_mm256_shuffle_epi8(v.raw, index.raw)};
 })
-
-// The products divided by 32768 and rounded, halves up.
-KUV_INLINE Vector<Kuv16s, 16> multiplyRounded(Vector<Kuv16s, 16> a, Vector<Kuv16s, 16> b) { return {_mm_mulhrs_epi16(a.raw, b.raw)}; }
-KUV_AVX2(KUV_INLINE Vector<Kuv16s, 32> multiplyRounded(Vector<Kuv16s, 32> a, Vector<Kuv16s, 32> b) {
-    return {_mm256_mulhrs_epi16(a.raw, b.raw)};
-})
 #endif
 
 }  // namespace

@@ -24,7 +24,9 @@ KUV_BINARY(sub, Kuv8s, Kuv8s, sub_epi8)
 KUV_BINARY(sub, Kuv16s, Kuv16s, sub_epi16)
 KUV_BINARY(sub, Kuv32s, Kuv32s, sub_epi32)
 
-// Differences that stop at 0.
+// Sums and differences that stop at the ends of the range.
+KUV_BINARY(addSaturated, Kuv16s, Kuv16s, adds_epi16)
+KUV_BINARY(subSaturated, Kuv16s, Kuv16s, subs_epi16)
 KUV_BINARY(subSaturated, Kuv8u, Kuv8u, subs_epu8)
 KUV_BINARY(subSaturated, Kuv16u, Kuv16u, subs_epu16)
 
@@ -97,6 +99,14 @@ KUV_SHIFT(shiftRight, Kuv32u, srli_epi32)
 KUV_SHIFT(shiftRight, Kuv64u, srli_epi64)
 
 #undef KUV_SHIFT
+
+// The same by one count for all lanes, up to 31.
+KUV_INLINE Vector<Kuv32s, 16> shiftRight(Vector<Kuv32s, 16> a, int count) {
+    return {_mm_sra_epi32(a.raw, _mm_cvtsi32_si128(count))};
+}
+KUV_AVX2(KUV_INLINE Vector<Kuv32s, 32> shiftRight(Vector<Kuv32s, 32> a, int count) {
+    return {_mm256_sra_epi32(a.raw, _mm_cvtsi32_si128(count))};
+})
 
 // Lane by lane mask ? a : b, for masks of all ones or all zeros.
 template <class T, int bytes>
@@ -174,6 +184,21 @@ template <int bytes>
 KUV_INLINE Vector<Kuv64u, bytes> sumsOfTwo(Vector<Kuv32u, bytes> v) {
     const auto low = as<Kuv64u>(bitAnd(v, as<Kuv32u>(fill<Vector<Kuv64u, bytes>>(0xFFFFFFFF))));
     return add(low, shiftRight<32>(as<Kuv64u>(v)));
+}
+
+// The products divided by 32768 and rounded, halves up.
+template <int bytes>
+KUV_INLINE Vector<Kuv16s, bytes> multiplyRounded(Vector<Kuv16s, bytes> a, Vector<Kuv16s, bytes> b) {
+    if constexpr (bytes == 32) {
+        KUV_AVX2(return {_mm256_mulhrs_epi16(a.raw, b.raw)};)
+    } else if constexpr (hasSSSE3) {
+        return {_mm_mulhrs_epi16(a.raw, b.raw)};
+    } else {
+        // Bits 16 and above of a product, twice, and its bits 14 and 15, halved and rounded.
+        const auto high = multiplyHigh(a, b);
+        const auto low = average(shiftRight<14>(as<Kuv16u>(multiplyLow(a, b))), Vector<Kuv16u, bytes>{_mm_setzero_si128()});
+        return add(add(high, high), as<Kuv16s>(low));
+    }
 }
 
 // The lower 32 bits of the products.

@@ -164,11 +164,11 @@ KUV_INLINE void transformInPlace(Operation&& operation, T* srcDst, ptrdiff_t ste
     eachRow(ThroughCaches<false>{});
 }
 
-// dst[i] = operation(src1[i], src2[i]) on every row, from the first. dst may be one of the sources. Streams past the caches if asked to
-// and if the destination's samples are aligned.
+// dst[i] = operation(src1[i], src2[i]) on every row, from the first. dst may be one of the sources; if not, and if its samples are
+// aligned, large images are streamed past the caches.
 template <class Operation, class T>
 KUV_INLINE void combine(Operation&& operation, const T* src1, ptrdiff_t src1Step, const T* src2, ptrdiff_t src2Step, T* dst,
-                        ptrdiff_t dstStep, ptrdiff_t count, ptrdiff_t rows, bool streaming = false) {
+                        ptrdiff_t dstStep, ptrdiff_t count, ptrdiff_t rows) {
     const auto eachRow = [&](auto store) __attribute__((always_inline)) {
         for (ptrdiff_t row = 0; row < rows; ++row) {
             transformRow(store, operation, rowAt(dst, dstStep, row), count, Row<T>{rowAt(src1, src1Step, row)},
@@ -176,7 +176,9 @@ KUV_INLINE void combine(Operation&& operation, const T* src1, ptrdiff_t src1Step
         }
     };
     if constexpr (hasVectors) {
-        if (streaming && (reinterpret_cast<std::intptr_t>(dst) | dstStep) % static_cast<std::intptr_t>(sizeof(T)) == 0) {
+        constexpr ptrdiff_t sampleBytes = sizeof(T);
+        const bool aligned = (reinterpret_cast<std::intptr_t>(dst) | dstStep) % sampleBytes == 0;
+        if (dst != src1 && dst != src2 && aligned && bypassesCaches(rows, count, 3 * sampleBytes, count * sampleBytes)) {
             eachRow(PastCaches{});
             return streamFence();
         }
