@@ -118,6 +118,7 @@ KUV_DECLARE_LOOPS(countReals, kuviHistogram_32f_C1R)
 KUV_DECLARE_LOOPS(integrate, kuviIntegral_8u32s_C1R)
 KUV_DECLARE_LOOPS(expandVideo, kuviCbYCr422ToRGB_8u_C2C3R)
 KUV_DECLARE_LOOPS(repeatGrey, kuviGrayToRGB_8u_C1C3R)
+KUV_DECLARE_LOOPS(unscan, kuviZigzagInv8x8_16s_C1)
 
 // Makes both loops peers of the export, each of the variant with the same instructions. Needs support/cases.hpp.
 #define KUV_LOOP_PEERS(function, loop, ...)                                                                        \

@@ -68,6 +68,14 @@ Reference blended(int chosen) {
     };
 }
 
+// Lane i is lane from(i, lanes).
+template <class T>
+Reference reordered(int (*from)(int i, int lanes)) {
+    return [from](In a, In, In, int bytes, Out result) {
+        for (int i = 0; i < lanesIn<T>(bytes); ++i) store(result, i, load<T>(a, from(i, lanesIn<T>(bytes))));
+    };
+}
+
 template <class T>
 Reference halvesInterleaved() {
     return [](In a, In, In, int bytes, Out result) {
@@ -229,6 +237,11 @@ const std::map<std::string, Reference>& references() {
             for (int i = 0; i < bytes; ++i) result[i] = a[i % 16];
         }},
         {"loadReversed Kuv8u", reversed<Kuv8u>()}, {"loadReversed Kuv16u", reversed<Kuv16u>()},
+        {"reverseLanes Kuv8u", reordered<Kuv8u>([](int i, int) { return i ^ 15; })},
+        {"reverseLanes Kuv16u", reordered<Kuv16u>([](int i, int) { return i ^ 7; })},
+        {"storeParts Kuv8u", [](In a, In, In, int bytes, Out result) {
+            for (int i = 0; i < bytes; ++i) result[i ^ 16] = a[i];
+        }},
         {"storeHalves Kuv8u", binary<Kuv8u>([](auto a, auto) { return a; })},
         {"storeParts3 Kuv8u", [](In a, In b, In c, int bytes, Out result) {
             for (int i = 0; i < 3 * bytes; ++i) result[i] = std::array{a, b, c}[static_cast<std::size_t>(i / 16 % 3)][i / 48 * 16 + i % 16];
@@ -306,8 +319,18 @@ const std::map<std::string, Reference>& references() {
                 result[i] = static_cast<unsigned char>(std::clamp(load<Kuv32s>(from, i % (bytes / 4)), 0, 255));
             }
         }},
+        {"narrowed to words Kuv32s", [](In a, In b, In, int bytes, Out result) {
+            const int n = bytes / 4;
+            for (int i = 0; i < 2 * n; ++i) {
+                store(result, i, static_cast<Kuv16s>(std::clamp(load<Kuv32s>(i < n ? a : b, i % n), -32768, 32767)));
+            }
+        }},
         {"packUnsigned Kuv16s", packed<Kuv16s, Kuv8u>()}, {"packUnsigned Kuv32s", packed<Kuv32s, Kuv16u>()},
         {"interleaveHalves Kuv8u", halvesInterleaved<Kuv8u>()}, {"interleaveHalves Kuv16u", halvesInterleaved<Kuv16u>()},
+        {"fillFrom<2> Kuv32s", reordered<Kuv32s>([](int i, int) { return i / 4 * 4 + 2; })},
+        {"exchangeMiddle Kuv16s", reordered<Kuv16s>([](int i, int) { return i % 4 == 1 || i % 4 == 2 ? i ^ 3 : i; })},
+        {"reverseUpperHalf Kuv16s", reordered<Kuv16s>([](int i, int) { return i & 4 ? i ^ 3 : i; })},
+        {"interleaveParts Kuv16s", reordered<Kuv16s>([](int i, int lanes) { return i / 2 + i % 2 * lanes / 2; })},
         {"blend<0xAA> Kuv16u", blended(0xAA)}, {"blend<0x49> Kuv16u", blended(0x49)}, {"blend<0x6> Kuv32u", blended(0x3C)},
         {"bitsOf Kuv8u", [](In a, In b, In, int bytes, Out result) {
             std::uint32_t bits = 0;

@@ -19,14 +19,24 @@ KUV_INLINE V loadParts(const Kuv8u* from, [[maybe_unused]] ptrdiff_t distance) {
     }
 }
 
-// Lanes of one or two bytes, the last one in memory first.
+// And each 16 bytes to such a place.
 template <class V>
-KUV_INLINE V loadReversed(const typename V::Lane* from) {
-    constexpr bool ofBytes = sizeof(typename V::Lane) == 1;
-    static_assert(ofBytes || sizeof(typename V::Lane) == 2);
+KUV_INLINE void storeParts(Kuv8u* to, [[maybe_unused]] ptrdiff_t distance, V v) {
+    if constexpr (V::bytes == 16) {
+        store(to, v);
+    } else {
+        KUV_AVX2(store<Vector<Kuv8u, 16>>(to, {_mm256_castsi256_si128(v.raw)});
+                 store<Vector<Kuv8u, 16>>(to + distance, {_mm256_extracti128_si256(v.raw, 1)});)
+    }
+}
+
+// Within each 16 bytes: lanes of one or two bytes in reverse.
+template <class T, int bytes>
+KUV_INLINE Vector<T, bytes> reverseLanes(Vector<T, bytes> v) {
+    constexpr bool ofBytes = sizeof(T) == 1;
+    static_assert(ofBytes || sizeof(T) == 2);
     constexpr Kuv64s order[2] = {ofBytes ? 0x08090A0B0C0D0E0F : 0x09080B0A0D0C0F0E, ofBytes ? 0x0001020304050607 : 0x0100030205040706};
-    const auto v = loadParts<Vector<Kuv8u, V::bytes>>(reinterpret_cast<const Kuv8u*>(from) + V::bytes - 16, -16);
-    if constexpr (V::bytes == 32) {
+    if constexpr (bytes == 32) {
         KUV_AVX2(return {_mm256_shuffle_epi8(v.raw, _mm256_setr_epi64x(order[0], order[1], order[0], order[1]))};)
     } else if constexpr (hasSSSE3) {
         return {_mm_shuffle_epi8(v.raw, _mm_set_epi64x(order[1], order[0]))};
@@ -36,6 +46,13 @@ KUV_INLINE V loadReversed(const typename V::Lane* from) {
         if constexpr (!ofBytes) return {words};
         return {_mm_or_si128(_mm_slli_epi16(words, 8), _mm_srli_epi16(words, 8))};
     }
+}
+
+// Lanes of one or two bytes, the last one in memory first.
+template <class V>
+KUV_INLINE V loadReversed(const typename V::Lane* from) {
+    const auto v = loadParts<Vector<Kuv8u, V::bytes>>(reinterpret_cast<const Kuv8u*>(from) + V::bytes - 16, -16);
+    return reverseLanes(as<typename V::Lane>(v));
 }
 
 // Three registers one after the other: first the low 16 bytes of each, then the high ones.
@@ -91,6 +108,22 @@ KUV_INLINE V loadWidened(const T* from) {
             const __m128i half = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from));
             return {fromBytes ? _mm_unpacklo_epi8(half, zero) : _mm_unpacklo_epi16(half, zero)};
         }
+    }
+}
+
+// The lanes of the lower and of the upper 16 bytes in turn.
+KUV_AVX2(KUV_INLINE Vector<Kuv16s, 32> interleaveParts(Vector<Kuv16s, 32> v) {
+    return interleaveHalves(Vector<Kuv16s, 32>{_mm256_permute4x64_epi64(v.raw, 0xD8)});
+})
+
+// Words of wider lanes, with signed saturation, in their order.
+template <int bytes>
+KUV_INLINE Vector<Kuv16s, bytes> narrowed(Vector<Kuv32s, bytes> a, Vector<Kuv32s, bytes> b) {
+    const Vector<Kuv16s, bytes> packed = pack(a, b);
+    if constexpr (bytes == 16) {
+        return packed;
+    } else {
+        KUV_AVX2(return {_mm256_permute4x64_epi64(packed.raw, 0xD8)};)
     }
 }
 

@@ -253,6 +253,25 @@ KUV_INLINE Vector<T, bytes> interleaveHalves(Vector<T, bytes> v) {
     }
 }
 
+// Within each 16 bytes: one lane in all places.
+template <int lane>
+KUV_INLINE Vector<Kuv32s, 16> fillFrom(Vector<Kuv32s, 16> v) { return {_mm_shuffle_epi32(v.raw, lane * 0x55)}; }
+KUV_AVX2(template <int lane> KUV_INLINE Vector<Kuv32s, 32> fillFrom(Vector<Kuv32s, 32> v) {
+    return {_mm256_shuffle_epi32(v.raw, lane * 0x55)};
+})
+
+// Within each half of each 16 bytes: the second and the third lane exchanged.
+KUV_INLINE Vector<Kuv16s, 16> exchangeMiddle(Vector<Kuv16s, 16> v) {
+    return {_mm_shufflehi_epi16(_mm_shufflelo_epi16(v.raw, 0xD8), 0xD8)};
+}
+KUV_AVX2(KUV_INLINE Vector<Kuv16s, 32> exchangeMiddle(Vector<Kuv16s, 32> v) {
+    return {_mm256_shufflehi_epi16(_mm256_shufflelo_epi16(v.raw, 0xD8), 0xD8)};
+})
+
+// Of each 16 bytes the lower half, and the lanes of the upper one in reverse.
+KUV_INLINE Vector<Kuv16s, 16> reverseUpperHalf(Vector<Kuv16s, 16> v) { return {_mm_shufflehi_epi16(v.raw, 0x1B)}; }
+KUV_AVX2(KUV_INLINE Vector<Kuv16s, 32> reverseUpperHalf(Vector<Kuv16s, 32> v) { return {_mm256_shufflehi_epi16(v.raw, 0x1B)}; })
+
 // Of each 16 bytes the lanes of b that have their bit in `chosen`, else those of a.
 template <int chosen, class T, int bytes>
 KUV_INLINE Vector<T, bytes> blend(Vector<T, bytes> a, Vector<T, bytes> b) {
