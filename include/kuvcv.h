@@ -182,6 +182,21 @@ enum {
     kuvChannelsAC4 = 9 /**< four interleaved channels, the fourth passed over */
 };
 
+/** Borders of kuviFilterBorder_32f_C1R() and kuviResizeLinear_16s_C3R(): a rule, and flags for sides beyond which memory holds the image's
+ *  own samples. */
+enum {
+    kuvBorderClamp = 1,        /**< the nearest sample */
+    kuvBorderHaveTop = 16,     /**< rows above are in memory */
+    kuvBorderHaveBottom = 32,  /**< rows below are in memory */
+    kuvBorderHaveLeft = 64,    /**< columns to the left are in memory */
+    kuvBorderHaveRight = 128   /**< columns to the right are in memory */
+};
+
+/** The interpolation that this library makes resize plans for. */
+enum {
+    kuvResizeLinear = 2 /**< between two samples in each direction */
+};
+
 /** @defgroup processor Processor features and version
  *  @{ */
 
@@ -1650,6 +1665,117 @@ KUV_API KuvStatus kuviHistogram_32f_C1R(const Kuv32f* src, Kuv32s srcStep, KuviS
  *          `srcStep` is below the width or `dstStep` below `4 * (width + 1)`; #kuvStatusStepNotMultiple if `dstStep` is not a multiple
  *          of 4; else #kuvStatusOk. */
 KUV_API KuvStatus kuviIntegral_8u32s_C1R(const Kuv8u* src, Kuv32s srcStep, Kuv32s* dst, Kuv32s dstStep, KuviSize roiSize, Kuv32s val);
+/** @} */
+
+/** @defgroup resize Resizing
+ *
+ *  A plan tells for each column and each row of a destination where in the source it lies. It is made once, for the whole images;
+ *  any number of threads may then render tiles of the destination by it, each with a buffer of its own.
+ *  @{ */
+
+/** Tells the size of the block for a resize plan.
+ *
+ *  With A(x) the next multiple of 32 from x on, the size is `4 * (1 + n) * A(width) + 4 * (1 + n) * A(height) + 256` for the
+ *  destination's width and height: a position and n coefficients for each column and row. #kuvResizeLinear has n = 1. The other
+ *  selectors are those of filters that this version makes no plans for: 1 has n = 0, 6 has 4, 8 has 2 and 16 has 6. With
+ *  antialiasing, filters 2, 6 and 16 are widened in a direction that shrinks: n is the number of samples that the filter reaches
+ *  without it (2, 4 or 6) times the source's extent divided by the destination's, rounded up.
+ *
+ *  `initSize` is 64 and for making plans of other kinds; kuviResizeLinearInit_16s() needs no such memory.
+ *
+ *  @param srcSize size of the source in pixels: width and height at least 2 for the selectors 2 and 8, 4 for 6, 6 for 16, else 1
+ *  @param dstSize size of the destination in pixels, at least 1 by 1
+ *  @param interpolation #kuvResizeLinear, or 1, 6, 8 or 16
+ *  @param antialiasing 0, or any other value for sizes of plans with antialiasing. Selectors 1 and 8 know none and are sized without.
+ *  @param specSize receives the size of the plan's block in bytes
+ *  @param initSize receives the size of the working memory in bytes
+ *  @return #kuvStatusNullPtr if `specSize` or `initSize` is null; #kuvStatusNoOperation if a width or height is 0, with nothing written;
+ *          #kuvStatusBadSize if one is below 1; #kuvStatusBadInterpolation if `interpolation` is none of 0, 1, 2, 6, 8 and 16;
+ *          #kuvStatusInternal if it is 0; #kuvStatusBadSize if the source is below the filter's least size; #kuvStatusSizeOverflow if the
+ *          size is 0x7FFFFFFF or more; #kuvStatusAntialiasIgnored if `antialiasing` is not 0 with selector 1 or 8, with the sizes
+ *          given; else #kuvStatusOk. */
+KUV_API KuvStatus kuviResizeGetSize_16s(KuviSize srcSize, KuviSize dstSize, Kuv32s interpolation, Kuv32u antialiasing, Kuv32s* specSize,
+                                        Kuv32s* initSize);
+
+/** Makes a plan of linear interpolation.
+ *
+ *  Pixels' centres correspond: destination column i lies at `p = (i + 0.5) * (s / d) - 0.5` in the source, s and d being the two widths
+ *  divided by their greatest common divisor; rows likewise. The plan keeps `floor(p)`, which is -1 for p below 0, and
+ *  `p - floor(p)` rounded to single precision. All is computed in double precision, operation by operation, with the same result in
+ *  every variant.
+ *
+ *  The block holds 32-bit words from its first address on that is a multiple of 64: the identity 0x4B617389, 13,
+ *  #kuvResizeLinear, 1, 1, 0 and four words of 1; then for rows and again for columns the source's extent, the destination's, both divided
+ *  by their divisor, the places of positions and of fractions in bytes from the first word, three words of 0, the number of destination
+ *  positions before the first source sample, and of those at or behind the last one; then, without gaps, the positions of rows and of
+ *  columns and the fractions of rows and of columns. The plan does not refer to anything else, but must not be copied or moved.
+ *
+ *  @param srcSize size of the source in pixels, at least 2 by 2
+ *  @param dstSize size of the destination in pixels, at least 1 by 1
+ *  @param spec block of at least the size that kuviResizeGetSize_16s() gives, at any address
+ *  @return #kuvStatusNullPtr if `spec` is null; #kuvStatusNoOperation if a width or height is 0; #kuvStatusBadSize if one is below 1 or
+ *          one of the source below 2; else #kuvStatusOk. */
+KUV_API KuvStatus kuviResizeLinearInit_16s(KuviSize srcSize, KuviSize dstSize, Kuv8u* spec);
+
+/** Tells the size of the buffer for rendering a tile of a destination.
+ *
+ *  With w and h the tile's width and height, not above those of the plan's destination, and A(x) the next multiple of 32 from x on, the
+ *  size is `A(4*h) + A(4*w) + 2 * A(4 * numChannels * w) + 64`.
+ *
+ *  @param spec a plan
+ *  @param dstSize size of the tile in pixels, or of the largest of several, at least 1 by 1
+ *  @param numChannels 1, 3 or 4; kuviResizeLinear_16s_C3R() takes a buffer for 3
+ *  @param bufferSize receives the size in bytes
+ *  @return #kuvStatusNullPtr if `spec` or `bufferSize` is null; #kuvStatusNoOperation if the width or height is 0;
+ *          #kuvStatusBadContext if `spec` holds no plan; #kuvStatusBadChannelCount if `numChannels` is none of the three;
+ *          #kuvStatusBadSize if the width or height is below 1; #kuvStatusSizeOverflow if the size is 0x7FFFFFFF or more;
+ *          #kuvStatusSizeWarning if the tile is wider or higher than the destination, with the size for what is in it; else #kuvStatusOk. */
+KUV_API KuvStatus kuviResizeGetBufferSize_16s(const Kuv8u* spec, KuviSize dstSize, Kuv32u numChannels, Kuv32s* bufferSize);
+
+/** Renders a tile of a resized image by linear interpolation.
+ *
+ *  With the plan's position x and fraction fx of a destination column, y and fy of a row, and S the source, a sample is
+ *  `round(a + (b - a)*fy)`, where `a = S(x, y) + (S(x+1, y) - S(x, y))*fx` and b the same in row y + 1, limited to -32768 to 32767. Where a
+ *  position lies before the first source sample, or at or behind the last one, in a direction whose flag is not set, that sample is taken
+ *  for both: rows above and below repeat the source's first and last row, columns at the sides its first and last column. Where the flag
+ *  is set, the formula holds there, too, and reads what lies beyond the image in memory.
+ *
+ *  px computes sums in double precision. a and b are rounded to single precision, but not in the rows that repeat one row of the source, which
+ *  are interpolated once. The other variants compute in single precision throughout; w7, s8, p8 and g9 round each product, h9 fuses it
+ *  with the sum, and in both ways a sample differs from that of px by 1 at most. The result is rounded in the processor's mode,
+ *  which is to the nearest integer and halves to the even one unless the caller has changed it. A pixel does not depend on the tile that it is
+ *  rendered in: only the flags of sides at which the image ends matter.
+ *
+ *  `src` is the source pixel that belongs to the tile: column `floor(dstOffset.x * s / d)` and row `floor(dstOffset.y * s / d)` of
+ *  the source, with the extents s and d of each direction, exactly. What is read reaches from the lowest position of the tile's columns
+ *  and rows to the highest one and 1 beyond, which may begin one before that pixel, limited to the source where a flag is
+ *  not set. Nothing else is read, to the right of the last sample neither.
+ *
+ *  A tile that is larger than what the destination has from `dstOffset` on is cut off there, rendered, and reported.
+ *
+ *  Steps have to be even, and may be 0 or negative. What destination rows leave where they share memory is not stated. `src` and `dst`
+ *  must not overlap.
+ *
+ *  @param src the source, as above; three interleaved samples a pixel
+ *  @param srcStep row step of `src` in bytes
+ *  @param dst the tile's first pixel; three interleaved samples a pixel
+ *  @param dstStep row step of `dst` in bytes
+ *  @param dstOffset the tile's first pixel in the whole destination
+ *  @param dstSize size of the tile in pixels, at least 1 by 1
+ *  @param border #kuvBorderClamp, alone or with flags of sides beyond which samples are in memory: #kuvBorderHaveTop,
+ *         #kuvBorderHaveBottom, #kuvBorderHaveLeft, #kuvBorderHaveRight; or all four flags alone. Within the image, flags make no
+ *         difference.
+ *  @param borderValue not used; any pointer
+ *  @param spec a plan
+ *  @param buffer as many bytes as kuviResizeGetBufferSize_16s() tells for the tile and three channels, at any address; one for each
+ *         call under way
+ *  @return #kuvStatusBadBorder if `border` is none of those; #kuvStatusNullPtr if `src`, `dst`, `spec` or `buffer` is null;
+ *          #kuvStatusNoOperation if the width or height is 0; #kuvStatusBadContext if `spec` holds no plan; #kuvStatusBadSize if the width or
+ *          height is below 1; #kuvStatusBadStep if a step is odd; #kuvStatusOutOfRange if `dstOffset` is not in the destination;
+ *          #kuvStatusInternal if the plan is one with antialiasing; #kuvStatusBadContext if it is not for linear interpolation;
+ *          #kuvStatusSizeWarning if the tile was cut off; else #kuvStatusOk. */
+KUV_API KuvStatus kuviResizeLinear_16s_C3R(const Kuv16s* src, Kuv32s srcStep, Kuv16s* dst, Kuv32s dstStep, KuviPoint dstOffset,
+                                           KuviSize dstSize, Kuv32u border, const Kuv16s* borderValue, const Kuv8u* spec, Kuv8u* buffer);
 /** @} */
 
 /** @defgroup segment Segmentation

@@ -7,6 +7,7 @@
 #include "support/cases.hpp"
 #include "support/forms.hpp"
 #include "support/forms_real.hpp"
+#include "support/resized.hpp"
 
 using namespace kuvbench;
 
@@ -334,6 +335,15 @@ bool addInterpolation(const char* function) {
 }
 [[maybe_unused]] const bool interpolations[] = {addInterpolation<Kuv8u>("kuviCFAToRGB_8u_C1C3R"),
                                                 addInterpolation<Kuv16u>("kuviCFAToRGB_16u_C1C3R")};
+
+template <int percent>
+bool addResized() {
+    return addOpenCV<Resized<percent>>("kuviResizeLinear_16s_C3R", [](auto& form) {
+        const cv::Mat src = matrixOf(form.src, form.srcSize, 3), dst = matrixOf(form.dst, form.dstSize, 3);
+        return [src, dst]() mutable { cv::resize(src, dst, dst.size(), 0, 0, cv::INTER_LINEAR); };
+    });
+}
+[[maybe_unused]] const bool resized[] = {addResized<50>(), addResized<70>(), addResized<160>(), addResized<200>()};
 
 // It takes 8-bit markers and gives labels of 16 or 32 bits in another image, in about the same time; where there are too many groups
 // for 16 bits, too.

@@ -17,6 +17,7 @@
 #include "progress.hpp"
 #include "raw.hpp"
 #include "reduce.hpp"
+#include "resize.hpp"
 #include "scene.hpp"
 #include "stages.hpp"
 #include "stats.hpp"
@@ -78,6 +79,9 @@ class Developer {
             throw UsageError("--region: lies outside the mosaic of " + sizeText(mosaic.width, mosaic.height));
         region_.width = std::min(region_.width, mosaic.width - region_.x);
         region_.height = std::min(region_.height, mosaic.height - region_.y);
+        if (options.resize && std::min(region_.width, region_.height) < leastResizableSide)
+            throw UsageError("--resize: needs at least " + sizeText(leastResizableSide, leastResizableSide) + ", not " +
+                             sizeText(region_.width, region_.height));
     }
 
     KuviRect region() const { return region_; }
@@ -102,6 +106,11 @@ class Developer {
             const ToneMap curve(std::array{*options_.curve, *options_.curve, *options_.curve});
             stages.run("curve", [&] { curve.apply(picture); });
         }
+    }
+
+    // Where wanted.
+    void resizePicture(Picture16u& picture, Stages& stages) const {
+        if (options_.resize) stages.run("resize", [&] { resize(picture, *options_.resize, options_.threads); });
     }
 
     Picture8u reduce(const Picture16u& picture, Stages& stages) const {
@@ -159,6 +168,7 @@ void developMosaic(const Options& options, Mosaic& mosaic, const std::optional<P
             Mosaic copy = mosaic;
             Picture16u picture = developer.reconstruct(copy, stages);
             developer.finish(picture, stages);
+            developer.resizePicture(picture, stages);
             if (options.bits == 8) developer.reduce(picture, stages);
         });
         selectVariant(options.variant);
@@ -179,12 +189,15 @@ void developMosaic(const Options& options, Mosaic& mosaic, const std::optional<P
         developer.finishAndWrite(options.compare, sideBySide(mosaic, picture, region, centre));
     }
     developer.finish(picture, stages);
+    developer.resizePicture(picture, stages);
     std::optional<Picture8u> reduced;
     if (options.bits == 8) reduced = developer.reduce(picture, stages);
     tell(stages);
 
     if (scene) {
-        const Picture16u reference = crop(*scene, region);
+        Picture16u reference = crop(*scene, region);
+        Stages untold;
+        developer.resizePicture(reference, untold);
         developer.writePicture(besideOutput(options, "-scene"), reference);
         const auto [r, g, b] = psnr(picture, reference);
         std::printf("PSNR       R %.2f dB, G %.2f dB, B %.2f dB\n", r, g, b);

@@ -25,7 +25,7 @@ constexpr Form forms[] = {{"step", kuvLutStep}, {"linear", kuvLutLinear}, {"cubi
 enum Key {
     keyVariant = 256, keyTimes, keyStats, keyVideo,
     // Those below are for mosaics only.
-    keyLayout, keyRegion, keyBlack, keyWhite, keyMethod, keyThreads, keyCurve, keyForm, keyBits, keyDither, keyLevels, keyNoise,
+    keyLayout, keyRegion, keyBlack, keyWhite, keyMethod, keyThreads, keyCurve, keyForm, keyResize, keyBits, keyDither, keyLevels, keyNoise,
     keySave, keyColour, keyCompare, keyAt,
 };
 
@@ -44,6 +44,7 @@ constexpr option longOptions[] = {
     {"threads", required_argument, nullptr, keyThreads},
     {"curve", required_argument, nullptr, keyCurve},
     {"curve-form", required_argument, nullptr, keyForm},
+    {"resize", required_argument, nullptr, keyResize},
     {"bits", required_argument, nullptr, keyBits},
     {"dither", required_argument, nullptr, keyDither},
     {"levels", required_argument, nullptr, keyLevels},
@@ -102,14 +103,19 @@ KuvCfaLayout layoutOf(const std::string& name) {
     throw UsageError("--layout: '" + name + "' is none of bggr, rggb, gbrg, grbg");
 }
 
-KuviSize videoSizeOf(std::string_view text) {
-    const auto v = numbers("video", text, 2, "WxH", 'x');
+KuviSize sizeOf(const char* name, std::string_view text) {
+    const auto v = numbers(name, text, 2, "WxH", 'x');
     for (const int side : v)
         if (side < 1 || side > largestSide)
-            throw UsageError("--video: width and height are numbers from 1 to " + std::to_string(largestSide));
-    if (v[0] % 2 != 0)
-        throw UsageError("--video: packed 4:2:2 has pairs of pixels, so its width is even, not " + std::to_string(v[0]));
+            throw UsageError(std::string("--") + name + ": width and height are numbers from 1 to " + std::to_string(largestSide));
     return {v[0], v[1]};
+}
+
+KuviSize videoSizeOf(std::string_view text) {
+    const KuviSize size = sizeOf("video", text);
+    if (size.width % 2 != 0)
+        throw UsageError("--video: packed 4:2:2 has pairs of pixels, so its width is even, not " + std::to_string(size.width));
+    return size;
 }
 
 // Points from 0 to 1 each way.
@@ -183,6 +189,7 @@ Options parseOptions(int argc, char** argv) {
                 }
                 break;
             case keyForm: form = named("curve-form", optarg, forms).form; break;
+            case keyResize: options.resize = sizeOf("resize", optarg); break;
             case keyBits:
                 options.bits = numbers("bits", optarg, 1, "8 or 16")[0];
                 if (options.bits != 8 && options.bits != 16) badValue("bits", optarg, "8 or 16");
@@ -254,13 +261,14 @@ void printHelp() {
         "      --black N, --white N   samples of no light and of full scale (default: 0 and the\n"
         "                             PGM file's maximum; of a raw file, the file's own)\n"
         "      --method METHOD        how to reconstruct, see below (default: the first)\n"
-        "      --threads N            reconstruct in N threads (default: 1); the picture does\n"
-        "                             not depend on N\n"
+        "      --threads N            reconstruct and resize in N threads (default: 1); the\n"
+        "                             picture does not depend on N\n"
         "      --curve CURVE          the tone curve: screen, from light to what a screen\n"
         "                             expects (default); none; or control points X:Y,X:Y,...\n"
         "                             from 0 to 1, such as 0:0,0.2:0.4,1:1\n"
         "      --curve-form FORM      between the points: step, linear or cubic (default;\n"
         "                             linear where there are fewer than four)\n"
+        "      --resize WxH           make the picture W by H pixels large\n"
         "      --bits 8|16            bits of a sample in the PNG files (default: 8)\n"
         "      --dither DITHER        how 8 bits hide their steps, see below (default: the first)\n"
         "      --levels N             use only N of the 256 levels, 2 to 256\n"

@@ -29,6 +29,7 @@ struct Options {
     std::optional<int> black, white;  // levels in the mosaic's samples
     const Method* method = &methods.front();
     std::optional<Curve> curve = screenCurve();
+    std::optional<KuviSize> resize;
     int bits = 8;
     Reduction reduction;
     int threads = 1;

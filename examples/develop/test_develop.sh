@@ -185,6 +185,36 @@ works $quarter --curve 0:0,0.5:0.25,0.75:0.5625,1:1 300.pgm && flat curve.png 40
 works $quarter --curve 0:0,0.5:0.25,0.75:0.5625,1:1 --curve-form linear 300.pgm && flat curve.png 8192 8192 8192
 works $quarter --curve-form step --curve 0:0.125,0.5:0.25,1:1 300.pgm && flat curve.png 8192 8192 8192
 
+# Another size. Flat pictures stay as they are, the darkest and the lightest, too; of a ramp, what lies between two columns is between
+# their samples.
+for size in 1x1 3x9 40x7 200x100; do
+    works $linear --resize $size 300.pgm && flat levels.png 19661 19661 19661
+    works $linear --resize $size --black 300 --white 600 300.pgm && flat levels.png 0 0 0
+    works $linear --resize $size --black 100 --white 300 300.pgm && flat levels.png 65535 65535 65535
+done
+works --resize 2000x90 --bits 16 -o one.png noise16.pgm
+grep -q 'one.png: 2000 x 90, 16 bits' out || fail "the size of a resized picture"
+works --resize 2000x90 --bits 16 --threads 7 -o more.png noise16.pgm
+same one.png more.png "seven threads resize to another picture"
+works --resize 50x333 -o one.png noise8.pgm
+works --resize 50x333 --threads 2 -o more.png noise8.pgm
+same one.png more.png "two threads resize to another picture"
+works --resize 211x277 -o one.png noise8.pgm
+works -o more.png noise8.pgm
+same one.png more.png "the picture's own size gives another picture"
+agree w7 g9 --resize 300x200 --white 65535 --curve none --bits 16 noise8.pgm
+works --resize 480x320
+psnrAtLeast 32.4 37.5 30.9
+works --resize 1920x1280
+psnrAtLeast 31.4 35.5 29.8
+grep -q 'develop-scene.png: 1920 x 1280' out || fail "the size of a resized scene"
+works --times --resize 100x50 --bits 16 --curve none -o times.png noise8.pgm
+grep -q '^times  *levels  *demosaic  *resize$' out || fail "resizing in the table of times"
+refuses 2 "\-\-resize: needs at least 2 x 2, not 1 x 9" --resize 5x5 --region 4,0,1,9 noise8.pgm
+refuses 2 'numbers from 1 to 1000000' --resize 0x5
+refuses 2 'numbers from 1 to 1000000' --resize 5x1000001
+for size in '' 64 64x 64,2 64x2x; do refuses 2 "'$size' is not WxH" --resize "$size"; done
+
 # Dithers: a grey ramp of 60 rows keeps its mean in every part, and has those samples and no others. The ordered dither's
 # outermost thresholds are 0 and 1, which brightens shadows and darkens lights by half a level in 16.
 {
@@ -223,6 +253,11 @@ for dither in none floyd jarvis stucki ordered; do
     fi
 done
 [ "$(cksum calm-*.png | cut -d' ' -f1 | sort -u | wc -l)" -eq 5 ] || fail "two dithers are the same"
+ramp --bits 16 --resize 640x60
+awk '{
+    p = ((NR - 1) % 640 + 0.5) * 0.4 - 0.5
+    if (p > 1 && p < 254) for (c = 1; c <= 3; c++) if ($c < 257 * p - 1 || $c > 257 * p + 1) exit 1
+}' ramp.txt || fail "a ramp between its columns"
 ramp
 awk '{ x = (NR - 1) % 256; if (x % 255 && ($1 != x || $2 != x || $3 != x)) exit 1 }' ramp.txt || fail "8 bits do not come back"
 

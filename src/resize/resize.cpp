@@ -1,0 +1,60 @@
+// Tiles of resized images: checks, and what of the plan a tile takes.
+#include "core/checks.hpp"
+#include "core/record.hpp"
+#include "resize/resize_scalar.hpp"
+#include "resize/resize_vector.hpp"
+
+namespace kuv::KUV_VARIANT {
+namespace {
+
+constexpr Kuv32u allInMemory = kuvBorderHaveTop | kuvBorderHaveBottom | kuvBorderHaveLeft | kuvBorderHaveRight;
+
+constexpr bool isResizeBorder(Kuv32u border) { return border == allInMemory || (border <= 255 && border % 16 == kuvBorderClamp); }
+
+constexpr ptrdiff_t limited(ptrdiff_t value, ptrdiff_t most) { return value < 0 ? 0 : value > most ? most : value; }
+
+TileAxis tileAxis(const char* start, const ResizeAxis& axis, ptrdiff_t offset, ptrdiff_t length, bool hasBefore, bool hasAfter) {
+    const ptrdiff_t rest = axis.dstLength - offset, used = length < rest ? length : rest;
+    const ptrdiff_t origin = offset * axis.srcReduced / axis.dstReduced;
+    return {placeIn<Kuv32s>(start, axis.positions) + offset,
+            placeIn<Kuv32f>(start, axis.fractions) + offset,
+            -origin,
+            axis.srcLength - 1 - origin,
+            used,
+            hasBefore ? 0 : limited(axis.leadCount - offset, used),
+            hasAfter ? 0 : limited(axis.tailCount - (rest - used), used)};
+}
+
+}  // namespace
+}  // namespace kuv::KUV_VARIANT
+
+KuvStatus KUV_VARIANT_FUNCTION(kuviResizeLinear_16s_C3R)(const Kuv16s* src, Kuv32s srcStep, Kuv16s* dst, Kuv32s dstStep, KuviPoint dstOffset,
+                                                         KuviSize dstSize, Kuv32u border, const Kuv16s*, const Kuv8u* spec, Kuv8u* buffer) {
+    using namespace kuv::KUV_VARIANT;
+    if (!isResizeBorder(border)) return kuvStatusBadBorder;
+    if (anyNull(src, dst) || anyNull(spec, buffer)) return kuvStatusNullPtr;
+    if (dstSize.width == 0 || dstSize.height == 0) return kuvStatusNoOperation;
+    const kuv::ResizeHeader plan = kuv::resizeHeaderOf(spec);
+    if (plan.magic != kuv::resizeMagic) return kuvStatusBadContext;
+    if (emptyRoi(dstSize)) return kuvStatusBadSize;
+    if (srcStep % 2 != 0 || dstStep % 2 != 0) return kuvStatusBadStep;
+    if (dstOffset.x < 0 || dstOffset.x >= plan.horizontal.dstLength) return kuvStatusOutOfRange;
+    if (dstOffset.y < 0 || dstOffset.y >= plan.vertical.dstLength) return kuvStatusOutOfRange;
+    if (plan.antialiasing != 0) return kuvStatusInternal;
+    if (plan.interpolation != kuvResizeLinear) return kuvStatusBadContext;
+
+    const char* const start = kuv::resizeStart(spec);
+    const auto has = [&](Kuv32u flag) { return (border & flag) != 0; };
+    const ResizeTile tile = {
+        src, srcStep, dst, dstStep,
+        tileAxis(start, plan.horizontal, dstOffset.x, dstSize.width, has(kuvBorderHaveLeft), has(kuvBorderHaveRight)),
+        tileAxis(start, plan.vertical, dstOffset.y, dstSize.height, has(kuvBorderHaveTop), has(kuvBorderHaveBottom))};
+    Kuv32f* const rows = placeIn<Kuv32f>(static_cast<void*>(buffer), alignedOffset(buffer, 0));
+    const ptrdiff_t rowFloats = (3 * tile.columns.length + 7) / 8 * 8;
+    if constexpr (hasVectors) {
+        VectorResize(tile, rows, rowFloats).run();
+    } else {
+        ScalarResize(tile, rows, rowFloats).run();
+    }
+    return tile.columns.length < dstSize.width || tile.rows.length < dstSize.height ? kuvStatusSizeWarning : kuvStatusOk;
+}

@@ -1,0 +1,53 @@
+// The layout of a resize plan: a header at the first multiple of 64 in the caller's block, and the tables of both axes behind it.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "kuvcv.h"
+
+namespace kuv {
+namespace {
+
+struct ResizeAxis {
+    Kuv32s srcLength;
+    Kuv32s dstLength;
+    Kuv32s srcReduced;
+    Kuv32s dstReduced;
+    Kuv32u positions;  // this and the next two: bytes from the header
+    Kuv32u fractions;
+    Kuv32u packed;
+    Kuv32u reserved[2];
+    Kuv32s leadCount;
+    Kuv32s tailCount;
+};
+
+struct ResizeHeader {
+    Kuv32u magic;
+    Kuv32s dataKind;
+    Kuv32s interpolation;
+    Kuv32s halfTaps;
+    Kuv32u rowBuffers;
+    Kuv32u antialiasing;
+    Kuv32u reserved[4];
+    ResizeAxis vertical;
+    ResizeAxis horizontal;
+};
+static_assert(sizeof(ResizeAxis) == 44 && sizeof(ResizeHeader) == 128);
+
+constexpr Kuv32u resizeMagic = 0x4B617389;
+constexpr Kuv32s resizeDataKind = 13;
+
+// The first multiple of 64 in a block of the caller's.
+inline const char* resizeStart(const Kuv8u* block) {
+    return reinterpret_cast<const char*>(block) + (0 - reinterpret_cast<std::uintptr_t>(block)) % 64;
+}
+
+inline ResizeHeader resizeHeaderOf(const Kuv8u* spec) {
+    ResizeHeader header;
+    __builtin_memcpy(&header, resizeStart(spec), sizeof header);
+    return header;
+}
+
+}  // namespace
+}  // namespace kuv
