@@ -2,7 +2,7 @@
 #include "loops.hpp"
 #include "support/cases.hpp"
 #include "support/forms.hpp"
-#include "support/forms_real.hpp"
+#include "support/forms_arith.hpp"
 
 using namespace kuvbench;
 

@@ -74,6 +74,8 @@ FAMILIES = [
     Family("Histograms of single precision", r"kuviHistogram_32f_C1R", "^(noise|flat)$", 3, 6, "OpenCV"),
     Family("Tables of sums", r"kuviIntegral_.*", "", 1.3, 2, "OpenCV"),
     Family("Labels", r"kuviLabelMarkers_.*", "", 1.2, 2, "OpenCV"),
+    Family("Filters", r"kuviFilterBorder_.*", "", 2, 3, "OpenCV"),
+    Family("Resizing", r"kuviResizeLinear_.*", "", 3, 5, "OpenCV"),
     Family("Cosine transforms of blocks", r"kuviDCT8x8.*", "", 1, 1.5),
     Family("Zigzag scans", r"kuviZigzag.*", "", 3, 6),
 ]

@@ -182,14 +182,16 @@ enum {
     kuvChannelsAC4 = 9 /**< four interleaved channels, the fourth passed over */
 };
 
-/** Borders of kuviFilterBorder_32f_C1R() and kuviResizeLinear_16s_C3R(): a rule, and flags for sides beyond which memory holds the image's
- *  own samples. */
+/** What stands beyond an image's known pixels: one of the three rules, with any of the flags; or all four flags alone. Resizing knows the
+ *  first rule only. */
 enum {
-    kuvBorderClamp = 1,        /**< the nearest sample */
-    kuvBorderHaveTop = 16,     /**< rows above are in memory */
-    kuvBorderHaveBottom = 32,  /**< rows below are in memory */
-    kuvBorderHaveLeft = 64,    /**< columns to the left are in memory */
-    kuvBorderHaveRight = 128   /**< columns to the right are in memory */
+    kuvBorderClamp = 1,       /**< the nearest known pixel */
+    kuvBorderReflect = 3,     /**< reflection about the outermost known pixels, which are not repeated */
+    kuvBorderFill = 6,        /**< a constant */
+    kuvBorderHaveTop = 16,    /**< the rows above the region are in memory */
+    kuvBorderHaveBottom = 32, /**< the rows below the region are in memory */
+    kuvBorderHaveLeft = 64,   /**< the columns left of the region are in memory */
+    kuvBorderHaveRight = 128  /**< the columns right of the region are in memory */
 };
 
 /** The interpolation that this library makes resize plans for. */
@@ -1665,6 +1667,122 @@ KUV_API KuvStatus kuviHistogram_32f_C1R(const Kuv32f* src, Kuv32s srcStep, KuviS
  *          `srcStep` is below the width or `dstStep` below `4 * (width + 1)`; #kuvStatusStepNotMultiple if `dstStep` is not a multiple
  *          of 4; else #kuvStatusOk. */
 KUV_API KuvStatus kuviIntegral_8u32s_C1R(const Kuv8u* src, Kuv32s srcStep, Kuv32s* dst, Kuv32s dstStep, KuviSize roiSize, Kuv32s val);
+/** @} */
+
+/** @defgroup filter Filters
+ *
+ *  A filter takes three steps: kuviFilterBorderGetSize() tells how large two blocks of the caller's have to be,
+ *  kuviFilterBorderInit_32f() keeps a kernel in the one of them, and kuviFilterBorder_32f_C1R() filters as many images as there are,
+ *  with the other one as working memory.
+ *  @{ */
+
+/** A kernel that kuviFilterBorderInit_32f() keeps, in a block that the caller allocates and owns. It must not be copied or moved, and
+ *  may stand at any address. The block is aligned by the functions: the record begins at its first 64-byte boundary. */
+typedef struct KuviBorderKernel KuviBorderKernel;
+
+/** Tells the sizes of a filter's two blocks.
+ *
+ *  With kw by kh the kernel, rw by rh the region, e bytes a sample, c channels, t = (kh - 1) / 2 and l = (kw - 1) / 2 rounded down,
+ *  b = kh - 1 - t and r = kw - 1 - l, but b = 2 if kh is 2 and r = 2 if kw is 2, and A(x) the next multiple of 64 from x on:
+ *
+ *  - `*specSize = A(f*kw*kh) + A(((kw + 1) / 2)*32*kh) + 191`, the quotient rounded down, with f = 2 for an integer kernel and 4
+ *    otherwise. w7, s8 and p8 add `A(16*kw*kh)` for a kernel of 32f and 1, 3 or 4 channels.
+ *  - `*bufferSize = R + 63 + X`. R is `N*c*e` rounded up to a multiple of 32, plus 32. If kw is at least rw or kh at least rh,
+ *    `N = (kw + rw - 1)*(kh + rh - 1)`. Otherwise N is the larger of `(kw + rw - 1)*(kh + b - 1)`, or 0 if b is 0, and, if r is not 0,
+ *    `(kh + rh - 1)*(kw + r - 1)`: what the strips along the region's sides take, not its area.
+ *  - X is 0 in px, for two channels, and for samples other than 32f; else `32*kw*kh + 191` for one channel and `16*kw*kh + 191` for three
+ *    and four, cut to a multiple of 64. So sizes are those of the variant in force; but no variant's run takes more of the buffer than
+ *    any variant asks for.
+ *
+ *  An integer kernel counts as such with 8u and 32f samples, and with 16s samples of one channel and a kernel of at least 3 by 2, or of
+ *  two channels and a kernel of at least 2 by 2; elsewhere the sizes are those of #kuvDataType32f. This version runs filters of
+ *  single-precision samples in one channel only; the other sizes are those that such filters would take at least.
+ *
+ *  @param kernelSize width and height of the kernel, at least 1 by 1
+ *  @param roiSize size in pixels of the region to be filtered, at least 1 by 1. Smaller ones may need more: in strips a region needs
+ *         the less the smaller it is, but one not larger than the kernel on either side is taken as a whole.
+ *  @param dataType type of the samples: #kuvDataType8u, #kuvDataType16u, #kuvDataType16s or #kuvDataType32f
+ *  @param kernelType #kuvDataType32f, or #kuvDataType16s for an integer kernel
+ *  @param channels 1 to 4
+ *  @param specSize gets the size of the block for the kernel in bytes
+ *  @param bufferSize gets the size of the working memory in bytes
+ *  @return #kuvStatusBadSize if a width or height is below 1; #kuvStatusBadDataType if `dataType` is none of the four, or
+ *          `kernelType` none of the two; #kuvStatusBadChannels if `channels` is not 1 to 4; #kuvStatusNullPtr if `specSize` or
+ *          `bufferSize` is null; #kuvStatusSizeOverflow if a size is above 0x7FFFFFFF, with `*bufferSize` set to 0 and `*specSize` left
+ *          alone; else #kuvStatusOk. */
+KUV_API KuvStatus kuviFilterBorderGetSize(KuviSize kernelSize, KuviSize roiSize, Kuv32s dataType, Kuv32s kernelType, Kuv32s channels,
+                                          Kuv32s* specSize, Kuv32s* bufferSize);
+
+/** Keeps a kernel for a filter, as it is: it is neither normalised nor examined.
+ *
+ *  The block does not refer to the caller's array. The kernel may be kept again on the same block, with any arguments. The array may
+ *  stand at the place where the block keeps it, 128 bytes behind the record's begin; otherwise the two must not overlap.
+ *
+ *  For `8u`, `16u` and `16s` with 1, 3 or 4 channels the block also gets each coefficient four times side by side, of `16s` times 2^-16;
+ *  this version has no function that reads them.
+ *
+ *  @param kernel the coefficients, row by row
+ *  @param kernelSize width and height of the kernel, at least 1 by 1
+ *  @param dataType type of the samples: #kuvDataType8u, #kuvDataType16u, #kuvDataType16s or #kuvDataType32f
+ *  @param channels 1 to 4
+ *  @param roundMode 0, 1 or 2, and 16 more or not: kept, and of no effect on single-precision samples
+ *  @param spec block of at least the size that kuviFilterBorderGetSize() gives; any address
+ *  @return #kuvStatusNullPtr if `kernel` or `spec` is null; #kuvStatusBadSize if the width or height is below 1; #kuvStatusBadDataType if
+ *          `dataType` is none of the four; #kuvStatusBadChannels if `channels` is not 1 to 4; #kuvStatusBadRoundMode if `roundMode`
+ *          without its bit 16 is not 0, 1 or 2; #kuvStatusRoundFlagSet, a warning, if that bit is set; else #kuvStatusOk. */
+KUV_API KuvStatus kuviFilterBorderInit_32f(const Kuv32f* kernel, KuviSize kernelSize, Kuv32s dataType, Kuv32s channels, Kuv32s roundMode,
+                                           KuviBorderKernel* spec);
+
+/** Filters an image: each pixel becomes the sum of its neighbours, weighted by the kernel K of kw by kh coefficients.
+ *
+ *      dst(x, y) = sum over j = 0 ... kh - 1 and i = 0 ... kw - 1 of K[j*kw + i] * E(x - l + i, y - t + j)
+ *
+ *  with l = (kw - 1) / 2 and t = (kh - 1) / 2 rounded down: a correlation, the kernel is not turned. Pixels that it covers reach l to the
+ *  left, t upward, r = kw - 1 - l to the right and b = kh - 1 - t downward.
+ *
+ *  E is the source, continued. Its known pixels are those of the region and, on each side whose flag is set in `borderType`, the l, t, r or
+ *  b columns or rows beyond it, which are read from memory. Nothing else is. Beyond the known pixels E follows the rule in `borderType`,
+ *  in columns and in rows:
+ *
+ *  - #kuvBorderClamp: the nearest known pixel.
+ *  - #kuvBorderReflect: 0, 1, ... n - 1, n - 2, ... 1, 0 and so on for n known columns or rows; a single one stands for all.
+ *  - #kuvBorderFill: `*borderValue`.
+ *
+ *  So an image in tiles that are larger than the kernel reaches, each with the flags of its sides inside the image, gives what the whole
+ *  image gives: the same bits, in s8 and p8 if all tiles are more than 8 wider than the kernel.
+ *
+ *  All coefficients take part, those of 0 too: a NaN or an infinity below one of them gives NaN. No sum has other terms. With u = 2^-24 and n
+ *  coefficients, and apart from overflow and underflow, the results differ by variant:
+ *
+ *  - px: products and sums in double precision, in the order of the formula, rounded to single precision at the end. The error is at
+ *    most u times the result plus `n * 2^-53` times the sum of the terms' absolute values.
+ *  - w7, and s8 and p8 unless width > kw + 8: in single precision. In each row of the kernel the products of even and of odd columns are
+ *    summed up apart, then together, then added to the sum of the rows above.
+ *  - s8, p8 and g9: in single precision, for eight columns of the kernel at a time, row by row, and the rest of the columns at the end;
+ *    each of these sums is added to those before it. In g9, a kernel of one row has one sum for as many columns as eights make
+ *    up, and one for the rest; and a kernel of one column the same with rows.
+ *  - h9: as g9, each product fused with the addition that it goes into.
+ *  - In w7 to h9 the error is at most `n*u / (1 - n*u)` times the sum of the terms' absolute values.
+ *
+ *  Step class B for the destination; a source's step need only be positive, as rows may lie on each other. Source and destination must not
+ *  overlap. Any number of threads may use a kernel at once, each with a buffer of its own.
+ *
+ *  @param src the first pixel of the region
+ *  @param srcStep row step of `src` in bytes
+ *  @param dst the result
+ *  @param dstStep row step of `dst` in bytes
+ *  @param roiSize size of the region in pixels, at least 1 by 1
+ *  @param borderType #kuvBorderClamp, #kuvBorderReflect or #kuvBorderFill, plus any of the four flags; or the four flags alone, 240
+ *  @param borderValue a value for #kuvBorderFill; else not read
+ *  @param spec a kernel that kuviFilterBorderInit_32f() has kept, for whatever samples and channels
+ *  @param buffer as many bytes as kuviFilterBorderGetSize() tells for the kernel, the region, #kuvDataType32f and one channel, at any
+ *         address and with any content
+ *  @return #kuvStatusNullPtr if `src`, `dst`, `spec` or `buffer` is null, or if `borderValue` is null and the rule is #kuvBorderFill;
+ *          #kuvStatusBadSize if the width or height is below 1; #kuvStatusBadStep if `srcStep` is below 1 or a row of `dst` has more
+ *          bytes than its step; #kuvStatusBadBorder if `borderType` is above 255, or neither 240 nor a rule with or without flags; else
+ *          #kuvStatusOk. */
+KUV_API KuvStatus kuviFilterBorder_32f_C1R(const Kuv32f* src, Kuv32s srcStep, Kuv32f* dst, Kuv32s dstStep, KuviSize roiSize,
+                                           Kuv32s borderType, const Kuv32f* borderValue, const KuviBorderKernel* spec, Kuv8u* buffer);
 /** @} */
 
 /** @defgroup resize Resizing

@@ -330,7 +330,7 @@ const std::map<std::string, Reference>& references() {
         {"fillFrom<2> Kuv32s", reordered<Kuv32s>([](int i, int) { return i / 4 * 4 + 2; })},
         {"exchangeMiddle Kuv16s", reordered<Kuv16s>([](int i, int) { return i % 4 == 1 || i % 4 == 2 ? i ^ 3 : i; })},
         {"reverseUpperHalf Kuv16s", reordered<Kuv16s>([](int i, int) { return i & 4 ? i ^ 3 : i; })},
-        {"interleaveParts Kuv16s", reordered<Kuv16s>([](int i, int lanes) { return i / 2 + i % 2 * lanes / 2; })},
+        {"interleaveAcross Kuv16s", reordered<Kuv16s>([](int i, int lanes) { return i / 2 + i % 2 * lanes / 2; })},
         {"blend<0xAA> Kuv16u", blended(0xAA)}, {"blend<0x49> Kuv16u", blended(0x49)}, {"blend<0x6> Kuv32u", blended(0x3C)},
         {"bitsOf Kuv8u", [](In a, In b, In, int bytes, Out result) {
             std::uint32_t bits = 0;

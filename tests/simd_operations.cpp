@@ -130,7 +130,7 @@ constexpr SimdOperation operations[] = {
     OPERATION("fillFrom<2>", Kuv32s, fillFrom<2>(a))
     OPERATION("exchangeMiddle", Kuv16s, exchangeMiddle(a))
     OPERATION("reverseUpperHalf", Kuv16s, reverseUpperHalf(a))
-    KUV_AVX2({"interleaveParts Kuv16s", 32, WITH(Kuv16s, 32, put(result, interleaveParts(a)))},)
+    OPERATION("interleaveAcross", Kuv16s, interleaveAcross(a))
     OPERATION("blend<0xAA>", Kuv16u, blend<0xAA>(a, b))
     OPERATION("blend<0x49>", Kuv16u, blend<0x49>(a, b))
     OPERATION("blend<0x6>", Kuv32u, blend<0x6>(a, b))

@@ -5,8 +5,9 @@
 #endif
 
 #include "support/cases.hpp"
+#include "support/filtered.hpp"
 #include "support/forms.hpp"
-#include "support/forms_real.hpp"
+#include "support/forms_arith.hpp"
 #include "support/resized.hpp"
 
 using namespace kuvbench;
@@ -290,6 +291,16 @@ auto largest = [](const cv::Mat& src) {
 [[maybe_unused]] const bool integral = addOpenCV<Integrated>("kuviIntegral_8u32s_C1R", [](auto& form) {
     return [src = matrixOf(form.src, form.size), dst = matrixOf(form.dst, form.tableSize)]() mutable { cv::integral(src, dst, CV_32S); };
 });
+
+template <int kernelWidth, int kernelHeight>
+bool addFilter() {
+    return addOpenCV<Filtered<kernelWidth, kernelHeight>>("kuviFilterBorder_32f_C1R", [](auto& form) {
+        const cv::Mat src = matrixOf(form.src, form.size), dst = matrixOf(form.dst, form.size), kernel = matrixOf(form.kernel, form.kernelSize);
+        return [src, dst, kernel]() mutable { cv::filter2D(src, dst, CV_32F, kernel, cv::Point(-1, -1), 0, cv::BORDER_REPLICATE); };
+    });
+}
+[[maybe_unused]] const bool filters[] = {addFilter<3, 3>(),   addFilter<5, 5>(), addFilter<7, 7>(),
+                                         addFilter<11, 11>(), addFilter<9, 1>(), addFilter<1, 9>()};
 
 template <int channels, bool aligned>
 bool addColourSpace(const char* function, int code) {

@@ -235,31 +235,6 @@ struct ShiftedInPlace {
     auto call(decltype(kuvsLShiftC_16u_I)* function) { return function(first, srcDst.row(), size.width * size.height); }
 };
 
-// One, two or three images of signed samples with a scale factor: the last one is changed, or written.
-template <int images, Kuv32s scaleFactor, int channels = 1, bool aligned = true>
-struct ScaledSamples {
-    static constexpr double bytesPerPixel = (images == 1 ? 4 : 6) * channels;
-    static constexpr Kuv16s values[3] = {100, -200, 300};
-
-    KuviSize size;
-    Image<Kuv16s> src1{size, channels, aligned ? 0 : 1}, src2{size, channels, aligned ? 0 : 2}, srcDst{size, channels, aligned ? 0 : 3};
-
-    explicit ScaledSamples(KuviSize wanted) : size(wanted) {
-        unsigned seed = 0;
-        for (Image<Kuv16s>* each : {&src1, &src2, &srcDst}) fillWithValues(*each, {size.width * channels, size.height}, ++seed, -20000, 20000);
-    }
-
-    auto call(decltype(kuviAdd_16s_C1RSfs)* function) {
-        return function(src1.row(), src1.step(), src2.row(), src2.step(), srcDst.row(), srcDst.step(), size, scaleFactor);
-    }
-    auto call(decltype(kuviSub_16s_C1IRSfs)* function) {
-        return function(src1.row(), src1.step(), srcDst.row(), srcDst.step(), size, scaleFactor);
-    }
-    auto call(decltype(kuviAddC_16s_C1IRSfs)* function) { return function(values[0], srcDst.row(), srcDst.step(), size, scaleFactor); }
-    auto call(decltype(kuviAddC_16s_C3IRSfs)* function) { return function(values, srcDst.row(), srcDst.step(), size, scaleFactor); }
-    auto call(decltype(kuviSqr_16s_C1IRSfs)* function) { return function(srcDst.row(), srcDst.step(), size, scaleFactor); }
-};
-
 // An image and its mirror image; about the diagonals `size` is the source's.
 template <class T, int channels, Kuv32s axis, bool aligned = true>
 struct Mirrored {

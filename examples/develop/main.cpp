@@ -19,6 +19,7 @@
 #include "reduce.hpp"
 #include "resize.hpp"
 #include "scene.hpp"
+#include "sharpen.hpp"
 #include "stages.hpp"
 #include "stats.hpp"
 #include "tone.hpp"
@@ -92,6 +93,7 @@ class Developer {
         stages.run("levels", [&] { levels.apply(mosaic); });
         Picture16u picture(region_.width, region_.height);
         stages.run("demosaic", [&] { demosaic(*options_.method, mosaic, region_, options_.threads, picture); });
+        if (options_.sharpen) stages.run("sharpen", [&] { sharpen(picture); });
         return picture;
     }
 

@@ -25,7 +25,8 @@ constexpr Form forms[] = {{"step", kuvLutStep}, {"linear", kuvLutLinear}, {"cubi
 enum Key {
     keyVariant = 256, keyTimes, keyStats, keyVideo,
     // Those below are for mosaics only.
-    keyLayout, keyRegion, keyBlack, keyWhite, keyMethod, keyThreads, keyCurve, keyForm, keyResize, keyBits, keyDither, keyLevels, keyNoise,
+    keyLayout, keyRegion, keyBlack, keyWhite, keyMethod, keySharpen, keyThreads, keyCurve, keyForm, keyResize, keyBits, keyDither,
+    keyLevels, keyNoise,
     keySave, keyColour, keyCompare, keyAt,
 };
 
@@ -41,6 +42,7 @@ constexpr option longOptions[] = {
     {"black", required_argument, nullptr, keyBlack},
     {"white", required_argument, nullptr, keyWhite},
     {"method", required_argument, nullptr, keyMethod},
+    {"sharpen", no_argument, nullptr, keySharpen},
     {"threads", required_argument, nullptr, keyThreads},
     {"curve", required_argument, nullptr, keyCurve},
     {"curve-form", required_argument, nullptr, keyForm},
@@ -180,6 +182,7 @@ Options parseOptions(int argc, char** argv) {
             case keyBlack: options.black = number("black", optarg, 0, 65534); break;
             case keyWhite: options.white = number("white", optarg, 1, 65535); break;
             case keyMethod: options.method = &named("method", optarg, methods); break;
+            case keySharpen: options.sharpen = true; break;
             case keyThreads: options.threads = number("threads", optarg, 1, 1024); break;
             case keyCurve:
                 if (optarg == std::string_view("none")) {
@@ -261,6 +264,7 @@ void printHelp() {
         "      --black N, --white N   samples of no light and of full scale (default: 0 and the\n"
         "                             PGM file's maximum; of a raw file, the file's own)\n"
         "      --method METHOD        how to reconstruct, see below (default: the first)\n"
+        "      --sharpen              then sharpen it, by a filter of 5 x 5 pixels\n"
         "      --threads N            reconstruct and resize in N threads (default: 1); the\n"
         "                             picture does not depend on N\n"
         "      --curve CURVE          the tone curve: screen, from light to what a screen\n"

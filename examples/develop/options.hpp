@@ -28,6 +28,7 @@ struct Options {
     std::optional<KuviRect> region;
     std::optional<int> black, white;  // levels in the mosaic's samples
     const Method* method = &methods.front();
+    bool sharpen = false;
     std::optional<Curve> curve = screenCurve();
     std::optional<KuviSize> resize;
     int bits = 8;

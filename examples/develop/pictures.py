@@ -1,4 +1,4 @@
-"""Makes the documentation's pictures of what develop does: pictures.py DEVELOP DIRECTORY"""
+"""Makes the documentation's pictures of what the examples do: pictures.py DEVELOP FILTERS DIRECTORY"""
 import pathlib
 import subprocess
 import sys
@@ -10,7 +10,7 @@ from PIL import Image, ImageDraw, ImageFont
 matplotlib.use("Agg")
 from matplotlib import pyplot  # noqa: E402
 
-program, images = sys.argv[1], pathlib.Path(sys.argv[2])
+program, filters, images = sys.argv[1], sys.argv[2], pathlib.Path(sys.argv[3])
 work = tempfile.TemporaryDirectory()
 font = ImageFont.truetype(f"{matplotlib.get_data_path()}/fonts/ttf/DejaVuSans.ttf", 13)
 
@@ -18,6 +18,7 @@ REGION = "724,344,224,284"  # of the scene: fine lines before a sky, and gradien
 DITHERS = [("no dither", ["none"]), ("ordered", ["ordered"]), ("ordered, noise 30", ["ordered", "--noise", "30"]),
            ("Floyd, Steinberg", ["floyd"]), ("Jarvis, Judice, Ninke", ["jarvis"]), ("Stucki", ["stucki"])]
 POINTS = "0:0,0.05:0.2,0.2:0.5,0.5:0.8,1:1"
+KERNELS, BORDERS = ("shift", "blur", "streak", "sharpen", "edges"), ("clamp", "reflect", "fill")
 CURVES = [("screen", ["--curve", "screen"])]
 CURVES += [(form, ["--curve", POINTS, "--curve-form", form]) for form in ("cubic", "linear", "step")]
 
@@ -46,6 +47,29 @@ def dither_sheet(levels):
         draw.text((x, y + 4), name, "black", font)
         sheet.paste(tile, (x, y + caption))
     save(sheet, f"dither-{levels}.png")
+
+
+def filter_sheet():
+    """A row for each kernel, a column for each border rule."""
+    gap, caption, margin = 10, 24, 66
+    path = f"{work.name}/filtered.png"
+
+    def tile(kernel, border):
+        subprocess.run([filters, "-o", path, "--kernel", kernel, "--border", border], check=True, stdout=subprocess.DEVNULL)
+        with Image.open(path) as picture:
+            return picture.convert("L")
+
+    tiles = [[tile(kernel, border) for border in BORDERS] for kernel in KERNELS]
+    width, height = tiles[0][0].size
+    sheet = Image.new("L", (margin + len(BORDERS) * (width + gap), caption + len(KERNELS) * (height + gap)), 232)
+    draw = ImageDraw.Draw(sheet)
+    for column, border in enumerate(BORDERS):
+        draw.text((margin + column * (width + gap), 4), border, 0, font)
+    for row, kernel in enumerate(KERNELS):
+        draw.text((gap // 2, caption + row * (height + gap)), kernel, 0, font)
+        for column, each in enumerate(tiles[row]):
+            sheet.paste(each, (margin + column * (width + gap), caption + row * (height + gap)))
+    save(sheet, "filters.png")
 
 
 def write_ramp(path, width):
@@ -80,4 +104,5 @@ def curve_sheet():
 for count in (2, 4, 16):
     dither_sheet(count)
 curve_sheet()
+filter_sheet()
 develop("--compare", str(images / "before-after.png"))

@@ -1,4 +1,4 @@
-"""Prints the samples of an RGB picture, a line for each pixel: png_samples.py FILE"""
+"""Prints the samples of a grey or an RGB picture, a line for each pixel: png_samples.py FILE"""
 import struct
 import sys
 import zlib
@@ -24,13 +24,13 @@ while at < len(data):
     chunks.append((kind, data[at + 8:at + 8 + length]))
     at += length + 12
 width, height, bits, colour = struct.unpack_from(">IIBB", chunks[0][1])
-assert colour == 2
+channels = {0: 1, 2: 3}[colour]
 packed = zlib.decompress(b"".join(content for kind, content in chunks if kind == b"IDAT"))
-pixel = 3 * bits // 8
+pixel = channels * bits // 8
 line = bytearray(width * pixel)
 for y in range(height):
     start = y * (width * pixel + 1)
     line = unfiltered(packed[start], bytearray(packed[start + 1:start + 1 + width * pixel]), line, pixel)
-    samples = struct.unpack(f">{3 * width}{'H' if bits == 16 else 'B'}", line)
+    samples = struct.unpack(f">{channels * width}{'H' if bits == 16 else 'B'}", line)
     for x in range(width):
-        print(*samples[3 * x:3 * x + 3])
+        print(*samples[channels * x:channels * (x + 1)])

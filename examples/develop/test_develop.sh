@@ -160,6 +160,37 @@ for mosaic in noise8 noise16; do
     same one.png more.png "$mosaic, quick: four threads give another picture"
 done
 
+# Sharpening: sums of parts of 32, continued by reflection, of what is there without it; exact, so that all variants agree.
+for mosaic in 'noise8 211' 'noise16 101'; do
+    width=${mosaic#* }
+    mosaic=${mosaic% *}
+    agree px h9 --method quick --curve none --bits 16 --sharpen $mosaic.pgm
+    works --curve none --bits 16 -o plain.png $mosaic.pgm
+    works --curve none --bits 16 --sharpen -o sharp.png $mosaic.pgm
+    samples plain.png >plain.txt
+    samples sharp.png >sharp.txt
+    awk -v width="$width" '
+        function within(i, count) { return i < 0 ? -i : i >= count ? 2 * count - 2 - i : i }
+        function at(x, y) { return sample[within(y, height) * width + within(x, width), c] }
+        NR == FNR { for (c = 1; c <= 3; c++) sample[NR - 1, c] = $c; height = int(NR / width); next }
+        {
+            x = (FNR - 1) % width
+            y = int((FNR - 1) / width)
+            for (c = 1; c <= 3; c++) {
+                sum = 48 * at(x, y) - 2 * (at(x - 1, y) + at(x + 1, y) + at(x, y - 1) + at(x, y + 1))
+                sum -= at(x - 2, y) + at(x + 2, y) + at(x, y - 2) + at(x, y + 2)
+                sum -= at(x - 1, y - 1) + at(x + 1, y - 1) + at(x - 1, y + 1) + at(x + 1, y + 1)
+                sum = sum < 0 ? 0 : sum > 32 * 65535 ? 65535 : int(sum / 32 + 0.5)
+                if (sum != $c) { if (!wrong++) print "pixel " x ", " y ": " $c ", not " sum }
+            }
+        }
+        END { exit wrong > 0 || FNR != 277 * width }' plain.txt sharp.txt || fail "$mosaic: sharpened"
+done
+works --sharpen
+psnrAtLeast 21 20.4 20.2
+works --sharpen --method quick -o sharp.png --times --region 0,0,200,100
+grep -q '^times  *levels  *demosaic  *sharpen  *curve  *reduce$' out || fail "the stages in the table of times"
+
 # Levels. 300 is a quarter of the way from 200 to 600.
 grey() {
     printf 'P5 8 8 1000\n' >"$1"
@@ -288,6 +319,7 @@ for size in '' 64 64x 64,2 64x2x 64X2 x2 -64x2; do
 done
 refuses 2 'needs a file' --video 64x2
 refuses 2 '\-\-dither is for mosaics, not for --video' --video 64x2 --dither floyd bars.uyvy
+refuses 2 '\-\-sharpen is for mosaics, not for --video' --video 64x2 --sharpen bars.uyvy
 refuses 2 'would be overwritten' --video 64x2 -o bars.uyvy bars.uyvy
 
 # A camera's raw file: its own levels, and its white balance.

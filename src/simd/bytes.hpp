@@ -111,10 +111,15 @@ KUV_INLINE V loadWidened(const T* from) {
     }
 }
 
-// The lanes of the lower and of the upper 16 bytes in turn.
-KUV_AVX2(KUV_INLINE Vector<Kuv16s, 32> interleaveParts(Vector<Kuv16s, 32> v) {
-    return interleaveHalves(Vector<Kuv16s, 32>{_mm256_permute4x64_epi64(v.raw, 0xD8)});
-})
+// The lanes of the lower and of the upper half of a register in turn.
+template <int bytes>
+KUV_INLINE Vector<Kuv16s, bytes> interleaveAcross(Vector<Kuv16s, bytes> v) {
+    if constexpr (bytes == 16) {
+        return interleaveHalves(v);
+    } else {
+        KUV_AVX2(return interleaveHalves(Vector<Kuv16s, bytes>{_mm256_permute4x64_epi64(v.raw, 0xD8)});)
+    }
+}
 
 // Words of wider lanes, with signed saturation, in their order.
 template <int bytes>

@@ -64,7 +64,7 @@ KUV_INLINE void storeRows(Kuv16s* block, int first, const Twin<Words>& rows) {
 template <class V>
 KUV_INLINE Twin<V> pairsOf(const Twin<V>& rows) {
     if constexpr (Twin<V>::parts == 1) {
-        KUV_AVX2(return {{interleaveParts(rows.part[0])}};)
+        KUV_AVX2(return {{interleaveAcross(rows.part[0])}};)
     } else {
         const auto a = as<Kuv16u>(rows.part[0]), b = as<Kuv16u>(rows.part[1]);
         return {{as<Kuv16s>(interleaveLow(a, b)), as<Kuv16s>(interleaveHigh(a, b))}};

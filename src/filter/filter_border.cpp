@@ -1,0 +1,87 @@
+// Filters: the pixels near the border from copies with a border around them, all others straight from the source.
+#include "core/checks.hpp"
+#include "core/record.hpp"
+#include "filter/filter_border_extend.hpp"
+#include "filter/filter_border_kernels.hpp"
+#include "filter/filter_border_layout.hpp"
+
+namespace kuv::KUV_VARIANT {
+namespace {
+
+constexpr Kuv32s borderFlags = kuvBorderHaveTop | kuvBorderHaveBottom | kuvBorderHaveLeft | kuvBorderHaveRight;
+
+constexpr bool isBorder(Kuv32s type) {
+    const Kuv32s rule = type & ~borderFlags;
+    return type == borderFlags || rule == kuvBorderClamp || rule == kuvBorderReflect || rule == kuvBorderFill;
+}
+
+Kernel keptKernel(const KuviBorderKernel* spec) {
+    const char* const record = placeIn<char>(spec, alignedOffset(spec, 0));
+    const auto word = [&](size_t offset) { return static_cast<ptrdiff_t>(wordAt(record, static_cast<ptrdiff_t>(offset))); };
+    const ptrdiff_t width = word(offsetof(BorderKernelHeader, kernelWidth)), height = word(offsetof(BorderKernelHeader, kernelHeight));
+    const Kuv32f* const reversed = placeIn<Kuv32f>(record, word(offsetof(BorderKernelHeader, reversedKernel)));
+    return {reversed + width * height - 1, width, height};
+}
+
+void filterWithBorder(const Images& region, Kuv32s borderType, Kuv32f constant, const Kernel& kernel, Kuv8u* buffer) {
+    const ptrdiff_t width = region.width, height = region.height, kw = kernel.width, kh = kernel.height;
+    const ptrdiff_t left = reachBefore(kw), right = reachBehind(kw), top = reachBefore(kh), bottom = reachBehind(kh);
+    const Order order = orderOf(kernel, width);
+    const auto has = [borderType](Kuv32s flag, ptrdiff_t reach) { return reach == 0 || (borderType & flag) != 0; };
+    const bool hasTop = has(kuvBorderHaveTop, top), hasBottom = has(kuvBorderHaveBottom, bottom);
+    const bool hasLeft = has(kuvBorderHaveLeft, left), hasRight = has(kuvBorderHaveRight, right);
+
+    const auto fromSource = [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t columns, ptrdiff_t rows) {
+        filter(kernel, order, {rowAt(region.src, region.srcStep, y - top) + x - left, region.srcStep,
+                               rowAt(region.dst, region.dstStep, y) + x, region.dstStep, columns, rows});
+    };
+    if (hasTop && hasBottom && hasLeft && hasRight) return fromSource(0, 0, width, height);
+
+    Kuv32f* const area = reinterpret_cast<Kuv32f*>(buffer + (0 - reinterpret_cast<std::uintptr_t>(buffer)) % 32);
+    const Continued continued = {region.src, region.srcStep, {hasLeft ? -left : 0, width + (hasRight ? right : 0)},
+                                 {hasTop ? -top : 0, height + (hasBottom ? bottom : 0)}, borderType & ~borderFlags, constant};
+    const ptrdiff_t areaElements = static_cast<ptrdiff_t>(borderedElements(kw, kh, width, height));
+    const auto rowsAtOnce = [&](ptrdiff_t columns) { return areaElements / (columns + kw - 1) - (kh - 1); };
+    const auto fromCopy = [&](ptrdiff_t x, ptrdiff_t firstRow, ptrdiff_t columns, ptrdiff_t rows) {
+        if (columns == 0) return;
+        const ptrdiff_t areaWidth = columns + kw - 1, most = rowsAtOnce(columns);
+        for (ptrdiff_t done = 0; done < rows; done += most) {
+            const ptrdiff_t y = firstRow + done, count = rows - done < most ? rows - done : most;
+            continued.copy(x - left, y - top, areaWidth, count + kh - 1, area);
+            filter(kernel, order, {area, areaWidth * static_cast<ptrdiff_t>(sizeof(Kuv32f)), rowAt(region.dst, region.dstStep, y) + x,
+                                   region.dstStep, columns, count});
+        }
+    };
+    if (kw >= width || kh >= height) return fromCopy(0, 0, width, height);
+
+    // Strips at the sides are a vector wide where there is room: its other pixels get what the rest of the region gets later on.
+    const auto widened = [&](ptrdiff_t columns) {
+        constexpr ptrdiff_t lanes = hasVectors ? Native<Kuv32f>::lanes : 1, fewRows = 8;
+        return columns == 0 || columns >= lanes || width < lanes || rowsAtOnce(lanes) < fewRows ? columns : lanes;
+    };
+    const ptrdiff_t firstRow = hasTop ? 0 : top, lastRows = hasBottom ? 0 : bottom, rows = height - firstRow - lastRows;
+    const ptrdiff_t firstColumn = hasLeft ? 0 : left, lastColumns = hasRight ? 0 : right;
+    fromCopy(0, 0, width, firstRow);
+    fromCopy(0, height - lastRows, width, lastRows);
+    fromCopy(0, firstRow, widened(firstColumn), rows);
+    fromCopy(width - widened(lastColumns), firstRow, widened(lastColumns), rows);
+    fromSource(firstColumn, firstRow, width - firstColumn - lastColumns, rows);
+}
+
+}  // namespace
+}  // namespace kuv::KUV_VARIANT
+
+KuvStatus KUV_VARIANT_FUNCTION(kuviFilterBorder_32f_C1R)(const Kuv32f* src, Kuv32s srcStep, Kuv32f* dst, Kuv32s dstStep, KuviSize roiSize,
+                                                         Kuv32s borderType, const Kuv32f* borderValue, const KuviBorderKernel* spec,
+                                                         Kuv8u* buffer) {
+    using namespace kuv::KUV_VARIANT;
+    const bool fills = (borderType & 15) == kuvBorderFill;
+    if (anyNull(src, dst) || anyNull(spec, buffer)) return kuvStatusNullPtr;
+    if (fills && anyNull(borderValue)) return kuvStatusNullPtr;
+    if (emptyRoi(roiSize)) return kuvStatusBadSize;
+    if (srcStep < 1 || ptrdiff_t{4} * roiSize.width > dstStep) return kuvStatusBadStep;
+    if (!isBorder(borderType)) return kuvStatusBadBorder;
+    filterWithBorder({src, srcStep, dst, dstStep, roiSize.width, roiSize.height}, borderType, fills ? loadSample(borderValue) : 0,
+                     keptKernel(spec), buffer);
+    return kuvStatusOk;
+}

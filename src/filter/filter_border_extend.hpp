@@ -1,0 +1,70 @@
+// Parts of an image that is continued beyond what is known of it.
+#pragma once
+
+#include "core/rows.hpp"
+
+namespace kuv::KUV_VARIANT {
+namespace {
+
+// The known columns, or rows, from the region's first one on.
+struct Known {
+    ptrdiff_t begin, end;
+
+    KUV_INLINE bool has(ptrdiff_t i) const { return i >= begin && i < end; }
+    KUV_INLINE ptrdiff_t clamped(ptrdiff_t i) const { return i < begin ? begin : i >= end ? end - 1 : i; }
+    KUV_INLINE ptrdiff_t reflected(ptrdiff_t i) const {
+        const ptrdiff_t last = end - 1 - begin, period = 2 * last;
+        ptrdiff_t distance = i < begin ? begin - i : i - begin;
+        if (distance > last) {
+            if (last == 0) return begin;
+            if (distance >= period) distance %= period;
+            if (distance > last) distance = period - distance;
+        }
+        return begin + distance;
+    }
+};
+
+// The continued image. Beyond the known pixels it has the constant, or those that a rule finds.
+struct Continued {
+    const Kuv32f* src;
+    ptrdiff_t srcStep;
+    Known columns, rows;
+    Kuv32s rule;
+    Kuv32f constant;
+
+    static constexpr ptrdiff_t narrow = 64, rowsAhead = 24;
+
+    // Its pixels from (x, y) on, packed.
+    void copy(ptrdiff_t x, ptrdiff_t y, ptrdiff_t width, ptrdiff_t height, Kuv32f* to) const {
+        for (ptrdiff_t row = y; row < y + height; ++row, to += width) {
+            // The processor does not foresee rows of strips.
+            if (width <= narrow) prefetchRow(rowAt(src, srcStep, row + rowsAhead) + x, width);
+            if (rule == kuvBorderFill && !rows.has(row)) fillRow(to, width);
+            else copyRow(rowAt(src, srcStep, place(rows, row)), x, width, to);
+        }
+    }
+
+private:
+    KUV_INLINE ptrdiff_t place(const Known& known, ptrdiff_t i) const {
+        return rule == kuvBorderReflect ? known.reflected(i) : known.clamped(i);
+    }
+
+    KUV_INLINE void fillRow(Kuv32f* to, ptrdiff_t width) const {
+        for (ptrdiff_t i = 0; i < width; ++i) to[i] = constant;
+    }
+
+    KUV_INLINE void copyRow(const Kuv32f* row, ptrdiff_t x, ptrdiff_t width, Kuv32f* to) const {
+        const ptrdiff_t begin = columns.clamped(x) - x, end = columns.clamped(x + width - 1) + 1 - x;
+        const auto beyond = [&](ptrdiff_t i) { return rule == kuvBorderFill ? constant : loadSample(row + place(columns, x + i)); };
+        for (ptrdiff_t i = 0; i < begin; ++i) to[i] = beyond(i);
+        if (end - begin < 16) {
+            for (ptrdiff_t i = begin; i < end; ++i) to[i] = loadSample(row + x + i);
+        } else {
+            __builtin_memcpy(to + begin, row + x + begin, static_cast<size_t>(end - begin) * sizeof(Kuv32f));
+        }
+        for (ptrdiff_t i = end; i < width; ++i) to[i] = beyond(i);
+    }
+};
+
+}  // namespace
+}  // namespace kuv::KUV_VARIANT
