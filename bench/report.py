@@ -76,6 +76,10 @@ FAMILIES = [
     Family("Labels", r"kuviLabelMarkers_.*", "", 1.2, 2, "OpenCV"),
     Family("Filters", r"kuviFilterBorder_.*", "", 2, 3, "OpenCV"),
     Family("Resizing", r"kuviResizeLinear_.*", "", 3, 5, "OpenCV"),
+    Family("Fourier transforms, powers of two", r"kuvsDFTFwd_.*", "^power of two", 0.8, 1.1),
+    Family("Fourier transforms, long powers of two", r"kuvsDFTFwd_.*", "^long", 0.9, 1.2),
+    Family("Fourier transforms, small factors", r"kuvsDFTFwd_.*", "factors", 0.6, 1),
+    Family("Fourier transforms, primes and chirps", r"kuvsDFTFwd_.*", "prime|chirp", 1, 2),
     Family("Cosine transforms of blocks", r"kuviDCT8x8.*", "", 1, 1.5),
     Family("Zigzag scans", r"kuviZigzag.*", "", 3, 6),
 ]
@@ -177,7 +181,7 @@ def families(rows):
     strongest = next((r.ours for r in reversed(rows) if r.kind == "px"), None)
     taken, lines = set(), []
     for family in FAMILIES:
-        found = [r for r in rows if r.kind == "peer" and r.ours == strongest and r.size in PICTURES and r not in taken
+        found = [r for r in rows if r.kind == "peer" and r.ours == strongest and (r.size in PICTURES or is_signal(r)) and r not in taken
                  and re.fullmatch(family.functions, r.function) and re.search(family.cases, r.case) and re.search(family.peers, r.other)]
         taken.update(found)
         if not found:
@@ -188,6 +192,23 @@ def families(rows):
                       number(statistics.median(r.median for r in found)), number(last.median),
                       f"`{last.function}`, {last.case}, {last.size}, {last.other}"])
     return table(["Family", "Comparisons", "Least", "Reached", "Wanted", "Reached", "Median", "Smallest", "Where"], lines)
+
+
+def is_signal(row):
+    """Of a length, not of a size."""
+    return row.kind != "stub" and row.size.endswith("x1")
+
+
+def signals(rows):
+    """The strongest variant at each length."""
+    chosen = [r for r in rows if is_signal(r) and r.kind in ("px", "peer")]
+    lines = []
+    for (function, case, size), group in grouped(chosen, lambda r: (r.function, r.case, r.size)):
+        last = [r for r in group if r.kind == "px"][-1]
+        peer = next((r for r in group if r.kind == "peer"), None)
+        lines.append([f"`{function}`", case, size.removesuffix("x1"), number(last.ours_ns), number(last.median),
+                      peer.other if peer else "–", number(peer.median) if peer else "–"])
+    return table(["Function", "Case", "Length", "ns/value", "px", "Peer", "Against the peer"], lines)
 
 
 def by_size(rows, value=lambda r: number(r.median)):
@@ -323,9 +344,11 @@ def main(arguments):
     if len(arguments) not in (1, 2):
         sys.exit(__doc__)
     facts, rows = read(arguments[0])
-    parts = {"machine": machine(facts), "aims": aims(rows), "families": families(rows), "peers": peers(rows), "variants": variants(rows),
+    parts = {"families": families(rows), "signals": signals(rows)}
+    rows = [r for r in rows if not is_signal(r)]
+    parts |= {"machine": machine(facts), "aims": aims(rows), "peers": peers(rows), "variants": variants(rows),
              "slower": slower(rows), "copies": copies(rows), "threads": threads(rows), "calls": calls(rows)}
-    titles = {"machine": "Machine", "aims": "Aims", "families": "Aims by family", "peers": "Against other libraries", "variants": "Variants against px",
+    titles = {"machine": "Machine", "aims": "Aims", "families": "Aims by family", "peers": "Against other libraries", "signals": "Transforms by length", "variants": "Variants against px",
               "slower": "Where it is slower", "copies": "Against a copy", "threads": "Two threads against one",
               "calls": "Cost of a call, in ns"}
     for key, text in parts.items():

@@ -1938,6 +1938,91 @@ KUV_API KuvStatus kuviLabelMarkers_16u_C1IR(Kuv16u* srcDst, Kuv32s srcDstStep, K
 /** @defgroup transform Transforms
  *  @{ */
 
+/** What a Fourier transform is multiplied by: the `flag` of kuvsDFTGetSize_C_32f() and kuvsDFTInit_C_32f(). */
+enum {
+    kuvDftScaleForward = 1, /**< the forward transform by 1 / length */
+    kuvDftScaleInverse = 2, /**< the inverse transform by 1 / length, the forward one by nothing */
+    kuvDftScaleBoth = 4,    /**< both by 1 / sqrt(length) */
+    kuvDftScaleNone = 8     /**< neither */
+};
+
+/** Tells the sizes of the blocks that a Fourier transform of `length` values takes, in bytes.
+ *
+ *  Each size includes what aligning the block costs: blocks may stand at any address. They hold what they hold. 0 stands for a block
+ *  that is not used and may be null. Sizes depend on the variant of the library (see kuvSetCpuFeatures()): size, plan and runs
+ *  have to come from one.
+ *
+ *  Any length is fast whose factors are small:
+ *
+ *  - up to 16, and powers of two up to 2^26 (px) or 2^27 (all other variants)
+ *  - products of factors of which all but the largest are at most 75 (px) or 50; the largest may be as long as that, or, in all variants
+ *    but px, 150 if the length is a multiple of 4
+ *  - primes up to 73 (px) or 47, by the definition
+ *  - others below 0x4000000, by a convolution with a chirp, in a transform of at least twice the length
+ *
+ *  An error, once the results have been found not to be null and the length to be above 0, leaves in the results what has been added
+ *  up by then: with #kuvStatusBadFlag 640, 0 and 0. A size past 32 bits wraps: of the longest chirps, in all variants but px, `specSize` is
+ *  negative, and they are out of reach.
+ *
+ *  @param length number of complex values, at least 1
+ *  @param flag #kuvDftScaleForward, #kuvDftScaleInverse, #kuvDftScaleBoth or #kuvDftScaleNone
+ *  @param hint anything: not used
+ *  @param specSize receives the size of the plan
+ *  @param initSize receives the size of the buffer of kuvsDFTInit_C_32f()
+ *  @param workSize receives the size of the buffer of kuvsDFTFwd_CToC_32f()
+ *  @return #kuvStatusNullPtr if `specSize`, `initSize` or `workSize` is null; #kuvStatusBadSize if `length` is below 1; #kuvStatusBadFlag
+ *          if `flag` is none of the four; #kuvStatusBadOrder if `length` is a larger power of two than above; #kuvStatusBadSize if it is
+ *          another length above 0x7ffffff, or one of the last kind and not below 0x4000000; else #kuvStatusOk. */
+KUV_API KuvStatus kuvsDFTGetSize_C_32f(Kuv32s length, Kuv32s flag, Kuv32s hint, Kuv32s* specSize, Kuv32s* initSize, Kuv32s* workSize);
+
+/** Makes the plan of a Fourier transform of `length` values.
+ *
+ *  The plan lies within its block and refers to nothing else: `initBuffer` may be released. It cannot be moved. After an error the block
+ *  holds part of a plan, which must not be run, though its identity may be in place.
+ *
+ *  The factors of the transform are rounded to single precision. So is what it is multiplied by: 1 / `length` is divided in double
+ *  precision and rounded in px, and divided in single precision in all other variants; 1 / sqrt(`length`) is computed in double precision.
+ *
+ *  @param length number of complex values, at least 1
+ *  @param flag #kuvDftScaleForward, #kuvDftScaleInverse, #kuvDftScaleBoth or #kuvDftScaleNone
+ *  @param hint anything: not used
+ *  @param spec block for the plan, of at least the size that kuvsDFTGetSize_C_32f() gives; any address
+ *  @param initBuffer memory of at least the size that kuvsDFTGetSize_C_32f() gives; any address; may be null for lengths below 17 and
+ *         powers of two up to 1024
+ *  @return #kuvStatusNullPtr if `spec` is null; #kuvStatusBadSize if `length` is below 1; #kuvStatusBadFlag if `flag` is none of the four;
+ *          #kuvStatusBadOrder if `length` is too large a power of two; #kuvStatusBadSize if it is another length above 0x7ffffff;
+ *          #kuvStatusNullPtr if `initBuffer` is null where it is needed; #kuvStatusBadSize if `length` takes a chirp and is not below
+ *          0x4000000; else #kuvStatusOk. */
+KUV_API KuvStatus kuvsDFTInit_C_32f(Kuv32s length, Kuv32s flag, Kuv32s hint, Kuv8u* spec, Kuv8u* initBuffer);
+
+/** Transforms complex values, real and imaginary parts in planes of their own:
+ *  `dst[k] = scale * sum of src[n] * exp(-2 * pi * i * k * n / length) over all n`, for k and n from 0 to length - 1.
+ *
+ *  Exchanging real and imaginary parts both of `src` and of `dst` makes it the inverse transform.
+ *
+ *  Relative to the exact transform, the root mean square error is at most `(3 + 0.3 * log2(length)) * 2^-24`; with a prime factor f
+ *  above 13, `0.4 * sqrt(f) * 2^-24` more; with a chirp, twice that of the longer transform. Variants differ in the low bits. Infinite
+ *  values, NaN and values whose sums overflow make no result reliable.
+ *
+ *  A plane of `dst` may be that of the same part of `src`, one of them or both. Planes may stand at any address. Any number of threads
+ *  may use a plan at once, each with a buffer of its own.
+ *
+ *  Sources: J. W. Cooley and J. W. Tukey, "An Algorithm for the Machine Calculation of Complex Fourier Series", Mathematics of Computation 19
+ *  (1965); L. I. Bluestein, "A Linear Filtering Approach to the Computation of Discrete Fourier Transform", IEEE Transactions on Audio
+ *  and Electroacoustics 18 (1970); C. M. Rader, "Discrete Fourier Transforms When the Number of Data Samples Is Prime", Proceedings of
+ *  the IEEE 56 (1968).
+ *
+ *  @param srcRe real parts of the values
+ *  @param srcIm imaginary parts of the values
+ *  @param dstRe real parts of the transform
+ *  @param dstIm imaginary parts of the transform
+ *  @param spec a plan that kuvsDFTInit_C_32f() has made, at the address that it was given
+ *  @param buffer memory of at least the size that kuvsDFTGetSize_C_32f() gives; any address; may be null if that is 0
+ *  @return #kuvStatusNullPtr if `spec` is null; #kuvStatusBadContext if it is no plan; #kuvStatusNullPtr if `srcRe`, `srcIm`, `dstRe` or
+ *          `dstIm` is null, or `buffer` where it is needed; else #kuvStatusOk. */
+KUV_API KuvStatus kuvsDFTFwd_CToC_32f(const Kuv32f* srcRe, const Kuv32f* srcIm, Kuv32f* dstRe, Kuv32f* dstIm, const Kuv8u* spec,
+                                      Kuv8u* buffer);
+
 /** @name Cosine transforms of 8x8 blocks
  *  The orthonormal two-dimensional cosine transform (DCT-II) of 64 samples that stand one after the other, row by row, and its inverse, in
  *  place:

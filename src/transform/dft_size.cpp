@@ -1,0 +1,82 @@
+// The sizes of a Fourier transform's blocks.
+#include "core/checks.hpp"
+#include "transform/dft_plan.hpp"
+
+namespace kuv::KUV_VARIANT {
+namespace {
+
+constexpr Kuv64s slack = 64;  // for aligning a block
+
+void addMixedRadix(Kuv32s length, const Factors& factors, BlockSizes& sizes) {
+    Kuv64s tables = 0;
+    const Kuv32s mark = walkStages(
+        length, factors, [&](int, Kuv32s radix, bool isNew) { tables += isNew ? round64(8 * Kuv64s{radix}) : 0; },
+        [&](int, Kuv32s radix, Kuv32s remaining, Kuv32s, Kuv32s) { tables += round64(8 * Kuv64s{radix} * remaining); },
+        [&](Kuv32s entries) { tables += round64(4 * Kuv64s{entries}); });
+    sizes.spec += round64(tables);
+    sizes.work += round64(mixedWorkBytes(length, mark));
+}
+
+KuvStatus addSizes(Kuv32s length, BlockSizes& sizes);
+
+void addChirp(Kuv32s length, BlockSizes& sizes) {
+    const Kuv64s points = convolutionLength(length);
+    BlockSizes nested = {};
+    addSizes(static_cast<Kuv32s>(points), nested);
+    const Kuv64s convolution = round64(nested.work) + 8 * points + 64;
+    sizes.spec += round64(round64(8 * Kuv64s{length}) + round64(8 * points) + round64(nested.spec));
+    sizes.init += round64(round64(2 * Kuv64s{length}) + round64(nested.init) + round64(convolution));
+    sizes.work = round64(round64(nested.work) + round64(convolution));
+}
+
+KuvStatus addPath(Kuv32s length, BlockSizes& sizes) {
+    Factors factors;
+    const DftPath path = pathOf(length, factors);
+    const Kuv64s values = round64(8 * Kuv64s{length});
+    if (path == DftPath::fixed) return kuvStatusOk;
+    if (path == DftPath::powerOfTwo) {
+        const int order = orderOf(length);
+        if (order >= fftOrderLimit) return kuvStatusBadOrder;
+        const BlockSizes fft = fftSizes(order);
+        sizes.spec += round64(fft.spec);
+        sizes.init += round64(fft.init);
+        sizes.work += round64(fft.work);
+        return kuvStatusOk;
+    }
+    if (path == DftPath::tooLong) return kuvStatusBadSize;
+    sizes.init += values;
+    if (path == DftPath::mixedRadix) addMixedRadix(length, factors, sizes);
+    if (path == DftPath::direct) {
+        sizes.spec += values;
+        sizes.work += values;
+    }
+    if (path == DftPath::chirp) addChirp(length, sizes);
+    return path == DftPath::chirpTooLong ? kuvStatusBadSize : kuvStatusOk;
+}
+
+KuvStatus addSizes(Kuv32s length, BlockSizes& sizes) {
+    sizes.spec += 576;
+    const KuvStatus status = addPath(length, sizes);
+    sizes.spec += slack;
+    if (sizes.init > 0) sizes.init += slack;
+    if (sizes.work > 0) sizes.work += slack;
+    return status;
+}
+
+}  // namespace
+}  // namespace kuv::KUV_VARIANT
+
+KuvStatus KUV_VARIANT_FUNCTION(kuvsDFTGetSize_C_32f)(Kuv32s length, Kuv32s flag, Kuv32s, Kuv32s* specSize, Kuv32s* initSize,
+                                                     Kuv32s* workSize) {
+    using namespace kuv::KUV_VARIANT;
+    if (anyNull(specSize, initSize, workSize)) return kuvStatusNullPtr;
+    if (length < 1) return kuvStatusBadSize;
+    BlockSizes sizes = {};
+    KuvStatus status = kuvStatusBadFlag;
+    if (isDftFlag(flag)) status = addSizes(length, sizes);
+    else sizes.spec = 576 + slack;
+    storeSample(specSize, static_cast<Kuv32s>(sizes.spec));
+    storeSample(initSize, static_cast<Kuv32s>(sizes.init));
+    storeSample(workSize, static_cast<Kuv32s>(sizes.work));
+    return status;
+}
