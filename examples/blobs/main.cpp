@@ -6,9 +6,9 @@
 #include <cstring>
 #include <random>
 
-#include "files.hpp"
+#include "../files.hpp"
 
-using namespace blobs;
+using namespace examples;
 
 namespace {
 

@@ -1,4 +1,4 @@
-"""Makes the documentation's pictures of what the examples do: pictures.py DEVELOP FILTERS DIRECTORY"""
+"""Makes the documentation's pictures of what the examples do: pictures.py DEVELOP FILTERS SPECTRUM DIRECTORY"""
 import pathlib
 import subprocess
 import sys
@@ -10,7 +10,7 @@ from PIL import Image, ImageDraw, ImageFont
 matplotlib.use("Agg")
 from matplotlib import pyplot  # noqa: E402
 
-program, filters, images = sys.argv[1], sys.argv[2], pathlib.Path(sys.argv[3])
+program, filters, spectrum, images = *sys.argv[1:4], pathlib.Path(sys.argv[4])
 work = tempfile.TemporaryDirectory()
 font = ImageFont.truetype(f"{matplotlib.get_data_path()}/fonts/ttf/DejaVuSans.ttf", 13)
 
@@ -19,6 +19,7 @@ DITHERS = [("no dither", ["none"]), ("ordered", ["ordered"]), ("ordered, noise 3
            ("Floyd, Steinberg", ["floyd"]), ("Jarvis, Judice, Ninke", ["jarvis"]), ("Stucki", ["stucki"])]
 POINTS = "0:0,0.05:0.2,0.2:0.5,0.5:0.8,1:1"
 KERNELS, BORDERS = ("shift", "blur", "streak", "sharpen", "edges"), ("clamp", "reflect", "fill")
+SPECTRA = [("as it is", []), ("--notch auto --notch auto", ["--notch", "auto", "--notch", "auto"]), ("--low-pass 3", ["--low-pass", "3"])]
 CURVES = [("screen", ["--curve", "screen"])]
 CURVES += [(form, ["--curve", POINTS, "--curve-form", form]) for form in ("cubic", "linear", "step")]
 
@@ -72,6 +73,29 @@ def filter_sheet():
     save(sheet, "filters.png")
 
 
+def spectrum_sheet():
+    """The picture and its spectrum, a column for each filter. Rings show where the waves stand that were removed in one of them."""
+    gap, caption, radius = 10, 24, 9
+    waves, columns = [], []
+    for _, options in SPECTRA:
+        paths = [f"{work.name}/{name}.png" for name in ("filtered", "spectrum")]
+        told = subprocess.run([spectrum, "-o", paths[0], "--spectrum", paths[1], *options], check=True, text=True, stdout=subprocess.PIPE)
+        waves += [tuple(map(int, line.split()[-1].split(","))) for line in told.stdout.splitlines() if line.startswith("wave")]
+        columns.append([Image.open(path).convert("RGB") for path in paths])
+    width, height = columns[0][0].size
+    sheet = Image.new("RGB", (gap + len(columns) * (width + gap), caption + 2 * (height + gap)), "#e8e8e8")
+    draw = ImageDraw.Draw(sheet)
+    for column, (name, _) in enumerate(SPECTRA):
+        left, below = gap + column * (width + gap), caption + height + gap
+        draw.text((left, 4), name, "black", font)
+        sheet.paste(columns[column][0], (left, caption))
+        sheet.paste(columns[column][1], (left, below))
+        for across, down in waves + [(-across, -down) for across, down in waves]:
+            x, y = left + width // 2 + across, below + height // 2 + down
+            draw.ellipse((x - radius, y - radius, x + radius, y + radius), outline="#e05030")
+    save(sheet, "spectrum.png")
+
+
 def write_ramp(path, width):
     """A mosaic that grows from no light on the left to full scale on the right."""
     row = b"".join((x * 65535 // (width - 1)).to_bytes(2, "big") for x in range(width))
@@ -105,4 +129,5 @@ for count in (2, 4, 16):
     dither_sheet(count)
 curve_sheet()
 filter_sheet()
+spectrum_sheet()
 develop("--compare", str(images / "before-after.png"))

@@ -7,11 +7,11 @@
 #include <cstdint>
 #include <fstream>
 
-namespace blobs {
+namespace examples {
 
 namespace {
 
-// The buffer that labelling needs, 6 bytes a pixel, is counted in 31 bits.
+// Sizes of buffers are counted in 31 bits. Labelling takes the largest ones, of 6 bytes a pixel.
 void checkSize(const std::string& path, std::int64_t width, std::int64_t height) {
     if (width < 1 || height < 1) throw FileError(path, "is a picture without pixels");
     if (width > 1'000'000 || height > 1'000'000 || width * height > 300'000'000)
@@ -40,6 +40,7 @@ Picture<Kuv16u> readPgm(std::ifstream& file, const std::string& path) {
     checkSize(path, width, height);
     if (maximum < 1 || maximum > 65535) throw FileError(path, "its maximum value is not 1 to 65535");
     Picture<Kuv16u> picture(width, height);
+    picture.maximum = maximum;
     // Samples above 255 take two bytes, the upper one first.
     const int sampleBytes = maximum > 255 ? 2 : 1;
     std::vector<unsigned char> row(std::size_t(width) * sampleBytes);
@@ -65,6 +66,7 @@ Picture<Kuv16u> readPng(const std::string& path) {
     std::vector<Kuv8u> grey(PNG_IMAGE_SIZE(image));
     if (!png_image_finish_read(&image, &black, grey.data(), 0, nullptr)) throw FileError(path, image.message);
     Picture<Kuv16u> picture(int(image.width), int(image.height));
+    picture.maximum = 255;
     std::copy(grey.begin(), grey.end(), picture.samples.begin());
     return picture;
 }
@@ -85,9 +87,9 @@ void writePicture(const std::string& path, const Picture<Kuv8u>& picture) {
     image.version = PNG_IMAGE_VERSION;
     image.width = png_uint_32(picture.size.width);
     image.height = png_uint_32(picture.size.height);
-    image.format = PNG_FORMAT_RGB;
+    image.format = picture.channels == 1 ? PNG_FORMAT_GRAY : PNG_FORMAT_RGB;
     if (!png_image_write_to_file(&image, path.c_str(), 0, picture.samples.data(), 0, nullptr))
         throw FileError(path, image.message);
 }
 
-}  // namespace blobs
+}  // namespace examples
