@@ -1229,7 +1229,7 @@ KUV_API KuvStatus kuviReduceBitsGetBufferSize(Kuv32s channels, KuviSize roiSize,
  *  caller must not pass a region that begins past one far edge only: it gets pixels of the image's last column or row at their place, which
  *  is before the region.
  *
- *  Step class C. `src` and `dst` must not overlap.
+ *  Step class C. `src` and `dst` must not overlap. w7 to h9 use up to 32 KiB of stack.
  *
  *  @param src the mosaic, at image sample (0, 0), not at the region
  *  @param roi the region to produce
