@@ -4,30 +4,12 @@ set -u
 program=$1
 . "$(dirname "$0")/../testing.sh"
 
-fail() {
-    echo "FAILED: $*"
-    cat out err
-    failures=$((failures + 1))
-}
-
 # finds COUNT ARGUMENTS: the program finds so many blobs and has nothing to say on stderr.
 finds() {
     count=$1
     shift
-    "$program" "$@" >out 2>err || fail "blobs $*"
+    run "$@" || fail "blobs $*"
     [ ! -s err ] && grep -q "^$count blobs, " out || fail "blobs $*: wanted $count blobs"
-}
-
-# refuses EXIT_CODE TEXT ARGUMENTS: the program ends with that code and one line on stderr that holds the text.
-refuses() {
-    wanted=$1
-    text=$2
-    shift 2
-    "$program" "$@" >out 2>err
-    got=$?
-    if [ $got -ne "$wanted" ] || [ "$(wc -l <err)" -ne 1 ] || ! grep -q "^blobs: .*$text" err; then
-        fail "blobs $*: exit code $got, wanted $wanted and one line with '$text'"
-    fi
 }
 
 "$program" --help >out 2>err && grep -q '^Usage: blobs' out || fail "--help"

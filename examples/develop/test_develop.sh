@@ -6,13 +6,7 @@ python=$2
 here=$(cd "$(dirname "$0")" && pwd)
 . "$here/../testing.sh"
 
-fail() {
-    echo "FAILED: $*"
-    failures=$((failures + 1))
-}
-
-# run ARGUMENTS: leaves what the program says in the files out and err. Progress is left out: whether a stage lasts long enough
-# for it depends on the machine's load.
+# The same without progress: whether a stage lasts long enough for it depends on the machine's load.
 run() {
     "$program" "$@" >out 2>all
     status=$?
@@ -24,20 +18,6 @@ run() {
 works() {
     if ! run "$@" || [ -s err ]; then
         fail "develop $*"
-        cat out err
-    fi
-}
-
-# refuses EXIT_CODE TEXT ARGUMENTS: the program ends with that code and one line on stderr that holds the text.
-refuses() {
-    wanted=$1
-    text=$2
-    shift 2
-    run "$@"
-    got=$?
-    if [ $got -ne "$wanted" ] || [ "$(wc -l <err)" -ne 1 ] || ! grep -q "^develop: .*$text" err; then
-        fail "develop $*: exit code $got, wanted $wanted and one line with '$text'"
-        cat err
     fi
 }
 
@@ -49,7 +29,6 @@ same() {
 psnrAtLeast() {
     awk -v r="$1" -v g="$2" -v b="$3" '/^PSNR/ { n++; ok = $3 >= r && $6 >= g && $9 >= b } END { exit !(n == 1 && ok) }' out || {
         fail "PSNR below R $1, G $2, B $3"
-        cat out
     }
 }
 

@@ -6,30 +6,12 @@ python=$2
 here=$(cd "$(dirname "$0")" && pwd)
 . "$here/../testing.sh"
 
-fail() {
-    echo "FAILED: $*"
-    cat out err
-    failures=$((failures + 1))
-}
-
 # draws TEXT ARGUMENTS: the program says that it wrote so many rows and columns, and has nothing to say on stderr.
 draws() {
     text=$1
     shift
-    "$program" "$@" >out 2>err || fail "filters $*"
+    run "$@" || fail "filters $*"
     [ ! -s err ] && grep -q "^$text$" out || fail "filters $*: wanted '$text'"
-}
-
-# refuses EXIT_CODE TEXT ARGUMENTS: the program ends with that code and one line on stderr that holds the text.
-refuses() {
-    wanted=$1
-    text=$2
-    shift 2
-    "$program" "$@" >out 2>err
-    got=$?
-    if [ $got -ne "$wanted" ] || [ "$(wc -l <err)" -ne 1 ] || ! grep -q "^filters: .*$text" err; then
-        fail "filters $*: exit code $got, wanted $wanted and one line with '$text'"
-    fi
 }
 
 samples() {

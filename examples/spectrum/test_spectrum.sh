@@ -6,34 +6,16 @@ python=$("$2" -c 'import sys; print(sys.executable)')  # itself, not a script th
 here=$(cd "$(dirname "$0")" && pwd)
 . "$here/../testing.sh"
 
-fail() {
-    echo "FAILED: $*"
-    cat out err
-    failures=$((failures + 1))
-}
-
 # runs ARGUMENTS: the program ends well, has nothing to say on stderr and tells that the mean is what it was, within the hundredth
 # part of a step of 8 bits.
 runs() {
-    "$program" "$@" >out 2>err || fail "spectrum $*"
+    run "$@" || fail "spectrum $*"
     [ ! -s err ] && awk '$1 == "mean" { found = ($2 - $4) ^ 2 < 2.5 ^ 2 } END { exit !found }' out || fail "spectrum $*: the mean"
 }
 
 # says TEXT: the last run did.
 says() {
     grep -q -e "$1" out || fail "wanted '$1'"
-}
-
-# refuses EXIT_CODE TEXT ARGUMENTS: the program ends with that code and one line on stderr that holds the text.
-refuses() {
-    wanted=$1
-    text=$2
-    shift 2
-    "$program" "$@" >out 2>err
-    got=$?
-    if [ $got -ne "$wanted" ] || [ "$(wc -l <err)" -ne 1 ] || ! grep -q -e "^spectrum: .*$text" err; then
-        fail "spectrum $*: exit code $got, wanted $wanted and one line with '$text'"
-    fi
 }
 
 waves() {
