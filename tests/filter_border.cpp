@@ -51,7 +51,7 @@ KUV_FOR_EACH_VARIANT(FilterBorder);
 
 TEST_P(FilterBorder, EveryWidth) {
     for (int width = 1; width <= 140 && !HasFailure(); ++width) {
-        for (const KuviSize kernel : {KuviSize{3, 3}, {1, 1}, {2, 5}, {9, 2}, {1, 4}, {4, 1}, {11, 4}}) {
+        for (const KuviSize kernel : {KuviSize{3, 3}, {5, 5}, {1, 1}, {2, 5}, {9, 2}, {1, 4}, {4, 1}, {9, 1}, {1, 17}, {11, 4}}) {
             expectFiltered(callOf(kernel, {width, between(random_, 1, 9)}, anyBorder(random_)));
         }
     }
@@ -60,7 +60,7 @@ TEST_P(FilterBorder, EveryWidth) {
 
 TEST_P(FilterBorder, EveryHeight) {
     for (int height = 1; height <= 40 && !HasFailure(); ++height) {
-        for (const KuviSize kernel : {KuviSize{3, 3}, {3, 2}, {2, 7}, {7, 1}, {1, 8}}) {
+        for (const KuviSize kernel : {KuviSize{3, 3}, {5, 5}, {3, 2}, {2, 7}, {7, 1}, {1, 8}, {1, 9}, {17, 1}}) {
             expectFiltered(callOf(kernel, {between(random_, 1, 70), height}, anyBorder(random_)));
         }
     }

@@ -57,8 +57,13 @@ private:
         const ptrdiff_t begin = columns.clamped(x) - x, end = columns.clamped(x + width - 1) + 1 - x;
         const auto beyond = [&](ptrdiff_t i) { return rule == kuvBorderFill ? constant : loadSample(row + place(columns, x + i)); };
         for (ptrdiff_t i = 0; i < begin; ++i) to[i] = beyond(i);
-        if (end - begin < 16) {
+        if (end - begin < 4) {
             for (ptrdiff_t i = begin; i < end; ++i) to[i] = loadSample(row + x + i);
+        } else if (end - begin <= narrow) {
+            // Fours, of which the last may lie on the one before it.
+            constexpr size_t four = 4 * sizeof(Kuv32f);
+            for (ptrdiff_t i = begin; i < end - 4; i += 4) __builtin_memcpy(to + i, row + x + i, four);
+            __builtin_memcpy(to + end - 4, row + x + end - 4, four);
         } else {
             __builtin_memcpy(to + begin, row + x + begin, static_cast<size_t>(end - begin) * sizeof(Kuv32f));
         }

@@ -71,6 +71,12 @@ KUV_INLINE V sumOf(V a, V b) {
     else return add(a, b);
 }
 
+template <class V>
+KUV_INLINE V product(V a, V b) {
+    if constexpr (V::lanes == 1) return {a.raw * b.raw};
+    else return multiply(a, b);
+}
+
 // sum + a * b, rounded once from AVX2 on.
 template <class V>
 KUV_INLINE V sumWithProduct(V sum, V a, V b) {
@@ -124,6 +130,17 @@ public:
             if constexpr (rows == 3) addRow<1, 2>(part, part.rows, src, srcStep);
         }
         if constexpr (rows > 1) addRow<rows - 1, rows - 1>(part, last, src, srcStep);
+    }
+
+    // Adds the products of a single coefficient.
+    KUV_INLINE void addProducts(Kuv32f coefficient, const Kuv32f* src, ptrdiff_t srcStep) {
+        const V factor = fillLanes<V>(coefficient);
+#pragma GCC unroll 8
+        for (int r = 0; r < rows; ++r) {
+            const Kuv32f* const from = rowAt(src, srcStep, r);
+#pragma GCC unroll 8
+            for (int v = 0; v < vectors; ++v) sums_[r][v] = sumOf(sums_[r][v], product(factor, loadLanes<V>(from + v * V::lanes)));
+        }
     }
 
     // Adds the sums for a part of a single row.
@@ -217,21 +234,26 @@ __attribute__((noinline)) void filterBlocks(const Kernel& kernel, const Images& 
         partColumns = lesser(hasAVX && kh == 1 ? eights(kw) : 8, kw);
         if (hasAVX && kw == 1) partRows = eights(kh);
     }
+    // What stays of a row or a column is often a single coefficient.
+    const bool endsInOne = order == Order::byEights && partColumns * partRows + 1 == kw * kh;
     for (ptrdiff_t row = 0;; row += rows) {
         const ptrdiff_t y = lesser(row, lastRow);
         const Kuv32f* const src = rowAt(images.src, srcStep, y);
         Kuv32f* const dst = rowAt(images.dst, images.dstStep, y);
         for (ptrdiff_t column = begin;; column += Sums::width) {
             const ptrdiff_t x = lesser(column, lastColumn);
-            if constexpr (vectors > 1) {
-                // What the next row of blocks begins with, in the order in which it is needed.
-                for (int r = 0; r < rows; ++r) prefetchRow(rowAt(src, srcStep, rows + kh - 1 + r) + x, Sums::width);
-            }
+            // What the next row begins with: each page of it is new to the processor.
+            if constexpr (rows == 1 && vectors > 1) prefetchRow(rowAt(src, srcStep, kh) + x, Sums::width);
             Part part = {kernel.first, kw, partRows, partColumns};
             const Kuv32f* from = src + x;
             for (ptrdiff_t i = 0, j = 0;;) {
                 Sums sums;
                 sums.add(part, from, srcStep);
+                if (endsInOne) {
+                    sums.addProducts(*kernel.at(kh - 1, kw - 1), rowAt(src, srcStep, kh - 1) + x + kw - 1, srcStep);
+                    sums.put(dst + x, images.dstStep, false);
+                    break;
+                }
                 if (order == Order::byEights && kh == 1) {
                     while ((i += partColumns) < kw) {
                         sums.addFlat({kernel.at(0, i), kw, 1, lesser(partColumns, kw - i)}, src + x + i, srcStep);
@@ -255,14 +277,68 @@ __attribute__((noinline)) void filterBlocks(const Kernel& kernel, const Images& 
     }
 }
 
+// A kernel of a size that many use, in whole blocks of its own: with all offsets known and no loop within, more rows at once pay. Returns
+// how many columns are done.
+template <class V, int kw, int kh, int rows>
+__attribute__((noinline)) ptrdiff_t filterFixed(const Kernel& kernel, const Images& images) {
+    constexpr int vectors = 2, width = vectors * V::lanes;
+    const Kuv32f* const first = kernel.first;
+    const ptrdiff_t columns = images.width / width * width, lastRow = images.height - rows;
+    for (ptrdiff_t row = 0;; row += rows) {
+        const ptrdiff_t y = lesser(row, lastRow);
+        const Kuv32f* const src = rowAt(images.src, images.srcStep, y);
+        Kuv32f* const dst = rowAt(images.dst, images.dstStep, y);
+        for (ptrdiff_t x = 0; x < columns; x += width) {
+            V sums[rows][vectors];
+#pragma GCC unroll 16
+            for (int j = 0; j < rows + kh - 1; ++j) {
+                const Kuv32f* const from = rowAt(src, images.srcStep, j) + x;
+#pragma GCC unroll 8
+                for (int i = 0; i < kw; ++i) {
+                    V samples[vectors];
+#pragma GCC unroll 8
+                    for (int v = 0; v < vectors; ++v) samples[v] = load<V>(from + i + v * V::lanes);
+#pragma GCC unroll 8
+                    for (int r = 0; r < rows; ++r) {
+                        if (r > j || r <= j - kh) continue;
+                        const V coefficient = fill<V>(first[-((j - r) * kw + i)]);
+                        const bool begins = r == j && i == 0;
+#pragma GCC unroll 8
+                        for (int v = 0; v < vectors; ++v) {
+                            sums[r][v] = sumWithProduct(begins ? fill<V>(-0.0f) : sums[r][v], coefficient, samples[v]);
+                        }
+                    }
+                }
+            }
+#pragma GCC unroll 8
+            for (int r = 0; r < rows; ++r) {
+#pragma GCC unroll 8
+                for (int v = 0; v < vectors; ++v) store(rowAt(dst, images.dstStep, r) + x + v * V::lanes, sums[r][v]);
+            }
+        }
+        if (y == lastRow) break;
+    }
+    return columns;
+}
+
+// Returns how many columns are done.
+template <class V, int rows>
+KUV_INLINE ptrdiff_t filterBySize(const Kernel& kernel, const Images& images) {
+    if (images.height < rows || images.width < 2 * V::lanes) return 0;
+    if (kernel.width == 3 && kernel.height == 3) return filterFixed<V, 3, 3, rows>(kernel, images);
+    // Without fused products the larger one lacks registers.
+    if (hasAVX2 && kernel.width == 5 && kernel.height == 5) return filterFixed<V, 5, 5, rows>(kernel, images);
+    return 0;
+}
+
 // All columns, in blocks of several vectors and, where these would mostly lie on each other, of one.
 template <class V, int rows, int vectors, Order order>
-KUV_INLINE void filterColumns(const Kernel& kernel, const Images& images) {
+KUV_INLINE void filterColumns(const Kernel& kernel, const Images& images, ptrdiff_t begin) {
     constexpr ptrdiff_t blockWidth = vectors * V::lanes;
-    const ptrdiff_t width = images.width, rest = width % blockWidth;
-    const ptrdiff_t inBlocks = width < blockWidth ? 0 : rest > V::lanes ? width : width - rest;
-    if (inBlocks > 0) filterBlocks<V, rows, vectors, order>(kernel, images, 0, inBlocks);
-    if (inBlocks < width) filterBlocks<V, rows, 1, order>(kernel, images, inBlocks > 0 ? width - V::lanes : 0, width);
+    const ptrdiff_t end = images.width, rest = (end - begin) % blockWidth;
+    const ptrdiff_t inBlocks = end - begin < blockWidth ? begin : rest > V::lanes ? end : end - rest;
+    if (inBlocks > begin) filterBlocks<V, rows, vectors, order>(kernel, images, begin, inBlocks);
+    if (inBlocks < end) filterBlocks<V, rows, 1, order>(kernel, images, inBlocks > begin ? end - V::lanes : lesser(begin, end - V::lanes), end);
 }
 
 // Blocks' shapes keep as many sums at work as the registers hold, and load few operands for each of them.
@@ -271,11 +347,13 @@ void filterInVectors(const Kernel& kernel, const Images& images) {
     using V = Native<Kuv32f>;
     constexpr int rows = order == Order::alternating ? 2 : 3;
     constexpr int vectors = order == Order::alternating ? 2 : hasAVX2 ? 4 : 2;
-    constexpr int flatVectors = order == Order::alternating || hasAVX ? 4 : 8;
+    constexpr int flatVectors = order == Order::alternating ? 4 : 8;
     const bool tall = images.height >= rows;
     if (images.width >= V::lanes) {
-        if (tall) filterColumns<V, rows, vectors, order>(kernel, images);
-        else filterColumns<V, 1, flatVectors, order>(kernel, images);
+        const ptrdiff_t done = order == Order::byEights ? filterBySize<V, 6>(kernel, images) : 0;
+        if (tall && kernel.height > 1) filterColumns<V, rows, vectors, order>(kernel, images, done);
+        else if (images.width >= flatVectors * V::lanes) filterColumns<V, 1, flatVectors, order>(kernel, images, done);
+        else filterColumns<V, 1, 4, order>(kernel, images, done);
         return;
     }
     if constexpr (V::lanes > 4) {
