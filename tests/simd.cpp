@@ -109,6 +109,28 @@ Reference interleaved3() {
     };
 }
 
+// 0 for what is no number.
+template <class T, class Operation>
+Reference ofThree(Operation operation) {
+    return [operation](In a, In b, In c, int bytes, Out result) {
+        for (int i = 0; i < lanesIn<T>(bytes); ++i) {
+            const T value = operation(load<T>(a, i), load<T>(b, i), load<T>(c, i));
+            store(result, i, std::isnan(value) ? T{0} : value);
+        }
+    };
+}
+template <class T>
+Reference fused(T ofProduct, T ofSum) {
+    return ofThree<T>([=](T a, T b, T c) { return std::fma(ofProduct * a, b, ofSum * c); });
+}
+template <class T>
+Reference unfused(T ofProduct, T ofSum) {
+    return ofThree<T>([=](T a, T b, T c) {
+        const T product = ofProduct * a * b;
+        return product + ofSum * c;
+    });
+}
+
 // Of the lanes in each eight bytes.
 template <class T>
 Reference sumsOf() {
@@ -253,6 +275,9 @@ const std::map<std::string, Reference>& references() {
         {"storeParts4 Kuv8u", [](In a, In b, In c, int bytes, Out result) {
             for (int i = 0; i < 4 * bytes; ++i) result[i] = std::array{a, b, c, a}[static_cast<std::size_t>(i / 16 % 4)][i / 64 * 16 + i % 16];
         }},
+        {"storeParts6 Kuv8u", [](In a, In b, In c, int bytes, Out result) {
+            for (int i = 0; i < 6 * bytes; ++i) result[i] = std::array{a, b, c, b, a, c}[static_cast<std::size_t>(i / 16 % 6)][i / 96 * 16 + i % 16];
+        }},
         {"shuffleBytes Kuv8u", [](In a, In b, In, int bytes, Out result) {
             for (int i = 0; i < bytes; ++i) result[i] = b[i] & 0x80 ? 0 : a[i / 16 * 16 + b[i] % 16];
         }},
@@ -345,6 +370,18 @@ const std::map<std::string, Reference>& references() {
         {"add Kuv32f", arithmetic(std::plus<float>())}, {"single add Kuv32f", arithmetic(std::plus<float>())},
         {"single sub Kuv32f", arithmetic(std::minus<float>())}, {"single multiply Kuv32f", arithmetic(std::multiplies<float>())},
         {"divide Kuv32f", arithmetic(std::divides<float>())},
+        {"fused plusProduct Kuv32f", fused<float>(1, 1)}, {"fused plusProduct Kuv64f", fused<double>(1, 1)},
+        {"fused productMinus Kuv32f", fused<float>(1, -1)}, {"fused productMinus Kuv64f", fused<double>(1, -1)},
+        {"fused minusProduct Kuv32f", fused<float>(-1, 1)}, {"fused minusProduct Kuv64f", fused<double>(-1, 1)},
+        {"unfused plusProduct Kuv32f", unfused<float>(1, 1)}, {"unfused plusProduct Kuv64f", unfused<double>(1, 1)},
+        {"unfused productMinus Kuv32f", unfused<float>(1, -1)}, {"unfused productMinus Kuv64f", unfused<double>(1, -1)},
+        {"unfused minusProduct Kuv32f", unfused<float>(-1, 1)}, {"unfused minusProduct Kuv64f", unfused<double>(-1, 1)},
+        {"transposeFours Kuv32f", [](In a, In b, In c, int bytes, Out result) {
+            for (int i = 0; i < lanesIn<float>(4 * bytes); ++i) {
+                const int row = i / lanesIn<float>(bytes), lane = i % lanesIn<float>(bytes);
+                store(result, i, load<std::uint32_t>(std::array{a, b, c, a}[static_cast<std::size_t>(lane % 4)], lane / 4 * 4 + row));
+            }
+        }},
         {"squareRoot Kuv32f", root()}, {"single squareRoot Kuv32f", root()},
         {"absolute Kuv32f", magnitude()}, {"single absolute Kuv32f", magnitude()},
         {"laneBits Kuv32f", [](In a, In, In, int bytes, Out result) {
@@ -450,7 +487,7 @@ TEST_P(Simd, OperationsAreThoseOfScalarCode) {
             }
             avoidPairsOfNaNs(a, b);
             // At any address, and nothing else written.
-            std::array<unsigned char, 5 * longest> sources[3], wanted;
+            std::array<unsigned char, 8 * longest> sources[3], wanted;
             wanted.fill(0xA5);
             auto got = wanted;
             const int at[] = {below(random, longest), below(random, longest), below(random, longest)}, to = below(random, longest);
@@ -478,10 +515,11 @@ TEST_P(Simd, EveryOperationIsListed) {
             if (operations.list[o].registerBytes == bytes) listed.insert(operations.list[o].name);
         }
         for (const auto& [name, reference] : references()) {
-            const bool real = name.find("32f") != std::string::npos;
-            const bool fromSSSE3 = name.rfind("shuffleBytes", 0) == 0;
-            const char* const first = bytes == 32 ? (real ? "g9" : "h9") : fromSSSE3 ? "s8" : "px";
-            if (name.rfind("single", 0) != 0 && GetParam().index >= variantOf(first).index) wanted.insert(name);
+            const auto begins = [&name](const char* with) { return name.rfind(with, 0) == 0; };
+            const bool real = name.find("32f") != std::string::npos || name.find("64f") != std::string::npos, fuses = GetParam().code == std::string("h9");
+            if (begins("single") || begins(fuses ? "unfused" : "fused")) continue;
+            const char* const first = bytes == 32 ? (real ? "g9" : "h9") : begins("shuffleBytes") ? "s8" : "px";
+            if (GetParam().index >= variantOf(first).index) wanted.insert(name);
         }
         EXPECT_EQ(listed, wanted) << bytes << " bytes";
     }

@@ -7,6 +7,7 @@
 #include "simd/interleave.hpp"
 #include "simd/mask.hpp"
 #include "simd/real.hpp"
+#include "simd/transpose.hpp"
 
 namespace kuv::KUV_VARIANT {
 namespace {
@@ -15,11 +16,18 @@ using kuvtest::SimdOperation;
 
 template <class V>
 KUV_INLINE V get(const unsigned char* from) {
-    return load<V>(reinterpret_cast<const typename V::Lane*>(from));
+    if constexpr (sizeof(typename V::Lane) == 8 && std::is_floating_point_v<typename V::Lane>) {
+        V value;  // of which kernels have no rows
+        __builtin_memcpy(&value.raw, from, V::bytes);
+        return value;
+    } else {
+        return load<V>(reinterpret_cast<const typename V::Lane*>(from));
+    }
 }
 template <class T, int bytes>
 KUV_INLINE void put(unsigned char* to, Vector<T, bytes> value) {
-    store(reinterpret_cast<T*>(to), value);
+    if constexpr (sizeof(T) == 8 && std::is_floating_point_v<T>) __builtin_memcpy(to, &value.raw, bytes);
+    else store(reinterpret_cast<T*>(to), value);
 }
 KUV_INLINE void put(unsigned char* to, Kuv32u value) { storeSample(reinterpret_cast<Kuv32u*>(to), value); }
 
@@ -38,6 +46,16 @@ KUV_INLINE void put(unsigned char* to, Kuv32u value) { storeSample(reinterpret_c
 
 #define REAL(operation, T, ...) {operation, 16, WITH(T, 16, __VA_ARGS__)}, KUV_AVX({operation, 32, WITH(T, 32, __VA_ARGS__)},)
 #define REAL_BINARY(operation, T) REAL(#operation " " #T, T, put(result, operation(a, b)))
+
+// With 0 for what is no number: of several NaNs it is not stated which one stays.
+#ifdef __FMA__
+#define OF_PRODUCT(operation) OF_PRODUCT_NAMED("fused " #operation, operation)
+#else
+#define OF_PRODUCT(operation) OF_PRODUCT_NAMED("unfused " #operation, operation)
+#endif
+#define OF_PRODUCT_NAMED(name, operation)                                                                              \
+    REAL(name " Kuv32f", Kuv32f, const V r = operation(a, b, c); put(result, select(equal(r, r), r, fill<V>(0))))      \
+    REAL(name " Kuv64f", Kuv64f, const V r = operation(a, b, c); put(result, whereEqual(r, r, r)))
 
 #define SINGLE(operation, ...)                                                                                                    \
     {"single " #operation " Kuv32f", 4,                                                                                           \
@@ -73,6 +91,7 @@ constexpr SimdOperation operations[] = {
     RUN("storeParts3", Kuv8u, storeParts3(result, a, b, c))
     OPERATION("joinTwelves", Kuv8u, joinTwelves(a))
     RUN("storeParts4", Kuv8u, storeParts4(result, a, b, c, a))
+    RUN("storeParts6", Kuv8u, storeParts6(result, {a, b, c, b, a, c}))
 #ifdef __SSSE3__
     BINARY(shuffleBytes, Kuv8u)
 #endif
@@ -147,6 +166,9 @@ constexpr SimdOperation operations[] = {
     REAL_BINARY(divide, Kuv32f)
     REAL_BINARY(greater, Kuv32f) REAL_BINARY(atLeast, Kuv32f)
     REAL_BINARY(equal, Kuv32f) REAL_BINARY(unequal, Kuv32f) REAL_BINARY(unordered, Kuv32f)
+    OF_PRODUCT(plusProduct) OF_PRODUCT(productMinus) OF_PRODUCT(minusProduct)
+    REAL("transposeFours Kuv32f", Kuv32f, V rows[] = {a, b, c, a}; transposeFours(rows);
+         for (int i = 0; i < 4; ++i) put(result + static_cast<int>(sizeof(V)) * i, rows[i]))
     REAL("squareRoot Kuv32f", Kuv32f, put(result, squareRoot(a)))
     REAL("absolute Kuv32f", Kuv32f, put(result, absolute(a)))
     REAL("laneBits Kuv32f", Kuv32f, put(result, Kuv32u{laneBits(a)}))

@@ -149,18 +149,6 @@ private:
     alignas(32) T lines_[6][2 * lineSize];
 };
 
-// Six registers one after the other: first the low 16 bytes of each, then the high ones.
-KUV_INLINE void storeParts6(Kuv8u* to, const Vector<Kuv8u, 16> (&parts)[6]) {
-    storeParts3(to, parts[0], parts[1], parts[2]);
-    storeParts3(to + 48, parts[3], parts[4], parts[5]);
-}
-KUV_AVX2(KUV_INLINE void storeParts6(Kuv8u* to, const Vector<Kuv8u, 32> (&parts)[6]) {
-    const auto lower = [&](int i) -> Vector<Kuv8u, 32> { return {_mm256_permute2x128_si256(parts[i].raw, parts[i + 1].raw, 0x20)}; };
-    const auto upper = [&](int i) -> Vector<Kuv8u, 32> { return {_mm256_permute2x128_si256(parts[i].raw, parts[i + 1].raw, 0x31)}; };
-    for (int i = 0; i < 3; ++i) store(to + 32 * i, lower(2 * i));
-    for (int i = 0; i < 3; ++i) store(to + 96 + 32 * i, upper(2 * i));
-})
-
 // Writes pixels in turn of even and of odd columns.
 template <class V>
 KUV_INLINE void storePixels(typename V::Lane* to, const V (&even)[3], const V (&odd)[3]) {

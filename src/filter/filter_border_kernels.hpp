@@ -77,16 +77,14 @@ KUV_INLINE V product(V a, V b) {
     else return multiply(a, b);
 }
 
-// sum + a * b, rounded once from AVX2 on.
+// sum + a * b, of a single sample rounded as of all others.
 template <class V>
 KUV_INLINE V sumWithProduct(V sum, V a, V b) {
+    if constexpr (V::lanes > 1) return plusProduct(a, b, sum);
 #ifdef __FMA__
-    if constexpr (V::lanes == 1) return {__builtin_fmaf(a.raw, b.raw, sum.raw)};
-    else if constexpr (V::lanes == 4) return {_mm_fmadd_ps(a.raw, b.raw, sum.raw)};
-    else return {_mm256_fmadd_ps(a.raw, b.raw, sum.raw)};
+    else return {__builtin_fmaf(a.raw, b.raw, sum.raw)};
 #else
-    if constexpr (V::lanes == 1) return {sum.raw + a.raw * b.raw};
-    else return add(sum, multiply(a, b));
+    else return {sum.raw + a.raw * b.raw};
 #endif
 }
 

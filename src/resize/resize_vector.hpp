@@ -18,19 +18,9 @@ using Pairs = Vector<Kuv32s, vectorBytes>;
 using Reals = Vector<Kuv32f, vectorBytes>;
 using FourReals = Vector<Kuv32f, 16>;
 
-// start + difference * fraction: h9 rounds once.
-template <int bytes>
-KUV_INLINE Vector<Kuv32f, bytes> advanced(Vector<Kuv32f, bytes> start, Vector<Kuv32f, bytes> difference, Vector<Kuv32f, bytes> fraction) {
-#ifdef __FMA__
-    if constexpr (bytes == 32) return {_mm256_fmadd_ps(difference.raw, fraction.raw, start.raw)};
-    else return {_mm_fmadd_ps(difference.raw, fraction.raw, start.raw)};
-#else
-    return add(start, multiply(difference, fraction));
-#endif
-}
 template <class V>
 KUV_INLINE V between(V a, V b, V fraction) {
-    return advanced(a, sub(b, a), fraction);
+    return plusProduct(sub(b, a), fraction, a);
 }
 
 // How a block's columns find their pixels: anywhere, in which case 16 bytes may be read from each or only the 12 of the pixel and its right
@@ -151,7 +141,7 @@ KUV_INLINE void interpolateColumns(const char* row, ColumnPlan plan, int first, 
 #pragma GCC unroll 3
     for (int i = 0; i < 3; ++i) {
         const Samples pair = as<Kuv16s>(pairs[i]);
-        out[i] = advanced(toReals(multiplyAddPairs(pair, ofPixel)), toReals(multiplyAddPairs(pair, difference)), each[i]);
+        out[i] = plusProduct(toReals(multiplyAddPairs(pair, difference)), each[i], toReals(multiplyAddPairs(pair, ofPixel)));
     }
 }
 

@@ -79,6 +79,18 @@ KUV_AVX2(KUV_INLINE void storeParts4(Kuv8u* to, Vector<Kuv8u, 32> a, Vector<Kuv8
     store<Vector<Kuv8u, 32>>(to + 96, {_mm256_permute2x128_si256(c.raw, d.raw, 0x31)});
 })
 
+// The same for six.
+KUV_INLINE void storeParts6(Kuv8u* to, const Vector<Kuv8u, 16> (&parts)[6]) {
+    storeParts3(to, parts[0], parts[1], parts[2]);
+    storeParts3(to + 48, parts[3], parts[4], parts[5]);
+}
+KUV_AVX2(KUV_INLINE void storeParts6(Kuv8u* to, const Vector<Kuv8u, 32> (&parts)[6]) {
+    const auto lower = [&](int i) -> Vector<Kuv8u, 32> { return {_mm256_permute2x128_si256(parts[i].raw, parts[i + 1].raw, 0x20)}; };
+    const auto upper = [&](int i) -> Vector<Kuv8u, 32> { return {_mm256_permute2x128_si256(parts[i].raw, parts[i + 1].raw, 0x31)}; };
+    for (int i = 0; i < 3; ++i) store(to + 32 * i, lower(2 * i));
+    for (int i = 0; i < 3; ++i) store(to + 96 + 32 * i, upper(2 * i));
+})
+
 // The first 12 of each 16 bytes one after the other, and after them the last 4 of each.
 KUV_INLINE Vector<Kuv8u, 16> joinTwelves(Vector<Kuv8u, 16> v) { return v; }
 KUV_AVX2(KUV_INLINE Vector<Kuv8u, 32> joinTwelves(Vector<Kuv8u, 32> v) {

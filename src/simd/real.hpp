@@ -36,6 +36,28 @@ KUV_REAL_BINARY(bitAndNot, Kuv32f, andnot_ps)  // ~a & b
 
 #undef KUV_REAL_BINARY
 
+// a * b + c, a * b - c and c - a * b: fused, which rounds once, where the variant has it.
+#ifdef __FMA__
+#define KUV_FUSED(operation, V, instruction) \
+    KUV_INLINE V operation(V a, V b, V c) { return {instruction(a.raw, b.raw, c.raw)}; }
+#define KUV_OF_PRODUCT(operation, instruction, unfused)                 \
+    KUV_FUSED(operation, KUV_V(Kuv32f, 16), _mm_##instruction##_ps)     \
+    KUV_FUSED(operation, KUV_V(Kuv32f, 32), _mm256_##instruction##_ps)  \
+    KUV_FUSED(operation, KUV_V(Kuv64f, 16), _mm_##instruction##_pd)     \
+    KUV_FUSED(operation, KUV_V(Kuv64f, 32), _mm256_##instruction##_pd)
+#define KUV_V(...) Vector<__VA_ARGS__>
+#else
+#define KUV_OF_PRODUCT(operation, instruction, unfused)                                                                \
+    template <class T, int bytes>                                                                                      \
+    KUV_INLINE Vector<T, bytes> operation(Vector<T, bytes> a, Vector<T, bytes> b, Vector<T, bytes> c) {                \
+        return unfused;                                                                                                \
+    }
+#endif
+KUV_OF_PRODUCT(plusProduct, fmadd, add(multiply(a, b), c))
+KUV_OF_PRODUCT(productMinus, fmsub, sub(multiply(a, b), c))
+KUV_OF_PRODUCT(minusProduct, fnmadd, sub(c, multiply(a, b)))
+#undef KUV_OF_PRODUCT
+
 KUV_INLINE Kuv32f squareRoot(Kuv32f x) { return _mm_cvtss_f32(_mm_sqrt_ss(_mm_set_ss(x))); }
 KUV_INLINE Vector<Kuv32f, 16> squareRoot(Vector<Kuv32f, 16> v) { return {_mm_sqrt_ps(v.raw)}; }
 KUV_AVX(KUV_INLINE Vector<Kuv32f, 32> squareRoot(Vector<Kuv32f, 32> v) { return {_mm256_sqrt_ps(v.raw)}; })

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "simd/bytes.hpp"
+#include "simd/real.hpp"
 
 namespace kuv::KUV_VARIANT {
 namespace {
@@ -30,6 +31,20 @@ KUV_INLINE void transposeBlock(const T* src, ptrdiff_t srcStep, T* dst, ptrdiff_
 #pragma GCC unroll 16
     for (int i = 0; i < side; ++i) store(rowAt(dst, dstStep, i), v[i]);
 }
+
+// Four vectors' lanes as rows become columns, in each 16 bytes.
+#define KUV_TRANSPOSE_FOURS(bytes, raw_t, prefix)                                                                              \
+    KUV_INLINE void transposeFours(Vector<Kuv32f, bytes>* v) {                                                                 \
+        const raw_t even = prefix##_unpacklo_ps(v[0].raw, v[2].raw), evenHigh = prefix##_unpackhi_ps(v[0].raw, v[2].raw);      \
+        const raw_t odd = prefix##_unpacklo_ps(v[1].raw, v[3].raw), oddHigh = prefix##_unpackhi_ps(v[1].raw, v[3].raw);        \
+        v[0].raw = prefix##_unpacklo_ps(even, odd);                                                                            \
+        v[1].raw = prefix##_unpackhi_ps(even, odd);                                                                            \
+        v[2].raw = prefix##_unpacklo_ps(evenHigh, oddHigh);                                                                    \
+        v[3].raw = prefix##_unpackhi_ps(evenHigh, oddHigh);                                                                    \
+    }
+KUV_TRANSPOSE_FOURS(16, __m128, _mm)
+KUV_AVX(KUV_TRANSPOSE_FOURS(32, __m256, _mm256))
+#undef KUV_TRANSPOSE_FOURS
 
 }  // namespace
 }  // namespace kuv::KUV_VARIANT

@@ -23,16 +23,9 @@ struct TonePoints {
     KUV_INLINE Kuv32s level(ptrdiff_t k) const { return loadSample(levels + k); }
 };
 
-// Samples or vectors of them: h9 rounds once.
-KUV_INLINE Kuv64f multipliedAdded(Kuv64f a, Kuv64f b, Kuv64f c) { return a * b + c; }
-template <int bytes>
-KUV_INLINE Vector<Kuv64f, bytes> multipliedAdded(Vector<Kuv64f, bytes> a, Vector<Kuv64f, bytes> b, Vector<Kuv64f, bytes> c) {
-#ifdef __FMA__
-    return {_mm256_fmadd_pd(a.raw, b.raw, c.raw)};
-#else
-    return add(multiply(a, b), c);
-#endif
-}
+// Samples' are rounded twice in all variants.
+KUV_INLINE Kuv64f plusProduct(Kuv64f a, Kuv64f b, Kuv64f c) { return a * b + c; }
+
 // NaN becomes 0.
 template <int bytes>
 KUV_INLINE Vector<Kuv64f, bytes> limitedToWords(Vector<Kuv64f, bytes> v) {
@@ -65,7 +58,7 @@ public:
 
     template <class D>
     KUV_INLINE D operator()(D x) const {
-        return multipliedAdded(x, filled<D>(slope_), filled<D>(offset_));
+        return plusProduct(x, filled<D>(slope_), filled<D>(offset_));
     }
 
 private:
@@ -97,8 +90,8 @@ public:
     template <class D>
     KUV_INLINE D operator()(D d) const {
         const D square = multiply(d, d);
-        return multipliedAdded(d, multipliedAdded(filled<D>(c_), square, filled<D>(a_)),
-                               multipliedAdded(square, filled<D>(b_), filled<D>(half_)));
+        return plusProduct(d, plusProduct(filled<D>(c_), square, filled<D>(a_)),
+                           plusProduct(square, filled<D>(b_), filled<D>(half_)));
     }
 
 private:

@@ -20,39 +20,10 @@ KUV_INLINE Vector<Kuv32f, bytes> operator*(Vector<Kuv32f, bytes> a, Vector<Kuv32
     return multiply(a, b);
 }
 
-// a * b + c, a * b - c and c - a * b; fused where the processor can.
-template <class T>
-KUV_INLINE T plusProduct(T a, T b, T c) {
-    return a * b + c;
-}
-template <class T>
-KUV_INLINE T productMinus(T a, T b, T c) {
-    return a * b - c;
-}
-template <class T>
-KUV_INLINE T minusProduct(T a, T b, T c) {
-    return c - a * b;
-}
-#ifdef __AVX2__
-KUV_INLINE Vector<Kuv32f, 16> plusProduct(Vector<Kuv32f, 16> a, Vector<Kuv32f, 16> b, Vector<Kuv32f, 16> c) {
-    return {_mm_fmadd_ps(a.raw, b.raw, c.raw)};
-}
-KUV_INLINE Vector<Kuv32f, 16> productMinus(Vector<Kuv32f, 16> a, Vector<Kuv32f, 16> b, Vector<Kuv32f, 16> c) {
-    return {_mm_fmsub_ps(a.raw, b.raw, c.raw)};
-}
-KUV_INLINE Vector<Kuv32f, 16> minusProduct(Vector<Kuv32f, 16> a, Vector<Kuv32f, 16> b, Vector<Kuv32f, 16> c) {
-    return {_mm_fnmadd_ps(a.raw, b.raw, c.raw)};
-}
-KUV_INLINE Vector<Kuv32f, 32> plusProduct(Vector<Kuv32f, 32> a, Vector<Kuv32f, 32> b, Vector<Kuv32f, 32> c) {
-    return {_mm256_fmadd_ps(a.raw, b.raw, c.raw)};
-}
-KUV_INLINE Vector<Kuv32f, 32> productMinus(Vector<Kuv32f, 32> a, Vector<Kuv32f, 32> b, Vector<Kuv32f, 32> c) {
-    return {_mm256_fmsub_ps(a.raw, b.raw, c.raw)};
-}
-KUV_INLINE Vector<Kuv32f, 32> minusProduct(Vector<Kuv32f, 32> a, Vector<Kuv32f, 32> b, Vector<Kuv32f, 32> c) {
-    return {_mm256_fnmadd_ps(a.raw, b.raw, c.raw)};
-}
-#endif
+// Samples' are rounded twice in all variants.
+KUV_INLINE Kuv32f plusProduct(Kuv32f a, Kuv32f b, Kuv32f c) { return a * b + c; }
+KUV_INLINE Kuv32f productMinus(Kuv32f a, Kuv32f b, Kuv32f c) { return a * b - c; }
+KUV_INLINE Kuv32f minusProduct(Kuv32f a, Kuv32f b, Kuv32f c) { return c - a * b; }
 
 // What a single sample and a vector have in common.
 template <class T>

@@ -58,7 +58,7 @@ void transposeRows(const Kuv32f* src, ptrdiff_t count, ptrdiff_t side, Kuv32f* d
                 Narrow v[4];
 #pragma GCC unroll 4
                 for (int k = 0; k < 4; ++k) v[k] = load<Narrow>(src + (i + k) * side + j);
-                transposeFour(v);
+                transposeFours(v);
 #pragma GCC unroll 4
                 for (int k = 0; k < 4; ++k) store(dst + (j + k) * step + i, v[k]);
             }

@@ -3,6 +3,7 @@
 // `count` values.
 #pragma once
 
+#include "simd/transpose.hpp"
 #include "transform/dft_fixed.hpp"
 
 namespace kuv::KUV_VARIANT {
@@ -40,33 +41,13 @@ KUV_INLINE void passAlong(Planes src, Planes dst, ptrdiff_t count, ptrdiff_t str
     }
 }
 
-// Four vectors as columns: of each four lanes.
-KUV_INLINE void transposeFour(Vector<Kuv32f, 16>* v) {
-    const __m128 lowAC = _mm_unpacklo_ps(v[0].raw, v[2].raw), highAC = _mm_unpackhi_ps(v[0].raw, v[2].raw);
-    const __m128 lowBD = _mm_unpacklo_ps(v[1].raw, v[3].raw), highBD = _mm_unpackhi_ps(v[1].raw, v[3].raw);
-    v[0].raw = _mm_unpacklo_ps(lowAC, lowBD);
-    v[1].raw = _mm_unpackhi_ps(lowAC, lowBD);
-    v[2].raw = _mm_unpacklo_ps(highAC, highBD);
-    v[3].raw = _mm_unpackhi_ps(highAC, highBD);
-}
-#ifdef __AVX__
-KUV_INLINE void transposeFour(Vector<Kuv32f, 32>* v) {
-    const __m256 lowAC = _mm256_unpacklo_ps(v[0].raw, v[2].raw), highAC = _mm256_unpackhi_ps(v[0].raw, v[2].raw);
-    const __m256 lowBD = _mm256_unpacklo_ps(v[1].raw, v[3].raw), highBD = _mm256_unpackhi_ps(v[1].raw, v[3].raw);
-    v[0].raw = _mm256_unpacklo_ps(lowAC, lowBD);
-    v[1].raw = _mm256_unpackhi_ps(lowAC, lowBD);
-    v[2].raw = _mm256_unpacklo_ps(highAC, highBD);
-    v[3].raw = _mm256_unpackhi_ps(highAC, highBD);
-}
-#endif
-
 // Lanes of `values` go to places `radix` samples apart. Wide stores where there is a whole register to be stored: they are soon
 // read again.
 template <int radix>
 KUV_INLINE void storeAcross(Kuv32f* to, Vector<Kuv32f, 16>* values) {
 #pragma GCC unroll 4
     for (int j = 0; j < radix; j += 4) {
-        transposeFour(values + j);
+        transposeFours(values + j);
 #pragma GCC unroll 4
         for (int k = 0; k < 4; ++k) store(to + k * radix + j, values[j + k]);
     }
@@ -76,7 +57,7 @@ template <int radix>
 KUV_INLINE void storeAcross(Kuv32f* to, Vector<Kuv32f, 32>* values) {
     constexpr int lowHalves = 0x20, highHalves = 0x31;
 #pragma GCC unroll 4
-    for (int j = 0; j < radix; j += 4) transposeFour(values + j);
+    for (int j = 0; j < radix; j += 4) transposeFours(values + j);
     if constexpr (radix == 4) {
 #pragma GCC unroll 2
         for (int k = 0; k < 4; k += 2) {
