@@ -7,6 +7,7 @@
 #include <random>
 
 #include "../files.hpp"
+#include "../program.hpp"
 
 using namespace examples;
 
@@ -21,10 +22,6 @@ constexpr char help[] =
     "  --dark           samples below the threshold belong to blobs\n"
     "  --four           pixels that share a corner only are not connected\n"
     "  --help           this text\n";
-
-struct UsageError : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
 
 struct Options {
     std::string picture, output = "blobs.png";
@@ -62,11 +59,6 @@ Options parse(int argc, char** argv) {
         }
     }
     return options;
-}
-
-// For calls of the library. Their arguments have been checked before, so an error here is one of the program.
-void check(KuvStatus status) {
-    if (status < kuvStatusOk) throw std::runtime_error("the library refused a call with status " + std::to_string(status));
 }
 
 // Bright bodies of several shapes, none of which touches another, on a ground with a gradient and some noise.
@@ -145,16 +137,9 @@ void run(const Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    try {
+    return exitCodeOf("blobs", [&] {
         const Options options = parse(argc, argv);
         if (options.help) std::fputs(help, stdout);
         else run(options);
-        return 0;
-    } catch (const UsageError& error) {
-        std::fprintf(stderr, "blobs: %s (--help lists the options)\n", error.what());
-        return 2;
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "blobs: %s\n", error.what());
-        return 1;
-    }
+    });
 }

@@ -9,7 +9,10 @@
 #include <string>
 #include <vector>
 
+#include "../program.hpp"
 #include "kuvcv.h"
+
+using namespace examples;
 
 namespace {
 
@@ -20,15 +23,6 @@ constexpr char help[] =
     "  --kernel KERNEL  one row only: shift, blur, streak, sharpen or edges\n"
     "  --border RULE    one column only: clamp, reflect or fill\n"
     "  --help           this text\n";
-
-struct UsageError : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
-
-// For calls of the library. Their arguments are the program's own, so an error here is one of the program.
-void check(KuvStatus status) {
-    if (status < kuvStatusOk) throw std::runtime_error("the library refused a call with status " + std::to_string(status));
-}
 
 // Rows without padding.
 template <class T>
@@ -166,23 +160,19 @@ void run(const std::string& output, const std::string& kernelName, const std::st
 }  // namespace
 
 int main(int argc, char** argv) {
-    try {
+    return exitCodeOf("filters", [&] {
         std::string output = "filters.png", kernelName, borderName;
         for (int i = 1; i < argc; ++i) {
             const std::string argument = argv[i];
-            if (argument == "--help") return std::fputs(help, stdout) < 0;
+            if (argument == "--help") {
+                std::fputs(help, stdout);
+                return;
+            }
             std::string* const value = argument == "-o" ? &output : argument == "--kernel" ? &kernelName : argument == "--border" ? &borderName : nullptr;
             if (value == nullptr) throw UsageError("there is no option " + argument);
             if (++i == argc || *argv[i] == '\0') throw UsageError(argument + " needs a value");
             *value = argv[i];
         }
         run(output, kernelName, borderName);
-        return 0;
-    } catch (const UsageError& error) {
-        std::fprintf(stderr, "filters: %s (--help lists the options)\n", error.what());
-        return 2;
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "filters: %s\n", error.what());
-        return 1;
-    }
+    });
 }

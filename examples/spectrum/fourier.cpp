@@ -2,7 +2,11 @@
 
 #include <algorithm>
 
+#include "../program.hpp"
+
 namespace spectrum {
+
+using examples::check;
 
 LineTransform::LineTransform(int length) {
     Kuv32s planBytes = 0, initBytes = 0, workBytes = 0;

@@ -1,18 +1,11 @@
 // The Fourier transform of an image: of its rows, then of its columns.
 #pragma once
 
-#include <stdexcept>
-#include <string>
 #include <vector>
 
 #include "kuvcv.h"
 
 namespace spectrum {
-
-// For calls of the library. Their arguments have been checked before, so an error here is one of the program.
-inline void check(KuvStatus status) {
-    if (status < kuvStatusOk) throw std::runtime_error("the library refused a call with status " + std::to_string(status));
-}
 
 // Of lines of one length. The factor of 1 / sqrt(length) makes forward and inverse transform one, but for the sign of the exponent.
 class LineTransform {

@@ -9,6 +9,7 @@
 #include <random>
 
 #include "../files.hpp"
+#include "../program.hpp"
 #include "fourier.hpp"
 
 using namespace examples;
@@ -29,10 +30,6 @@ constexpr char help[] =
     "  --notch auto       removes the strongest wave, magnitudes weighted by frequency; may be given several times\n"
     "  --notch-width W    deviation of the Gaussians that notches are made of, in periods, 0.1 to 1000; 2 unless told\n"
     "  --help             this text\n";
-
-struct UsageError : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
 
 // Periods across the picture and down it.
 struct Wave {
@@ -279,16 +276,9 @@ void run(const Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    try {
+    return exitCodeOf("spectrum", [&] {
         const Options options = parse(argc, argv);
         if (options.help) std::fputs(help, stdout);
         else run(options);
-        return 0;
-    } catch (const UsageError& error) {
-        std::fprintf(stderr, "spectrum: %s (--help lists the options)\n", error.what());
-        return 2;
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "spectrum: %s\n", error.what());
-        return 1;
-    }
+    });
 }
