@@ -35,8 +35,8 @@ extern "C" {
 #include <stdint.h>
 #endif
 
-/** @name Samples and values
- *  Width, signedness and kind as the name says.
+/** @defgroup values Types, statuses and selectors
+ *  Of samples and values the name tells width, signedness and kind.
  *  @{ */
 typedef uint8_t Kuv8u;   /**< 8 bits, unsigned */
 typedef int8_t Kuv8s;    /**< 8 bits, signed */
@@ -54,9 +54,9 @@ typedef struct Kuv32fc {
     Kuv32f re; /**< real part */
     Kuv32f im; /**< imaginary part */
 } Kuv32fc;
-/** @} */
 
-/** @name Geometry, in pixels
+/** @name Geometry
+ *  In pixels.
  *  @{ */
 /** A size. */
 typedef struct KuviSize {
@@ -198,7 +198,7 @@ enum {
 enum {
     kuvResizeLinear = 2 /**< between two samples in each direction */
 };
-
+/** @} */
 /** @defgroup processor Processor features and version
  *  @{ */
 
@@ -373,7 +373,8 @@ KUV_API void kuvsFree(void* ptr);
 KUV_API KuvStatus kuviAdd_32f_C1IR(const Kuv32f* src, Kuv32s srcStep, Kuv32f* srcDst, Kuv32s srcDstStep, KuviSize roiSize);
 
 /** @name Differences of images
- *  `kuviSub_32f_C1IR`: `srcDst(x, y) = srcDst(x, y) - src(x, y)`. `kuviSub_32f_C1R`: `dst(x, y) = src2(x, y) - src1(x, y)`, the second
+ *  @{ */
+/** `kuviSub_32f_C1IR`: `srcDst(x, y) = srcDst(x, y) - src(x, y)`. `kuviSub_32f_C1R`: `dst(x, y) = src2(x, y) - src1(x, y)`, the second
  *  less the first.
  *
  *  Each difference is the exact one rounded once to single precision in the caller's rounding mode, in every variant. One NaN operand
@@ -385,15 +386,15 @@ KUV_API KuvStatus kuviAdd_32f_C1IR(const Kuv32f* src, Kuv32s srcStep, Kuv32f* sr
  *  `src`, `src1`, `src2`, `srcDst`, `dst`: the images. `srcStep` and so on: their row steps in bytes. `roiSize`: size of all in pixels,
  *  at least 1 by 1.
  *
- *  Returns #kuvStatusNullPtr if an image is null; #kuvStatusBadSize if the width or height is below 1; else #kuvStatusOk.
- *  @{ */
+ *  @return #kuvStatusNullPtr if an image is null; #kuvStatusBadSize if the width or height is below 1; else #kuvStatusOk. */
 KUV_API KuvStatus kuviSub_32f_C1IR(const Kuv32f* src, Kuv32s srcStep, Kuv32f* srcDst, Kuv32s srcDstStep, KuviSize roiSize);
 KUV_API KuvStatus kuviSub_32f_C1R(const Kuv32f* src1, Kuv32s src1Step, const Kuv32f* src2, Kuv32s src2Step, Kuv32f* dst,
                                   Kuv32s dstStep, KuviSize roiSize);
 /** @} */
 
 /** @name Sums, differences and products with constants
- *  `kuviAddC_32f_C3IR`: `srcDst(x, y)[c] = srcDst(x, y)[c] + value[c]` for each of three channels c. `kuviMulC_32f_C3IR`:
+ *  @{ */
+/** `kuviAddC_32f_C3IR`: `srcDst(x, y)[c] = srcDst(x, y)[c] + value[c]` for each of three channels c. `kuviMulC_32f_C3IR`:
  *  `srcDst(x, y)[c] = srcDst(x, y)[c] * value[c]`. `kuviSubC_32f_C1IR`: `srcDst(x, y) = srcDst(x, y) - value`.
  *
  *  Each result is the exact one rounded once to single precision in the caller's rounding mode, in every variant. One NaN operand gives
@@ -405,9 +406,8 @@ KUV_API KuvStatus kuviSub_32f_C1R(const Kuv32f* src1, Kuv32s src1Step, const Kuv
  *  `value`: the constant, or those of the three channels, read before any sample is written. `srcDst`: the image. `srcDstStep`: its row
  *  step in bytes. `roiSize`: size in pixels, at least 1 by 1.
  *
- *  Returns #kuvStatusNullPtr if `srcDst`, or `value` where it is an array, is null; #kuvStatusBadSize if the width or height is below 1;
- *  else #kuvStatusOk.
- *  @{ */
+ *  @return #kuvStatusNullPtr if `srcDst`, or `value` where it is an array, is null; #kuvStatusBadSize if the width or height is below 1;
+ *  else #kuvStatusOk. */
 KUV_API KuvStatus kuviAddC_32f_C3IR(const Kuv32f value[3], Kuv32f* srcDst, Kuv32s srcDstStep, KuviSize roiSize);
 KUV_API KuvStatus kuviMulC_32f_C3IR(const Kuv32f value[3], Kuv32f* srcDst, Kuv32s srcDstStep, KuviSize roiSize);
 KUV_API KuvStatus kuviSubC_32f_C1IR(Kuv32f value, Kuv32f* srcDst, Kuv32s srcDstStep, KuviSize roiSize);
@@ -451,7 +451,8 @@ KUV_API KuvStatus kuviDivC_32f_C1IR(Kuv32f value, Kuv32f* srcDst, Kuv32s srcDstS
 KUV_API KuvStatus kuviDiv_32f_C1IR(const Kuv32f* src, Kuv32s srcStep, Kuv32f* srcDst, Kuv32s srcDstStep, KuviSize roiSize);
 
 /** @name Absolute values and squares
- *  `kuviAbs_32f_C1IR`: `srcDst(x, y) = |srcDst(x, y)|`, the sample with its sign bit cleared and all else kept, of a NaN as well.
+ *  @{ */
+/** `kuviAbs_32f_C1IR`: `srcDst(x, y) = |srcDst(x, y)|`, the sample with its sign bit cleared and all else kept, of a NaN as well.
  *  `kuviSqr_32f_C1IR`: `srcDst(x, y) = srcDst(x, y) * srcDst(x, y)`, rounded once to single precision in the caller's rounding mode; a
  *  NaN is made quiet.
  *
@@ -460,9 +461,8 @@ KUV_API KuvStatus kuviDiv_32f_C1IR(const Kuv32f* src, Kuv32s srcStep, Kuv32f* sr
  *
  *  `srcDst`: the image, which may stand at any address. `srcDstStep`: its row step in bytes. `roiSize`: size in pixels, at least 1 by 1.
  *
- *  Returns #kuvStatusNullPtr if `srcDst` is null; #kuvStatusBadSize if the width or height is below 1; #kuvStatusBadStep if the step is
- *  below 1; else #kuvStatusOk.
- *  @{ */
+ *  @return #kuvStatusNullPtr if `srcDst` is null; #kuvStatusBadSize if the width or height is below 1; #kuvStatusBadStep if the step is
+ *  below 1; else #kuvStatusOk. */
 KUV_API KuvStatus kuviAbs_32f_C1IR(Kuv32f* srcDst, Kuv32s srcDstStep, KuviSize roiSize);
 KUV_API KuvStatus kuviSqr_32f_C1IR(Kuv32f* srcDst, Kuv32s srcDstStep, KuviSize roiSize);
 /** @} */
@@ -510,8 +510,9 @@ KUV_API KuvStatus kuviAbsDiff_32f_C1R(const Kuv32f* src1, Kuv32s src1Step, const
 KUV_API KuvStatus kuviSqrt_32f_C1IR(Kuv32f* srcDst, Kuv32s srcDstStep, KuviSize roiSize);
 
 /** @name Scaled sums and differences of images
- *  With v the exact sum or difference and f the scale factor, the result is v times 2 to the power of -f, rounded to the nearest
- *  integer, of two equally near ones to the even one, and limited to -32768 .. 32767:
+ *  @{ */
+/** With v the exact sum or difference and f the scale factor, the result is v times 2 to the power of -f, rounded to the nearest
+ *  integer, of two equally near ones to the even one, and limited to -32768 to 32767:
  *
  *  - `kuviAdd_16s_C1RSfs`: `dst(x, y)` from v = `src2(x, y) + src1(x, y)`;
  *  - `kuviAdd_16s_C3IRSfs`: `srcDst(x, y)[c]` from v = `srcDst(x, y)[c] + src(x, y)[c]` for each channel c;
@@ -528,9 +529,8 @@ KUV_API KuvStatus kuviSqrt_32f_C1IR(Kuv32f* srcDst, Kuv32s srcDstStep, KuviSize 
  *  `src1Step`, `src2Step`, `srcStep`, `dstStep`, `srcDstStep`: their row steps in bytes. `roiSize`: size of all in pixels, at least
  *  1 by 1. `scaleFactor`: f.
  *
- *  Returns #kuvStatusNullPtr if an image is null; #kuvStatusBadSize if the width or height is below 1; else #kuvStatusOk.
- *  `kuviAdd_16s_C3IRSfs` looks at the width before the pointers, and at the height after them.
- *  @{ */
+ *  @return #kuvStatusNullPtr if an image is null; #kuvStatusBadSize if the width or height is below 1; else #kuvStatusOk.
+ *  `kuviAdd_16s_C3IRSfs` looks at the width before the pointers, and at the height after them. */
 KUV_API KuvStatus kuviAdd_16s_C1RSfs(const Kuv16s* src1, Kuv32s src1Step, const Kuv16s* src2, Kuv32s src2Step, Kuv16s* dst,
                                      Kuv32s dstStep, KuviSize roiSize, Kuv32s scaleFactor);
 KUV_API KuvStatus kuviAdd_16s_C3IRSfs(const Kuv16s* src, Kuv32s srcStep, Kuv16s* srcDst, Kuv32s srcDstStep, KuviSize roiSize,
@@ -542,9 +542,10 @@ KUV_API KuvStatus kuviSub_16s_C1IRSfs(const Kuv16s* src, Kuv32s srcStep, Kuv16s*
 /** @} */
 
 /** @name Scaled sums and differences of an image and a constant
- *  With v the exact value of `srcDst(x, y) + value`, or of `srcDst(x, y) - value`, and f the scale factor, `srcDst(x, y)` becomes
+ *  @{ */
+/** With v the exact value of `srcDst(x, y) + value`, or of `srcDst(x, y) - value`, and f the scale factor, `srcDst(x, y)` becomes
  *  v times 2 to the power of -f, rounded to the nearest integer, of two equally near ones to the even one, and limited to
- *  -32768 .. 32767. Of three channels each has its own constant.
+ *  -32768 to 32767. Of three channels each has its own constant.
  *
  *  Any scale factor is good. From -15 downward nothing but the sign of v is left: 32767, 0 or -32768. Above 16 every result is 0,
  *  and no sample is read.
@@ -554,9 +555,8 @@ KUV_API KuvStatus kuviSub_16s_C1IRSfs(const Kuv16s* src, Kuv32s srcStep, Kuv16s*
  *  `value`: the constant, or the three of them, read before any sample is written. `srcDst`: the image. `srcDstStep`: its row step
  *  in bytes. `roiSize`: size in pixels, at least 1 by 1. `scaleFactor`: f.
  *
- *  Returns #kuvStatusNullPtr if `srcDst`, or the pointer `value`, is null; #kuvStatusBadSize if the width or height is below 1; else
- *  #kuvStatusOk.
- *  @{ */
+ *  @return #kuvStatusNullPtr if `srcDst`, or the pointer `value`, is null; #kuvStatusBadSize if the width or height is below 1; else
+ *  #kuvStatusOk. */
 KUV_API KuvStatus kuviAddC_16s_C1IRSfs(Kuv16s value, Kuv16s* srcDst, Kuv32s srcDstStep, KuviSize roiSize, Kuv32s scaleFactor);
 KUV_API KuvStatus kuviAddC_16s_C3IRSfs(const Kuv16s value[3], Kuv16s* srcDst, Kuv32s srcDstStep, KuviSize roiSize,
                                        Kuv32s scaleFactor);
@@ -582,7 +582,8 @@ KUV_API KuvStatus kuviSubC_16s_C1IRSfs(Kuv16s value, Kuv16s* srcDst, Kuv32s srcD
 KUV_API KuvStatus kuviSqr_16s_C1IRSfs(Kuv16s* srcDst, Kuv32s srcDstStep, KuviSize roiSize, Kuv32s scaleFactor);
 
 /** @name Shifts of images by a constant
- *  `srcDst(x, y) = srcDst(x, y) << value`, cut to 16 bits, or `srcDst(x, y) >> value`, filled with zeros.
+ *  @{ */
+/** `srcDst(x, y) = srcDst(x, y) << value`, cut to 16 bits, or `srcDst(x, y) >> value`, filled with zeros.
  *
  *  Any count is good: one of 0 changes nothing, one above 15 sets the samples to 0 without reading them.
  *
@@ -591,15 +592,15 @@ KUV_API KuvStatus kuviSqr_16s_C1IRSfs(Kuv16s* srcDst, Kuv32s srcDstStep, KuviSiz
  *
  *  `value`: the count. `srcDst`: the image. `srcDstStep`: its row step in bytes. `roiSize`: size in pixels, at least 1 by 1.
  *
- *  Returns #kuvStatusNullPtr if `srcDst` is null; #kuvStatusBadStep if the step is below 1; #kuvStatusBadSize if the width or
- *  height is below 1; else #kuvStatusOk.
- *  @{ */
+ *  @return #kuvStatusNullPtr if `srcDst` is null; #kuvStatusBadStep if the step is below 1; #kuvStatusBadSize if the width or
+ *  height is below 1; else #kuvStatusOk. */
 KUV_API KuvStatus kuviLShiftC_16u_C1IR(Kuv32u value, Kuv16u* srcDst, Kuv32s srcDstStep, KuviSize roiSize);
 KUV_API KuvStatus kuviRShiftC_16u_C1IR(Kuv32u value, Kuv16u* srcDst, Kuv32s srcDstStep, KuviSize roiSize);
 /** @} */
 
 /** @name Shifts of images by a constant for each channel
- *  `srcDst(x, y)[c] = srcDst(x, y)[c] << value[c]`, cut to 16 bits, or `srcDst(x, y)[c] >> value[c]`, filled with zeros, for each
+ *  @{ */
+/** `srcDst(x, y)[c] = srcDst(x, y)[c] << value[c]`, cut to 16 bits, or `srcDst(x, y)[c] >> value[c]`, filled with zeros, for each
  *  of three colour channels c.
  *
  *  Any count is good: a channel whose count is 0 is not changed, one whose count is above 15 becomes 0. In `AC4` images the
@@ -612,9 +613,8 @@ KUV_API KuvStatus kuviRShiftC_16u_C1IR(Kuv32u value, Kuv16u* srcDst, Kuv32s srcD
  *  `value`: three counts, read before any sample is written. `srcDst`: the image. `srcDstStep`: its row step in bytes. `roiSize`:
  *  size in pixels, at least 1 by 1.
  *
- *  Returns #kuvStatusNullPtr if `value` or `srcDst` is null; #kuvStatusBadStep if the step is below 1; #kuvStatusBadSize if the
- *  width or height is below 1; else #kuvStatusOk.
- *  @{ */
+ *  @return #kuvStatusNullPtr if `value` or `srcDst` is null; #kuvStatusBadStep if the step is below 1; #kuvStatusBadSize if the
+ *  width or height is below 1; else #kuvStatusOk. */
 KUV_API KuvStatus kuviLShiftC_16u_C3IR(const Kuv32u value[3], Kuv16u* srcDst, Kuv32s srcDstStep, KuviSize roiSize);
 KUV_API KuvStatus kuviRShiftC_16u_C3IR(const Kuv32u value[3], Kuv16u* srcDst, Kuv32s srcDstStep, KuviSize roiSize);
 KUV_API KuvStatus kuviLShiftC_16u_AC4IR(const Kuv32u value[3], Kuv16u* srcDst, Kuv32s srcDstStep, KuviSize roiSize);
@@ -622,16 +622,16 @@ KUV_API KuvStatus kuviRShiftC_16u_AC4IR(const Kuv32u value[3], Kuv16u* srcDst, K
 /** @} */
 
 /** @name Shifts of signals by a constant
- *  `srcDst[i] = srcDst[i] << value`, cut to 16 bits, or `srcDst[i] >> value`, filled with zeros.
+ *  @{ */
+/** `srcDst[i] = srcDst[i] << value`, cut to 16 bits, or `srcDst[i] >> value`, filled with zeros.
  *
  *  A count above 15 sets the samples to 0 without reading them. With one of 0 the signal is not accessed. The count is signed
  *  here, and a negative one is refused, after the pointer and the length have been looked at.
  *
  *  `value`: the count. `srcDst`: the signal, which may stand at an odd address. `len`: samples, at least 1.
  *
- *  Returns #kuvStatusNullPtr if `srcDst` is null; #kuvStatusBadSize if `len` is below 1; #kuvStatusBadShift if `value` is below
- *  0; else #kuvStatusOk.
- *  @{ */
+ *  @return #kuvStatusNullPtr if `srcDst` is null; #kuvStatusBadSize if `len` is below 1; #kuvStatusBadShift if `value` is below
+ *  0; else #kuvStatusOk. */
 KUV_API KuvStatus kuvsLShiftC_16u_I(Kuv32s value, Kuv16u* srcDst, Kuv32s len);
 KUV_API KuvStatus kuvsRShiftC_16u_I(Kuv32s value, Kuv16u* srcDst, Kuv32s len);
 /** @} */
@@ -641,7 +641,8 @@ KUV_API KuvStatus kuvsRShiftC_16u_I(Kuv32s value, Kuv16u* srcDst, Kuv32s len);
  *  @{ */
 
 /** @name Plain copies
- *  `dst(x, y) = src(x, y)` for every sample of every pixel, bits unchanged.
+ *  @{ */
+/** `dst(x, y) = src(x, y)` for every sample of every pixel, bits unchanged.
  *
  *  Step class C: rows are copied from the first, so that destination rows on one place leave the last one there. `src` and `dst` may
  *  be one image; what any other overlap gives is not stated. Large images may bypass the caches, depending on the variant and the
@@ -649,8 +650,7 @@ KUV_API KuvStatus kuvsRShiftC_16u_I(Kuv32s value, Kuv16u* srcDst, Kuv32s len);
  *
  *  `src`, `dst`: the images. `srcStep`, `dstStep`: their row steps in bytes. `roiSize`: size in pixels, at least 1 by 1.
  *
- *  Returns #kuvStatusNullPtr if `src` or `dst` is null; #kuvStatusBadSize if the width or height is below 1; else #kuvStatusOk.
- *  @{ */
+ *  @return #kuvStatusNullPtr if `src` or `dst` is null; #kuvStatusBadSize if the width or height is below 1; else #kuvStatusOk. */
 KUV_API KuvStatus kuviCopy_8u_C1R(const Kuv8u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize);
 KUV_API KuvStatus kuviCopy_16u_C1R(const Kuv16u* src, Kuv32s srcStep, Kuv16u* dst, Kuv32s dstStep, KuviSize roiSize);
 KUV_API KuvStatus kuviCopy_16s_C1R(const Kuv16s* src, Kuv32s srcStep, Kuv16s* dst, Kuv32s dstStep, KuviSize roiSize);
@@ -662,7 +662,8 @@ KUV_API KuvStatus kuviCopy_8u_C4R(const Kuv8u* src, Kuv32s srcStep, Kuv8u* dst, 
 /** @} */
 
 /** @name Copies between layouts
- *  - `AC4R`: samples 0 to 2 of each pixel of four. The destination's fourth sample keeps its value.
+ *  @{ */
+/** - `AC4R`: samples 0 to 2 of each pixel of four. The destination's fourth sample keeps its value.
  *  - `C3AC4R`: the three samples of a pixel to the first three of four. The destination's fourth sample keeps its value.
  *  - `AC4C3R`: samples 0 to 2 of a pixel of four to a pixel of three.
  *  - `C1C3R`: each sample to the first of a pixel of three; the other two keep their values. To fill channel c, pass the address of the
@@ -674,8 +675,7 @@ KUV_API KuvStatus kuviCopy_8u_C4R(const Kuv8u* src, Kuv32s srcStep, Kuv8u* dst, 
  *
  *  `src`, `dst`: the images. `srcStep`, `dstStep`: their row steps in bytes. `roiSize`: size in pixels, at least 1 by 1.
  *
- *  Returns #kuvStatusNullPtr if `src` or `dst` is null; #kuvStatusBadSize if the width or height is below 1; else #kuvStatusOk.
- *  @{ */
+ *  @return #kuvStatusNullPtr if `src` or `dst` is null; #kuvStatusBadSize if the width or height is below 1; else #kuvStatusOk. */
 KUV_API KuvStatus kuviCopy_8u_AC4R(const Kuv8u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize);
 KUV_API KuvStatus kuviCopy_16u_AC4R(const Kuv16u* src, Kuv32s srcStep, Kuv16u* dst, Kuv32s dstStep, KuviSize roiSize);
 KUV_API KuvStatus kuviCopy_8u_C3AC4R(const Kuv8u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize);
@@ -686,29 +686,29 @@ KUV_API KuvStatus kuviCopy_8u_C1C3R(const Kuv8u* src, Kuv32s srcStep, Kuv8u* dst
 /** @} */
 
 /** @name Planes to pixels
- *  `dst(x, y)[c] = src[c](x, y)`: three or four planes of one step to interleaved pixels of as many samples.
+ *  @{ */
+/** `dst(x, y)[c] = src[c](x, y)`: three or four planes of one step to interleaved pixels of as many samples.
  *
  *  Step class C. What an overlap gives is not stated.
  *
  *  `src`: the planes. `srcStep`: row step of each in bytes. `dst`, `dstStep`: the image and its row step in bytes. `roiSize`: size in
  *  pixels, at least 1 by 1.
  *
- *  Returns #kuvStatusNullPtr if `src`, `dst` or a plane is null; #kuvStatusBadSize if the width or height is below 1; else #kuvStatusOk.
- *  @{ */
+ *  @return #kuvStatusNullPtr if `src`, `dst` or a plane is null; #kuvStatusBadSize if the width or height is below 1; else #kuvStatusOk. */
 KUV_API KuvStatus kuviCopy_8u_P3C3R(const Kuv8u* const src[3], Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize);
 KUV_API KuvStatus kuviCopy_8u_P4C4R(const Kuv8u* const src[4], Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize);
 /** @} */
 
 /** @name Copies under a mask
- *  `dst(x, y) = src(x, y)` where `mask(x, y)` is not 0; elsewhere `dst` keeps its value.
+ *  @{ */
+/** `dst(x, y) = src(x, y)` where `mask(x, y)` is not 0; elsewhere `dst` keeps its value.
  *
  *  Step class C. Rows are copied from the first. What an overlap of the images gives is not stated.
  *
  *  `src`, `dst`, `mask`: the images. `srcStep`, `dstStep`, `maskStep`: their row steps in bytes. `roiSize`: size in pixels, at least 1 by
  *  1.
  *
- *  Returns #kuvStatusNullPtr if `src`, `dst` or `mask` is null; #kuvStatusBadSize if the width or height is below 1; else #kuvStatusOk.
- *  @{ */
+ *  @return #kuvStatusNullPtr if `src`, `dst` or `mask` is null; #kuvStatusBadSize if the width or height is below 1; else #kuvStatusOk. */
 KUV_API KuvStatus kuviCopy_8u_C1MR(const Kuv8u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize, const Kuv8u* mask,
                                    Kuv32s maskStep);
 KUV_API KuvStatus kuviCopy_16u_C1MR(const Kuv16u* src, Kuv32s srcStep, Kuv16u* dst, Kuv32s dstStep, KuviSize roiSize, const Kuv8u* mask,
@@ -733,14 +733,14 @@ KUV_API KuvStatus kuvsCopy_8u(const Kuv8u* src, Kuv8u* dst, Kuv32s len);
 KUV_API KuvStatus kuvsZero_8u(Kuv8u* dst, Kuv32s len);
 
 /** @name Constants
- *  `dst(x, y) = value`, bits unchanged, so that a NaN keeps its payload.
+ *  @{ */
+/** `dst(x, y) = value`, bits unchanged, so that a NaN keeps its payload.
  *
  *  Step class C. Padding between rows is not written. Large fills may bypass the caches, as large copies do.
  *
  *  `value`: the constant. `dst`: the image. `dstStep`: its row step in bytes. `roiSize`: size in pixels, at least 1 by 1.
  *
- *  Returns #kuvStatusNullPtr if `dst` is null; #kuvStatusBadSize if the width or height is below 1; else #kuvStatusOk.
- *  @{ */
+ *  @return #kuvStatusNullPtr if `dst` is null; #kuvStatusBadSize if the width or height is below 1; else #kuvStatusOk. */
 KUV_API KuvStatus kuviSet_8u_C1R(Kuv8u value, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize);
 KUV_API KuvStatus kuviSet_16u_C1R(Kuv16u value, Kuv16u* dst, Kuv32s dstStep, KuviSize roiSize);
 KUV_API KuvStatus kuviSet_32s_C1R(Kuv32s value, Kuv32s* dst, Kuv32s dstStep, KuviSize roiSize);
@@ -762,7 +762,8 @@ KUV_API KuvStatus kuviSet_32f_C1R(Kuv32f value, Kuv32f* dst, Kuv32s dstStep, Kuv
 KUV_API KuvStatus kuviSet_8u_C4CR(Kuv8u value, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize);
 
 /** @name Conversions between types
- *  - `8u32f`, `16u32f`: `dst(x, y) = src(x, y)`, which is exact.
+ *  @{ */
+/** - `8u32f`, `16u32f`: `dst(x, y) = src(x, y)`, which is exact.
  *  - `16u8u`: `dst(x, y) = min(src(x, y), 255)`.
  *
  *  Step class A. The image may bypass the caches on its way to `dst` if it exceeds them. What an overlap of the images gives is not
@@ -770,10 +771,9 @@ KUV_API KuvStatus kuviSet_8u_C4CR(Kuv8u value, Kuv8u* dst, Kuv32s dstStep, KuviS
  *
  *  `src`, `dst`: the images. `srcStep`, `dstStep`: their row steps in bytes. `roiSize`: size in pixels, at least 1 by 1.
  *
- *  Returns #kuvStatusNullPtr if `src` or `dst` is null; #kuvStatusBadSize if the width or height is below 1; #kuvStatusBadStep if
+ *  @return #kuvStatusNullPtr if `src` or `dst` is null; #kuvStatusBadSize if the width or height is below 1; #kuvStatusBadStep if
  *  `srcStep` or `dstStep` is below 1; else #kuvStatusOk. In kuviConvert_8u32f_C3R() alone a width below 1 gives #kuvStatusBadSize before
- *  the pointers are looked at.
- *  @{ */
+ *  the pointers are looked at. */
 KUV_API KuvStatus kuviConvert_8u32f_C1R(const Kuv8u* src, Kuv32s srcStep, Kuv32f* dst, Kuv32s dstStep, KuviSize roiSize);
 KUV_API KuvStatus kuviConvert_8u32f_C3R(const Kuv8u* src, Kuv32s srcStep, Kuv32f* dst, Kuv32s dstStep, KuviSize roiSize);
 KUV_API KuvStatus kuviConvert_16u32f_C1R(const Kuv16u* src, Kuv32s srcStep, Kuv32f* dst, Kuv32s dstStep, KuviSize roiSize);
@@ -844,7 +844,8 @@ KUV_API KuvStatus kuviScale_32f8u_C3R(const Kuv32f* src, Kuv32s srcStep, Kuv8u* 
                                       Kuv32f vMax);
 
 /** @name Mirror images
- *  With W and H the width and height of `roiSize`, `dst(x, y)` is
+ *  @{ */
+/** With W and H the width and height of `roiSize`, `dst(x, y)` is
  *
  *  - #kuvAxisHorizontal: `src(x, H-1-y)`
  *  - #kuvAxisVertical: `src(W-1-x, y)`
@@ -865,11 +866,10 @@ KUV_API KuvStatus kuviScale_32f8u_C3R(const Kuv32f* src, Kuv32s srcStep, Kuv8u* 
  *  `src`, `dst`: the images. `srcStep`, `dstStep`: their row steps in bytes. `roiSize`: size of `dst` in pixels, at least 1 by 1. `axis`:
  *  the axis.
  *
- *  Returns #kuvStatusNullPtr if `src` or `dst` is null; #kuvStatusBadSize if the width or height is below 1; #kuvStatusBadAxis if `axis`
+ *  @return #kuvStatusNullPtr if `src` or `dst` is null; #kuvStatusBadSize if the width or height is below 1; #kuvStatusBadAxis if `axis`
  *  is none that the function has; else #kuvStatusOk. About the diagonals, of a one-channel image: #kuvStatusNullPtr if `src` or `dst` is
  *  null; #kuvStatusBadStep if a step is below 1, or odd with 16-bit samples; #kuvStatusBadSize if the width or height is below 1;
- *  #kuvStatusInternal if the images overlap in the sense above; else #kuvStatusOk.
- *  @{ */
+ *  #kuvStatusInternal if the images overlap in the sense above; else #kuvStatusOk. */
 KUV_API KuvStatus kuviMirror_8u_C1R(const Kuv8u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize, Kuv32s axis);
 KUV_API KuvStatus kuviMirror_8u_C3R(const Kuv8u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize, Kuv32s axis);
 KUV_API KuvStatus kuviMirror_16u_C1R(const Kuv16u* src, Kuv32s srcStep, Kuv16u* dst, Kuv32s dstStep, KuviSize roiSize, Kuv32s axis);
@@ -877,16 +877,16 @@ KUV_API KuvStatus kuviMirror_16u_C3R(const Kuv16u* src, Kuv32s srcStep, Kuv16u* 
 /** @} */
 
 /** @name Mirror images in place
- *  What kuviMirror_8u_C1R() and its like give for #kuvAxisHorizontal, #kuvAxisVertical and #kuvAxisBoth, onto the image itself.
+ *  @{ */
+/** What kuviMirror_8u_C1R() and its like give for #kuvAxisHorizontal, #kuvAxisVertical and #kuvAxisBoth, onto the image itself.
  *
  *  Step class C: rows are exchanged in pairs, the outermost first, and rows are reversed from the first. With a step of 0 an exchange of
  *  rows changes nothing, about both axes too, and about the vertical axis the one row is reversed `roiSize.height` times.
  *
  *  `srcDst`: the image. `srcDstStep`: its row step in bytes. `roiSize`: size in pixels, at least 1 by 1. `axis`: the axis.
  *
- *  Returns #kuvStatusNullPtr if `srcDst` is null; #kuvStatusBadSize if the width or height is below 1; #kuvStatusBadAxis if `axis` is not
- *  one of the three; else #kuvStatusOk.
- *  @{ */
+ *  @return #kuvStatusNullPtr if `srcDst` is null; #kuvStatusBadSize if the width or height is below 1; #kuvStatusBadAxis if `axis` is not
+ *  one of the three; else #kuvStatusOk. */
 KUV_API KuvStatus kuviMirror_8u_C1IR(Kuv8u* srcDst, Kuv32s srcDstStep, KuviSize roiSize, Kuv32s axis);
 KUV_API KuvStatus kuviMirror_8u_C3IR(Kuv8u* srcDst, Kuv32s srcDstStep, KuviSize roiSize, Kuv32s axis);
 KUV_API KuvStatus kuviMirror_16u_C1IR(Kuv16u* srcDst, Kuv32s srcDstStep, KuviSize roiSize, Kuv32s axis);
@@ -894,7 +894,8 @@ KUV_API KuvStatus kuviMirror_16u_C3IR(Kuv16u* srcDst, Kuv32s srcDstStep, KuviSiz
 /** @} */
 
 /** @name Channels reordered
- *  `dst(x, y)[c] = src(x, y)[dstOrder[c]]` for each colour channel c: {2, 1, 0} reverses three channels, {0, 0, 0} spreads the first.
+ *  @{ */
+/** `dst(x, y)[c] = src(x, y)[dstOrder[c]]` for each colour channel c: {2, 1, 0} reverses three channels, {0, 0, 0} spreads the first.
  *
  *  A pixel is read whole before any of it is written, so `src` and `dst` may be one image with one step. In `AC4` images the fourth
  *  sample of a pixel is alpha: that of the destination keeps its value, and nothing behind the last colour sample of a row is touched,
@@ -905,9 +906,8 @@ KUV_API KuvStatus kuviMirror_16u_C3IR(Kuv16u* srcDst, Kuv32s srcDstStep, KuviSiz
  *  `src`, `dst`: the images. `srcStep`, `dstStep`: their row steps in bytes. `roiSize`: size in pixels, at least 1 by 1. `dstOrder`:
  *  for each colour channel of the destination, the channel of the source: three entries of 0 to 2.
  *
- *  Returns #kuvStatusNullPtr if `src` or `dst` is null; #kuvStatusBadStep if a step is 0; #kuvStatusBadSize if the width or height is
- *  below 1; #kuvStatusNullPtr if `dstOrder` is null; #kuvStatusBadChannelOrder if an entry is out of its range; else #kuvStatusOk.
- *  @{ */
+ *  @return #kuvStatusNullPtr if `src` or `dst` is null; #kuvStatusBadStep if a step is 0; #kuvStatusBadSize if the width or height is
+ *  below 1; #kuvStatusNullPtr if `dstOrder` is null; #kuvStatusBadChannelOrder if an entry is out of its range; else #kuvStatusOk. */
 KUV_API KuvStatus kuviSwapChannels_16u_C3R(const Kuv16u* src, Kuv32s srcStep, Kuv16u* dst, Kuv32s dstStep, KuviSize roiSize,
                                            const Kuv32s* dstOrder);
 KUV_API KuvStatus kuviSwapChannels_8u_AC4R(const Kuv8u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize,
@@ -1065,7 +1065,8 @@ KUV_API KuvStatus kuviLUT_Init_16u(Kuv32s interpolation, Kuv32s channels, KuviSi
                                    const Kuv32s* const* levels, const Kuv32s* nLevels, KuviToneMapSpec* spec);
 
 /** @name Tone maps applied
- *  Replaces each sample by its channel's table entry, in place: `srcDst(x, y)[c] = table[c][srcDst(x, y)[c]]`. `AC4`: the fourth
+ *  @{ */
+/** Replaces each sample by its channel's table entry, in place: `srcDst(x, y)[c] = table[c][srcDst(x, y)[c]]`. `AC4`: the fourth
  *  sample of a pixel stays as it is.
  *
  *  `16u_C1IR` and `16u_C3IR` look samples up among the control points that a #kuvLutStep map keeps, without its tables, if the product
@@ -1080,9 +1081,8 @@ KUV_API KuvStatus kuviLUT_Init_16u(Kuv32s interpolation, Kuv32s channels, KuviSi
  *  `srcDst`: the image. `srcDstStep`: its row step in bytes. `roiSize`: size in pixels, at least 1 by 1. `spec`: a map made for the
  *  samples and channels in the function's name, by any of the three curves.
  *
- *  Returns #kuvStatusNullPtr if `srcDst` or `spec` is null; #kuvStatusBadStep if the step is below 1; #kuvStatusBadSize if the width
- *  or height is below 1; #kuvStatusBadArg if `spec` is no such map; else #kuvStatusOk.
- *  @{ */
+ *  @return #kuvStatusNullPtr if `srcDst` or `spec` is null; #kuvStatusBadStep if the step is below 1; #kuvStatusBadSize if the width
+ *  or height is below 1; #kuvStatusBadArg if `spec` is no such map; else #kuvStatusOk. */
 KUV_API KuvStatus kuviLUT_8u_C1IR(Kuv8u* srcDst, Kuv32s srcDstStep, KuviSize roiSize, const KuviToneMapSpec* spec);
 KUV_API KuvStatus kuviLUT_8u_C3IR(Kuv8u* srcDst, Kuv32s srcDstStep, KuviSize roiSize, const KuviToneMapSpec* spec);
 KUV_API KuvStatus kuviLUT_8u_AC4IR(Kuv8u* srcDst, Kuv32s srcDstStep, KuviSize roiSize, const KuviToneMapSpec* spec);
@@ -1092,7 +1092,8 @@ KUV_API KuvStatus kuviLUT_16u_AC4IR(Kuv16u* srcDst, Kuv32s srcDstStep, KuviSize 
 /** @} */
 
 /** @name Palettes
- *  `dst(x, y) = table[src(x, y) & (2^nBitSize - 1)]`: what a sample holds beyond its low `nBitSize` bits does not count.
+ *  @{ */
+/** `dst(x, y) = table[src(x, y) & (2^nBitSize - 1)]`: what a sample holds beyond its low `nBitSize` bits does not count.
  *
  *  - `24u`: entries and pixels of three bytes, entry i at byte 3 * i, copied in their order whatever they stand for.
  *  - `32u`: entries and pixels of 32 bits.
@@ -1102,10 +1103,9 @@ KUV_API KuvStatus kuviLUT_16u_AC4IR(Kuv16u* srcDst, Kuv32s srcDstStep, KuviSize 
  *  `src`: the indices. `dst`: the colours. `srcStep`, `dstStep`: their row steps in bytes. `roiSize`: size in pixels, at least 1
  *  by 1. `table`: the palette. `nBitSize`: bits of an index, 1 to 8 with `8u` samples, 1 to 16 with `16u` samples.
  *
- *  Returns #kuvStatusNullPtr if `src`, `dst` or `table` is null; #kuvStatusBadSize if the width or height is below 1;
+ *  @return #kuvStatusNullPtr if `src`, `dst` or `table` is null; #kuvStatusBadSize if the width or height is below 1;
  *  #kuvStatusOutOfRange if `nBitSize` is out of its range; #kuvStatusBadStep if a row of either image has more bytes than its step;
- *  else #kuvStatusOk.
- *  @{ */
+ *  else #kuvStatusOk. */
 KUV_API KuvStatus kuviLUTPalette_8u24u_C1R(const Kuv8u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize,
                                            const Kuv8u* table, Kuv32s nBitSize);
 KUV_API KuvStatus kuviLUTPalette_8u32u_C1R(const Kuv8u* src, Kuv32s srcStep, Kuv32u* dst, Kuv32s dstStep, KuviSize roiSize,
@@ -1117,7 +1117,8 @@ KUV_API KuvStatus kuviLUTPalette_16u32u_C1R(const Kuv16u* src, Kuv32s srcStep, K
 /** @} */
 
 /** @name Reduction of bits
- *  16-bit samples brought to `levels` evenly spaced values of 8 bits, with a choice of dithers.
+ *  @{ */
+/** 16-bit samples brought to `levels` evenly spaced values of 8 bits, with a choice of dithers.
  *
  *  With n = `levels` - 1, the step `s = 65535 / n` and its inverse `i = n / 65535` held in single precision, and trunc() cutting
  *  toward zero:
@@ -1133,8 +1134,8 @@ KUV_API KuvStatus kuviLUTPalette_16u32u_C1R(const Kuv16u* src, Kuv32s srcStep, K
  *    and the error c 0; where `v < 0`, both are 0; elsewhere v is quantised with `T = s / 2`, or N(x, y) if there is noise, and
  *    `c = v - base`, held in single precision. With p the errors of the row before and q those of the row before that:
  *    - #kuvDitherFloydSteinberg: `e = (5 * p[x] + 3 * p[x+1] + p[x-1] + 7 * c[x-1]) * 0.0625`.
- *    - #kuvDitherJarvisJudiceNinke: `e = (q[x-2] + q[x+2] + 7 * (p[x] + c[x-1]) + 5 * (q[x] + p[x-1] + p[x+1] + c[x-2])
- *      + 3 * (q[x-1] + q[x+1] + p[x-2] + p[x+2])) * k`, k being 1/48 in single precision.
+ *    - #kuvDitherJarvisJudiceNinke: `e = (q[x-2] + q[x+2] + 7 * (p[x] + c[x-1]) + 5 * (q[x] + p[x-1] + p[x+1] + c[x-2]) +
+ *      3 * (q[x-1] + q[x+1] + p[x-2] + p[x+2])) * k`, k being 1/48 in single precision.
  *    - #kuvDitherStucki: the same with 8, 4, 2 for 7, 5, 3, and 1/42 for 1/48.
  *
  *    Errors left and right of a row are 0, and so are those before the first row of the first channel. The channels follow one another,
@@ -1176,10 +1177,9 @@ KUV_API KuvStatus kuviLUTPalette_16u32u_C1R(const Kuv16u* src, Kuv32s srcStep, K
  *  `levels`: 2 to 256. `buffer`: as many bytes as kuviReduceBitsGetBufferSize() tells, at any address and with any content; may be
  *  null where that is 0, and is not touched then.
  *
- *  Returns #kuvStatusNullPtr if `src` or `dst` is null; #kuvStatusBadSize if the width or height is below 1; #kuvStatusBadNoise if
+ *  @return #kuvStatusNullPtr if `src` or `dst` is null; #kuvStatusBadSize if the width or height is below 1; #kuvStatusBadNoise if
  *  `noise` is not 0 to 100; #kuvStatusBadLevels if `levels` is not 2 to 256; #kuvStatusBadDitherType if `ditherType` is none of the
- *  five; #kuvStatusNullPtr if `buffer` is null and needed; else #kuvStatusOk.
- *  @{ */
+ *  five; #kuvStatusNullPtr if `buffer` is null and needed; else #kuvStatusOk. */
 KUV_API KuvStatus kuviReduceBits_16u8u_C1R(const Kuv16u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize,
                                            Kuv32s noise, KuvDitherType ditherType, Kuv32s levels, Kuv8u* buffer);
 KUV_API KuvStatus kuviReduceBits_16u8u_C3R(const Kuv16u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize,
@@ -1434,7 +1434,8 @@ KUV_API KuvStatus kuviMean_16s_C1R(const Kuv16s* src, Kuv32s srcStep, KuviSize r
 KUV_API KuvStatus kuviMean_8u_C3R(const Kuv8u* src, Kuv32s srcStep, KuviSize roiSize, Kuv64f mean[3]);
 
 /** @name Mean and standard deviation of integer samples
- *  With sum and squares the exact sums of the samples and of their squares, each made a double by one rounding, and n = width * height
+ *  @{ */
+/** With sum and squares the exact sums of the samples and of their squares, each made a double by one rounding, and n = width * height
  *  in 32 bits, unsigned, in double precision, each operation rounded:
  *
  *  - `mean = sum / n`
@@ -1450,10 +1451,9 @@ KUV_API KuvStatus kuviMean_8u_C3R(const Kuv8u* src, Kuv32s srcStep, KuviSize roi
  *  pixels, at least 1 by 1. `coi`: the channel that is measured, 1 to 3. `mean`, `stdDev`: receive the results; either or both may be
  *  null, and that result is not stored.
  *
- *  Returns #kuvStatusNullPtr if `src` is null; #kuvStatusBadSize if the width or height is below 1; #kuvStatusBadStep if `srcStep` is
+ *  @return #kuvStatusNullPtr if `src` is null; #kuvStatusBadSize if the width or height is below 1; #kuvStatusBadStep if `srcStep` is
  *  below the row's bytes; then #kuvStatusStepNotMultiple if 16-bit samples have an odd step, or #kuvStatusBadChannelOfInterest if `coi`
- *  is not 1 to 3; else #kuvStatusOk.
- *  @{ */
+ *  is not 1 to 3; else #kuvStatusOk. */
 KUV_API KuvStatus kuviMean_StdDev_8u_C1R(const Kuv8u* src, Kuv32s srcStep, KuviSize roiSize, Kuv64f* mean, Kuv64f* stdDev);
 KUV_API KuvStatus kuviMean_StdDev_16u_C1R(const Kuv16u* src, Kuv32s srcStep, KuviSize roiSize, Kuv64f* mean, Kuv64f* stdDev);
 KUV_API KuvStatus kuviMean_StdDev_8u_C3CR(const Kuv8u* src, Kuv32s srcStep, KuviSize roiSize, Kuv32s coi, Kuv64f* mean,
@@ -1597,7 +1597,8 @@ KUV_API KuvStatus kuviHistogramUniformInit(Kuv32s dataType, const Kuv32f* lowerL
 KUV_API KuvStatus kuviHistogramGetLevels(const KuviBinPlan* spec, Kuv32f* const* levels);
 
 /** @name Histograms
- *  Counts the samples of a region in each bin of a plan: `hist[k]`, or `hist[c][k]` of channel c, becomes the number of samples in bin k,
+ *  @{ */
+/** Counts the samples of a region in each bin of a plan: `hist[k]`, or `hist[c][k]` of channel c, becomes the number of samples in bin k,
  *  modulo 2^32. The plan must be one for the sample type. A channel that the plan does not have leaves its counts as they were; of more
  *  channels the first are used.
  *
@@ -1624,8 +1625,7 @@ KUV_API KuvStatus kuviHistogramGetLevels(const KuviBinPlan* spec, Kuv32f* const*
  *      32f: not used, may be null
  *  @return #kuvStatusNullPtr if `src`, `hist`, a pointer in `hist`, `spec` or `buffer` (not of 32f) is null; #kuvStatusBadSize if the width or
  *          height is below 1; #kuvStatusBadStep if the step is below the bytes of a row; #kuvStatusBadArg if `spec` is no plan; else
- *          #kuvStatusOk.
- *  @{ */
+ *          #kuvStatusOk. */
 KUV_API KuvStatus kuviHistogram_8u_C1R(const Kuv8u* src, Kuv32s srcStep, KuviSize roiSize, Kuv32u* hist, const KuviBinPlan* spec,
                                        Kuv8u* buffer);
 KUV_API KuvStatus kuviHistogram_8u_C3R(const Kuv8u* src, Kuv32s srcStep, KuviSize roiSize, Kuv32u* const hist[3], const KuviBinPlan* spec,
@@ -2024,7 +2024,8 @@ KUV_API KuvStatus kuvsDFTFwd_CToC_32f(const Kuv32f* srcRe, const Kuv32f* srcIm, 
                                       Kuv8u* buffer);
 
 /** @name Cosine transforms of 8x8 blocks
- *  The orthonormal two-dimensional cosine transform (DCT-II) of 64 samples that stand one after the other, row by row, and its inverse, in
+ *  @{ */
+/** The orthonormal two-dimensional cosine transform (DCT-II) of 64 samples that stand one after the other, row by row, and its inverse, in
  *  place:
  *
  *      forward: F(u, v) = c(u) c(v) / 4 * sum over x, y of f(x, y) cos((2x + 1) u pi / 16) cos((2y + 1) v pi / 16)
@@ -2044,8 +2045,7 @@ KUV_API KuvStatus kuvsDFTFwd_CToC_32f(const Kuv32f* srcRe, const Kuv32f* srcIm, 
  *  Transform", IEEE Transactions on Communications COM-25 (1977) 1004-1009.
  *
  *  @param srcDst 64 samples, at any address
- *  @return #kuvStatusNullPtr if `srcDst` is null; else #kuvStatusOk.
- *  @{ */
+ *  @return #kuvStatusNullPtr if `srcDst` is null; else #kuvStatusOk. */
 KUV_API KuvStatus kuviDCT8x8Fwd_16s_C1I(Kuv16s* srcDst);
 KUV_API KuvStatus kuviDCT8x8Inv_16s_C1I(Kuv16s* srcDst);
 /** @} */
