@@ -176,16 +176,22 @@ def aims(rows):
     return text
 
 
-def families(rows):
-    """How many comparisons of a family reach what is aimed at, and the one that is furthest from it."""
+def by_family(rows):
+    """The families of which something was measured, with the strongest variant's comparisons; each comparison is in one of them."""
     strongest = next((r.ours for r in reversed(rows) if r.kind == "px"), None)
-    taken, lines = set(), []
+    taken = set()
     for family in FAMILIES:
         found = [r for r in rows if r.kind == "peer" and r.ours == strongest and (r.size in PICTURES or is_signal(r)) and r not in taken
                  and re.fullmatch(family.functions, r.function) and re.search(family.cases, r.case) and re.search(family.peers, r.other)]
         taken.update(found)
-        if not found:
-            continue
+        if found:
+            yield family, found
+
+
+def families(rows):
+    """How many comparisons of a family reach what is aimed at, and the one that is furthest from it."""
+    lines = []
+    for family, found in by_family(rows):
         last = min(found, key=lambda r: r.median)
         reached = [sum(r.median >= aim for r in found) for aim in (family.least, family.wanted)]
         lines.append([family.text, len(found), f"{family.least:g}", reached[0], f"{family.wanted:g}", reached[1],
@@ -316,6 +322,27 @@ def plot_demosaicing(rows, path):
     finish(figure, path)
 
 
+def plot_families(rows, path):
+    """A row for each family: every comparison, their median, and what they are to reach at least."""
+    found = list(by_family(rows))
+    figure, axis = plt.subplots(figsize=(10, 1.2 + 0.22 * len(found)))
+    for place, (family, comparisons) in zip(range(len(found), 0, -1), found):
+        ratios = [r.median for r in comparisons]
+        axis.plot(ratios, [place] * len(ratios), "o", markersize=3, alpha=0.4, color="tab:blue", label="a comparison")
+        axis.plot(statistics.median(ratios), place, "D", markersize=5, color="tab:red", label="their median")
+        axis.plot([family.least] * 2, [place - 0.4, place + 0.4], color="black", label="the least wanted")
+    axis.axvline(1, color="black", linewidth=0.8)
+    axis.set_xscale("log", base=2)
+    axis.xaxis.set_major_formatter(lambda value, _: f"{value:g}")
+    axis.set_yticks(range(len(found), 0, -1), [family.text for family, _ in found], fontsize=7)
+    axis.set_ylim(0, len(found) + 1)
+    axis.grid(axis="x", alpha=0.4)
+    axis.set_xlabel("peer's time / ours")
+    handles, labels = axis.get_legend_handles_labels()
+    axis.legend(handles[:3], labels[:3], fontsize=8)
+    finish(figure, path)
+
+
 def plot_ratios(rows, kind, name, label, path):
     """A row for each function, its first case on a large picture: the ratios on a logarithmic scale, with the middle half as a bar."""
     chosen = [r for r in rows if r.kind == kind and r.size == MAIN]
@@ -344,6 +371,7 @@ def main(arguments):
     if len(arguments) not in (1, 2):
         sys.exit(__doc__)
     facts, rows = read(arguments[0])
+    everything = rows
     parts = {"families": families(rows), "signals": signals(rows)}
     rows = [r for r in rows if not is_signal(r)]
     parts |= {"machine": machine(facts), "aims": aims(rows), "peers": peers(rows), "variants": variants(rows),
@@ -359,6 +387,7 @@ def main(arguments):
     page = pathlib.Path(arguments[1])
     images = page.parent / "images"
     images.mkdir(parents=True, exist_ok=True)
+    plot_families(everything, images / "performance-families.png")
     plot_demosaicing(rows, images / "performance-demosaicing.png")
     plot_ratios(rows, "peer", lambda r: f"{r.other} / {r.ours}", "peer's time / ours", images / "performance-peers.png")
     plot_ratios(rows, "px", lambda r: r.ours, "px's time / the variant's", images / "performance-variants.png")
