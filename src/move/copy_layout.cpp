@@ -1,12 +1,13 @@
 // Copies between layouts of pixels, copies of some samples of a pixel, and copies under a mask.
 #include "core/checks.hpp"
 #include "move/copy_layout_kernels.hpp"
+#include "simd/rows.hpp"
 
 namespace kuv::KUV_VARIANT {
 namespace {
 
-// From so many pixels a row on, the size of the cache is asked for.
-constexpr Kuv32s leastAskedWidth = 512;
+// Rows of fewer pixels stay in the caches.
+constexpr Kuv32s leastStreamed = 512;
 
 template <class T, class CopyRow>
 KUV_INLINE KuvStatus copyLayout(const T* src, Kuv32s srcStep, T* dst, Kuv32s dstStep, KuviSize roi, CopyRow copyRow) {
@@ -26,24 +27,19 @@ KuvStatus copyPlanes(const Kuv8u* const* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s
     }
     if (emptyRoi(roi)) return kuvStatusBadSize;
     ptrdiff_t width = roi.width, height = roi.height;
-    if (hasVectors && width >= leastAskedWidth && srcStep == width && dstStep == channels * width) {
-        // Rows without padding are one, past the caches if it is long.
-        Kuv32s cache;
-        if (kuvQueryCacheBytes(&cache) == kuvStatusOk) {
-            width *= height;
-            height = 1;
-            if (channels * width > cache / 2) {
-                interleaveRowStreaming<channels>(first, dst, width);
-                streamFence();
-                return kuvStatusOk;
-            }
-        }
+    if (hasVectors && srcStep == width && dstStep == channels * width) {
+        width *= height;
+        height = 1;
     }
+    const bool streaming = hasVectors && width >= leastStreamed && bypassesCaches(height, width, 2 * channels, channels * width, 32);
     for (ptrdiff_t row = 0; row < height; ++row) {
         const Kuv8u* planes[channels];
         for (int c = 0; c < channels; ++c) planes[c] = rowAt(first[c], srcStep, row);
-        interleaveRow<channels>(planes, rowAt(dst, dstStep, row), width);
+        Kuv8u* const to = rowAt(dst, dstStep, row);
+        if (streaming) interleaveRowStreaming<channels>(planes, to, width);
+        else interleaveRow<channels>(planes, to, width);
     }
+    if (streaming) streamFence();
     return kuvStatusOk;
 }
 

@@ -174,13 +174,13 @@ KUV_INLINE void copyC1C3(const Kuv8u* src, Kuv8u* dst, ptrdiff_t width) {
 }
 
 // Planes to pixels of as many samples.
-template <int channels>
-KUV_INLINE void loadPlanes(const Kuv8u* const (&planes)[channels], ptrdiff_t i, ByteVector (&v)[channels]) {
+template <int channels, class V>
+KUV_INLINE void loadPlanes(const Kuv8u* const (&planes)[channels], ptrdiff_t i, V (&v)[channels]) {
 #pragma GCC unroll 4
-    for (int c = 0; c < channels; ++c) v[c] = load<ByteVector>(planes[c] + i);
+    for (int c = 0; c < channels; ++c) v[c] = load<V>(planes[c] + i);
 }
-template <int channels>
-KUV_INLINE void storePixels(Kuv8u* to, const ByteVector (&v)[channels]) {
+template <int channels, class V>
+KUV_INLINE void storePixels(Kuv8u* to, const V (&v)[channels]) {
     if constexpr (channels == 3) {
         storeInterleaved3(to, v[0], v[1], v[2]);
     } else {
@@ -210,17 +210,19 @@ void interleaveRow(const Kuv8u* const (&planes)[channels], Kuv8u* dst, ptrdiff_t
 // Past the caches, where a pixel begins on a vector's boundary. The caller closes with a fence.
 template <int channels>
 void interleaveRowStreaming(const Kuv8u* const (&planes)[channels], Kuv8u* dst, ptrdiff_t width) {
+    // Of four channels both halves of a register go to the same line, for which 16 bytes at a time do.
+    using V = std::conditional_t<channels == 4, Vector<Kuv8u, 16>, ByteVector>;
     ptrdiff_t i = 0;
-    while (i < width && i < vectorBytes && offsetIn(dst + channels * i, vectorBytes) != 0) ++i;
+    while (i < width && i < V::bytes && offsetIn(dst + channels * i, V::bytes) != 0) ++i;
     interleavePixels(planes, 0, i, dst);
-    if (offsetIn(dst + channels * i, vectorBytes) == 0) {
-        for (; i + vectorBytes <= width; i += vectorBytes) {
-            alignas(vectorBytes) Kuv8u block[channels * vectorBytes];
-            ByteVector v[channels];
+    if (offsetIn(dst + channels * i, V::bytes) == 0) {
+        for (; i + V::bytes <= width; i += V::bytes) {
+            alignas(V::bytes) Kuv8u block[channels * V::bytes];
+            V v[channels];
             loadPlanes(planes, i, v);
             storePixels(block, v);
             for (int k = 0; k < channels; ++k) {
-                stream(dst + channels * i + k * vectorBytes, load<ByteVector>(block + k * vectorBytes));
+                stream(dst + channels * i + k * V::bytes, load<V>(block + k * V::bytes));
             }
         }
     }
