@@ -387,6 +387,18 @@ TEST_P(Convert, Examples) {
     EXPECT_EQ(range[2], -1.0f);
 }
 
+// What is vMax and more comes before what is vMin and less.
+TEST_P(Convert, RangeFromAnInfinityToItself) {
+    for (const Kuv32f bound : {INFINITY, -INFINITY}) {
+        for (const Kuv32f x : {INFINITY, 7.0f, -INFINITY}) {
+            const std::vector<Kuv32f> src(3 * 40, x);
+            std::vector<Kuv8u> dst(src.size(), 99);
+            EXPECT_EQ(kuviScale_32f8u_C3R(src.data(), 480, dst.data(), 120, {40, 1}, bound, bound), kuvStatusOk);
+            EXPECT_EQ(dst, std::vector<Kuv8u>(src.size(), x >= bound ? 255 : 0)) << bound << ", " << x;
+        }
+    }
+}
+
 TEST_P(Convert, EmptyRangeComesFirst) {
     for (const auto& [vMin, vMax] : {std::pair{1.0f, 1.0f}, {1.0f, 0.5f}, {0.0f, -0.0f}, {INFINITY, -INFINITY}, {1.0f, -INFINITY}}) {
         EXPECT_EQ(kuviScale_8u32f_C3R(nullptr, 0, nullptr, 0, {0, 0}, vMin, vMax), kuvStatusEmptyRange);

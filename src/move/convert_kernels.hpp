@@ -159,7 +159,7 @@ private:
             return bitAnd(cut, bitOr(lower, fill<Vector<Kuv32s, 16>>(~1)));
         });
         const auto above = asIntegers(atLeast(x, fill<Four>(vMax_))), below = asIntegers(atLeast(fill<Four>(vMin_), x));
-        return bitAnd(bitAndNot(below, bitOr(whole, above)), fill<Vector<Kuv32s, 16>>(0xFF));
+        return bitAnd(bitOr(bitAndNot(below, whole), above), fill<Vector<Kuv32s, 16>>(0xFF));
     }
 
     template <class Write>
