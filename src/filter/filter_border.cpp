@@ -41,6 +41,7 @@ void filterWithBorder(const Images& region, Kuv32s borderType, Kuv32f constant, 
     const Continued continued = {region.src, region.srcStep, {hasLeft ? -left : 0, width + (hasRight ? right : 0)},
                                  {hasTop ? -top : 0, height + (hasBottom ? bottom : 0)}, borderType & ~borderFlags, constant};
     const ptrdiff_t areaElements = static_cast<ptrdiff_t>(borderedElements(kw, kh, width, height));
+    // NOLINTNEXTLINE(clang-analyzer-core.DivideZero): a kernel has a column
     const auto rowsAtOnce = [&](ptrdiff_t columns) { return areaElements / (columns + kw - 1) - (kh - 1); };
     const auto fromCopy = [&](ptrdiff_t x, ptrdiff_t firstRow, ptrdiff_t columns, ptrdiff_t rows) {
         if (columns == 0) return;

@@ -25,7 +25,7 @@ KUV_INLINE Kuv64u sumOfLanes(V v) {
 template <class T>
 struct Lanes {
     using Type = std::conditional_t<hasVectors, Native<T>, T>;
-    static constexpr int count = sizeof(Type) / sizeof(T);
+    static constexpr int count = sizeof(Type) / sizeof(T);  // NOLINT(bugprone-sizeof-expression): in px they are the same
 
     static KUV_INLINE Type filled(T value) {
         if constexpr (hasVectors) return fill<Type>(value);

@@ -9,8 +9,6 @@
 //   flush()            is called at the end of each row, too
 #pragma once
 
-#include <cstdint>
-
 #include "core/rows.hpp"
 #include "simd/real.hpp"
 
@@ -44,8 +42,8 @@ template <class T, ptrdiff_t block>
 KUV_INLINE void moveToEnd(T (&padded)[block], const T* end, ptrdiff_t rest, T padding) {
     using V = Native<T>;
     static constexpr struct Masks {
-        Kuv8u gapThenOnes[2 * block * sizeof(T)];
-        constexpr Masks() : gapThenOnes{} {
+        Kuv8u gapThenOnes[2 * block * sizeof(T)] = {};
+        constexpr Masks() {
             for (size_t i = block * sizeof(T); i < sizeof(gapThenOnes); ++i) gapThenOnes[i] = 0xFF;
         }
     } masks;

@@ -50,14 +50,14 @@ KUV_INLINE Twin<Sums> sub(const Twin<Sums>& a, const Twin<Sums>& b) {
 
 KUV_INLINE Twin<Words> loadRows(const Kuv16s* block, int first, int second) {
     Twin<Words> rows;
-    for (int i = 0; i < rows.parts; ++i) {
+    for (int i = 0; i < Twin<Words>::parts; ++i) {
         const auto* from = reinterpret_cast<const Kuv8u*>(block + 8 * (i ? second : first));
         rows.part[i] = as<Kuv16s>(loadParts<ByteVector>(from, 16 * (second - first)));
     }
     return rows;
 }
 KUV_INLINE void storeRows(Kuv16s* block, int first, const Twin<Words>& rows) {
-    for (int i = 0; i < rows.parts; ++i) store(block + 8 * first + i * Words::lanes, rows.part[i]);
+    for (int i = 0; i < Twin<Words>::parts; ++i) store(block + 8 * first + i * Words::lanes, rows.part[i]);
 }
 
 // The samples of two rows in turn: a pair for each column.

@@ -167,11 +167,6 @@ void transformFft(const void* record, Kuv32f* srcRe, Kuv32f* srcIm, Kuv32f* dstR
 // factors depend on the sum of two exponents alone and are read side by side. Those below (p - 1) / 2 give one index of each
 // pair.
 constexpr Kuv32s longestDirect = 47, mostDirectPairs = (longestDirect - 1) / 2;
-constexpr Kuv32s powerModulo(Kuv32s base, Kuv32s exponent, Kuv32s modulus) {
-    Kuv32s power = 1;
-    for (; exponent > 0; --exponent) power = power * base % modulus;
-    return power;
-}
 constexpr Kuv32s primitiveRoot(Kuv32s prime) {
     for (Kuv32s root = 2;; ++root) {
         Kuv32s order = 1;
