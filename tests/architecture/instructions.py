@@ -2,7 +2,7 @@
 
 usage: instructions.py OBJDUMP VARIANT OBJECT...   (core counts as px)
 
-Every instruction that names a vector register must be in the table; among the others only the listed ones belong to an extension."""
+Every instruction must be in a table: what is in none belongs to no variant."""
 import os
 import re
 import sys
@@ -18,7 +18,7 @@ SETS = {
     "g9": "SSE2 SSE3 SSSE3 SSE4.1 SSE4.2 AVX",
     "h9": "SSE2 SSE3 SSSE3 SSE4.1 SSE4.2 AVX AVX2 FMA BMI1 BMI2",
 }
-SETS["core"] = SETS["px"]
+SETS["core"] = SETS["px"] + " XSAVE"  # xgetbv, once CPUID has told of it
 
 # Instructions on XMM registers by the set that brought them.
 XMM = {
@@ -49,22 +49,29 @@ VEX = {
 }
 # On 256 bits these are AVX; every other instruction of integers is AVX2 there.
 AVX_ON_YMM = r"movdq[au] | movntdq | lddqu | ptest | cvt.*"
-# Instructions of general registers that belong to an extension. (tzcnt is not among them: older processors take it for bsf, and
-# compilers use it where that gives the same.)
+# Instructions without vector registers: those of every x86-64 processor, and those of extensions. (tzcnt is among the former: older
+# processors take it for bsf, and compilers use it where that gives the same.)
+BASELINE = r"""
+    (adc|add|and|bsf|bsr|bswap|bt[crs]?|call|cmp|cmpxchg|dec|div|idiv|imul|inc|lea|leave|mov|movabs|mul|neg|nop|not|or)[bwlq]?
+    (pop|popf|push|pushf|rc[lr]|ret|ro[lr]|sa[lr]|sbb|sh[lr]d?|sub|test|tzcnt|xadd|xchg|xor|cmps|lods|movs|scas|stos)[bwlq]?
+    mov[sz](bw|bl|bq|wl|wq|lq) | cmov\w+ | j\w+ | set(n?[abceglopsz]|n?[abgl]e|n?p[eo]) | cbtw | cwt[ld] | clt[dq] | cqto | c[lm]c | stc
+    endbr64 | ud2 | cpuid | pause | fwait | prefetch(nta|t[012]) | [lms]fence | movnti[lq]? | (ld|st)mxcsr | cvtt?s[sd]2si[lq]?"""
 GENERAL = {
     "BMI1": r"andn | bextr | blsi | blsmsk | blsr",
     "BMI2": r"bzhi | mulx | pdep | pext | rorx | sarx | shlx | shrx",
     "POPCNT": r"popcnt[wlq]?",
     "LZCNT": r"lzcnt[wlq]?",
     "MOVBE": r"movbe[wlq]?",
-    "ADX": r"adcx | adox",
-    "PREFETCHW": r"prefetchwt?1?",
-    "RDRAND": r"rdrand | rdseed",
+    "XSAVE": r"xgetbv",
+    "SSE3": r"fisttp(s|l|ll)?",
     "SSE4.2": r"crc32[bwlq]?",
 }
 # px is the statement of the arithmetic in scalar code, so it computes nothing on several samples at once.
 PACKED_ARITHMETIC = r"""
-    p(add|sub|mul|madd|sad|avg|min|max|cmp)\w+ | ps(ll|rl|ra)[wdq] | (add|sub|mul|div|min|max|sqrt)p[sd] | cmp\w*p[sd]"""
+    p(add|sub|mul|madd|sad|avg|min|max|cmp|ack)\w+ | ps(ll|rl|ra)[wdq] | (add|sub|mul|div|min|max|sqrt)p[sd] | cmp\w*p[sd]
+    cvt(ps2pd|pd2ps|dq2p[sd]|t?p[sd]2dq) | p?movmsk(b|p[sd])"""
+# A line of the disassembly: prefixes, mnemonic, operands.
+INSTRUCTION = re.compile(r"(?:(?:rep|repz|repnz|lock|notrack|data16|bnd|cs|ds|es|fs|gs|rex\S*) )*(\w+)\s*(.*)")
 
 
 def pattern(text):
@@ -73,7 +80,7 @@ def pattern(text):
 
 
 XMM, VEX, GENERAL = ({name: pattern(text) for name, text in table.items()} for table in (XMM, VEX, GENERAL))
-AVX_ON_YMM, PACKED_ARITHMETIC = pattern(AVX_ON_YMM), pattern(PACKED_ARITHMETIC)
+AVX_ON_YMM, BASELINE, PACKED_ARITHMETIC = (pattern(each) for each in (AVX_ON_YMM, BASELINE, PACKED_ARITHMETIC))
 
 
 def find(table, mnemonic):
@@ -81,7 +88,7 @@ def find(table, mnemonic):
 
 
 def set_of(mnemonic, operands):
-    """The set that an instruction belongs to; None for the platform's general instructions."""
+    """The set that an instruction belongs to; None for what every processor has without vector registers."""
     if re.search(r"%zmm|%k[0-7]|%[xy]mm(1[6-9]|2\d|3[01])|\{", operands):
         return "AVX-512"
     if re.search(r"%mm[0-7]", operands) or mnemonic == "emms":
@@ -100,30 +107,43 @@ def set_of(mnemonic, operands):
         return "AVX2" if "%ymm" in operands and integer and not AVX_ON_YMM.fullmatch(legacy) else "AVX"
     if "%xmm" in operands:
         return find(XMM, mnemonic) or f"an unknown set ({mnemonic} {operands})"
-    return find(GENERAL, mnemonic)
+    if BASELINE.fullmatch(mnemonic):
+        return None
+    return find(GENERAL, mnemonic) or f"an unknown set ({mnemonic} {operands})"
+
+
+def trouble(code, text):
+    """What is wrong with an instruction in a variant's unit, or None."""
+    instruction = INSTRUCTION.fullmatch(text)
+    if instruction is None:
+        return "cannot be read"
+    mnemonic, operands = instruction[1], instruction[2].split("#")[0]
+    found = set_of(mnemonic, operands)
+    if found is not None and found not in SETS[code].split():
+        return found
+    if code == "px" and PACKED_ARITHMETIC.fullmatch(mnemonic):
+        return "packed"
+    if code in ("g9", "h9") and "%xmm" in operands and not mnemonic.startswith("v"):
+        return "not in AVX's encoding, after which wide registers are slow"
+    return None
 
 
 def check(objdump, code, objects):
-    allowed = set(SETS[code].split()) | {None}
-    count = 0
     for path in objects:
-        function = "?"
+        function, count = "?", 0
         for line in output(objdump, "-d", "--no-show-raw-insn", path).splitlines():
             label = re.fullmatch(r"[0-9a-f]+ <(.*)>:", line)
             if label:
                 function = label[1]
-                continue
-            instruction = re.match(r" *[0-9a-f]+:\s+(?:(?:rep|repz|repnz|lock|notrack|data16|bnd|cs|ds|es|fs|gs|rex\S*) )*(\w+)\s*(.*)", line)
+            instruction = re.match(r" *[0-9a-f]+:\t(.*)", line)
             if not instruction:
                 continue
             count += 1
-            found = set_of(instruction[1], instruction[2].split("#")[0])
-            if found not in allowed:
+            found = trouble(code, instruction[1].strip())
+            if found:
                 yield f"{os.path.basename(path)}, {function}: {found}: {line.strip()}"
-            elif code == "px" and PACKED_ARITHMETIC.fullmatch(instruction[1]):
-                yield f"{os.path.basename(path)}, {function}: packed: {line.strip()}"
-    if count == 0:
-        yield "no instructions found"
+        if count == 0:
+            yield f"{os.path.basename(path)}: no instructions found"
 
 
 if __name__ == "__main__":
