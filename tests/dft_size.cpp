@@ -1,6 +1,5 @@
 // Plans of Fourier transforms: the sizes of their blocks, their words, and what makes a query or an Init fail.
 #include <map>
-#include <numeric>
 
 #include "support/statuses.hpp"
 
@@ -104,7 +103,7 @@ Radices radicesOf(const std::string& code, int n) {
         r[0] = 2;
         v /= 2;
     }
-    const auto mayMerge = [&] { return !px && r.size() >= 1 && r[0] == 2 && (r.size() == 1 || r[1] != 4); };
+    const auto mayMerge = [&] { return !px && !r.empty() && r[0] == 2 && (r.size() == 1 || r[1] != 4); };
     if (v >= 9) {
         int d = 3;
         do {

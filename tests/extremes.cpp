@@ -1,7 +1,6 @@
 // Smallest and largest samples.
 #include <cmath>
 #include <limits>
-#include <vector>
 
 #include "support/aliased.hpp"
 #include "support/results.hpp"

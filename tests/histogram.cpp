@@ -142,6 +142,8 @@ struct Places {
     int src = 0, plan = 0, hist = 0, buffer = 0;  // bytes from the guard
 };
 
+const float nan = std::numeric_limits<float>::quiet_NaN(), infinity = std::numeric_limits<float>::infinity();
+
 class Histogram : public VariantTest {
 protected:
     bool hasRowRule() const { return GetParam().index == 5; }
@@ -222,6 +224,10 @@ protected:
         std::vector<Kuv8u> buffer(static_cast<std::size_t>(form.bufferBytes()));
         EXPECT_EQ(form.call(src.row(), src.step(), size, results, plan.get(), buffer.data()), kuvStatusOk);
         return counts;
+    }
+    float atOrBeside(double level) {
+        const float at = static_cast<float>(level);
+        return oneIn(random_, 3) ? at : std::nextafter(at, oneIn(random_, 2) ? infinity : -infinity);
     }
 
     Random random_{1};
@@ -431,7 +437,6 @@ TEST_P(Histogram, PlansOfMoreChannels) {
     }
 }
 
-const float nan = std::numeric_limits<float>::quiet_NaN(), infinity = std::numeric_limits<float>::infinity();
 const float tiny = std::numeric_limits<float>::denorm_min(), huge = std::numeric_limits<float>::max();
 const float specials[] = {nan, -nan, infinity, -infinity, 0.0f, -0.0f, tiny, -tiny, 1.17549435e-38f, huge, -huge, 1.0f, -1.0f, 1e30f, -1e-30f};
 
@@ -454,7 +459,7 @@ TEST_P(Histogram, SpecialReals) {
         const float a = source.channels[0].free.empty() ? source.channels[0].lower : -2, b = source.channels[0].free.empty() ? source.channels[0].upper : 300;
         expectFilled(reals, source, {213, 2}, [&](int, int) {
             if (oneIn(random_, 3)) return specials[below(random_, 15)];
-            if (oneIn(random_, 2)) return std::nextafter(static_cast<float>(source.level(0, below(random_, source.bins(0) + 1))), between(random_, -1, 1) * infinity);
+            if (oneIn(random_, 2)) return atOrBeside(source.level(0, below(random_, source.bins(0) + 1)));
             return a + (b / 2 - a / 2) * static_cast<float>(below(random_, 20001)) / 10000;
         });
         if (HasFailure()) return;
@@ -466,10 +471,7 @@ TEST_P(Histogram, ManyBins) {
     for (const int bins : {500, 511, 512, 1000, 4096, 20000, 65536, 300000, 1000000}) {
         for (const auto& [a, b] : {std::pair{0.0f, 1.0f}, {100.0f, 101.0f}, {-5e5f, 5e5f}}) {
             const PlanSource source = {kuvDataType32f, {Levels(a, b, bins + 1)}};
-            expectFilled(reals, source, {700, 3}, [&](int, int) {
-                const float level = static_cast<float>(source.level(0, below(random_, bins + 1)));
-                return oneIn(random_, 3) ? level : std::nextafter(level, between(random_, -1, 1) * infinity);
-            });
+            expectFilled(reals, source, {700, 3}, [&](int, int) { return atOrBeside(source.level(0, below(random_, bins + 1))); });
         }
     }
 }

@@ -241,7 +241,7 @@ protected:
         all.push_back(Picture(size).fill([](int x, int y) { return x % 2 == 0 && y % 2 == 0; }));
         all.push_back(Picture(size).fill([](int x, int y) { return x % 2 == 0 && y % 2 == 1; }));
         all.push_back(Picture(size).fill([](int, int) { return true; }));
-        all.push_back(Picture(size));
+        all.emplace_back(size);
         return all;
     }
 

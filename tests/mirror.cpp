@@ -1,5 +1,4 @@
 // Mirror images, between two images and in place.
-#include <algorithm>
 #include <vector>
 
 #include "support/agreement.hpp"

@@ -1,6 +1,5 @@
 // The reduction of 16-bit samples to fewer levels.
 #include <algorithm>
-#include <functional>
 #include <vector>
 
 #include "reduce_bits_reference.hpp"

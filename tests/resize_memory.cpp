@@ -1,5 +1,4 @@
 // Where resized tiles read and write: every address and every step.
-#include <memory>
 
 #include "resize_tiles.hpp"
 #include "support/distant.hpp"

@@ -215,7 +215,7 @@ TEST_P(ScaledArithmetic, EveryValueByEveryScaleFactor) {
         const KuviSize size = {65536, 1};
         const Geometry at = geometry(operation, size, rowBytes(operation, size.width), Guard::end);
         const Image src1("src1", at, 1), src2("src2", at, 2), dst("dst", at, 3);
-        for (const Kuv16s b : {-32768, 32767, -1, 1, 12345}) {
+        for (const Kuv16s b : std::initializer_list<Kuv16s>{-32768, 32767, -1, 1, 12345}) {
             for (int i = 0; i < size.width * operation.channels; ++i) {
                 store(src1.row(), i, b);
                 store(src2.row(), i, static_cast<Kuv16s>(i / operation.channels));

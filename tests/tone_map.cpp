@@ -38,7 +38,7 @@ constexpr Application applications[] = {
 // A map in a block of just its size, made by px: the tables of h9 may differ.
 class Map {
 public:
-    Map(const MapSource& source, Guard guard = Guard::end, int gap = 0) {
+    explicit Map(const MapSource& source, Guard guard = Guard::end, int gap = 0) {
         const SelectVariant selection(variantOf("px"));
         Kuv32s bytes = 0;
         EXPECT_EQ(source.size(&bytes), kuvStatusOk);

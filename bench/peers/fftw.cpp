@@ -28,7 +28,7 @@ public:
         faster_ = plans_[seconds(plans_[1]) < seconds(plans_[0])];
     }
     ~Transform() {
-        for (const fftwf_plan each : plans_) fftwf_destroy_plan(each);
+        for (fftwf_plan each : plans_) fftwf_destroy_plan(each);
     }
     Transform(const Transform&) = delete;
     Transform& operator=(const Transform&) = delete;

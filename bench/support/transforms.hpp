@@ -1,8 +1,6 @@
 // Signals that are transformed: the width of a case's size is their length.
 #pragma once
 
-#include <vector>
-
 #include "support/images.hpp"
 
 namespace kuvbench {

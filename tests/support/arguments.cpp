@@ -1,6 +1,5 @@
 #include "support/arguments.hpp"
 
-#include <algorithm>
 #include <limits>
 #include <sstream>
 #include <type_traits>

@@ -2,6 +2,7 @@
 // prototype. A descriptor is anything that turns a Draw into a tuple of arguments; the common ones stand here.
 #pragma once
 
+#include <cmath>
 #include <deque>
 #include <tuple>
 
@@ -34,7 +35,7 @@ bool sameBits(const void* got, const void* wanted) {
 template <class T>
 bool sameOrBothNaN(const void* got, const void* wanted) {
     const T a = load<T>(got), b = load<T>(wanted);
-    return sameBits<T>(got, wanted) || (a != a && b != b);
+    return sameBits<T>(got, wanted) || (std::isnan(a) && std::isnan(b));
 }
 inline bool sameRealOrBothNaN(const void* got, const void* wanted) { return sameOrBothNaN<float>(got, wanted); }
 

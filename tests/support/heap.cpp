@@ -8,11 +8,13 @@
 
 extern "C" {
 
+// NOLINTBEGIN(bugprone-reserved-identifier): as the C runtime names them
 void* __libc_malloc(std::size_t bytes);
 void* __libc_calloc(std::size_t count, std::size_t bytes);
 void* __libc_realloc(void* block, std::size_t bytes);
 void* __libc_memalign(std::size_t alignment, std::size_t bytes);
 void __libc_free(void* block);
+// NOLINTEND(bugprone-reserved-identifier)
 
 }
 
