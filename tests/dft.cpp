@@ -5,6 +5,7 @@
 #include <memory>
 #include <thread>
 
+#include "support/fuzzing.hpp"
 #include "support/statuses.hpp"
 
 namespace {
@@ -154,6 +155,10 @@ struct Result {
     }
 };
 
+double scaleOf(int flag, int length) {
+    return flag == kuvDftScaleForward ? 1.0 / length : flag == kuvDftScaleBoth ? 1 / std::sqrt(double(length)) : 1;
+}
+
 enum InPlace { neither, real, imaginary, both };
 
 class DFT : public VariantTest {
@@ -194,8 +199,7 @@ protected:
     void expectTransform(int length, int flag = kuvDftScaleNone, InPlace inPlace = neither, Place at = {}) {
         SCOPED_TRACE(testing::Message() << GetParam() << ", length " << length << ", flag " << flag << ", in place " << inPlace);
         const Plan plan(length, flag, at);
-        const double scale = flag == 1 ? 1.0 / length : flag == 4 ? 1 / std::sqrt(double(length)) : 1;
-        expectClose(length, resultOf(plan, inPlace, {at.guard, 4 * at.gap}), scale);
+        expectClose(length, resultOf(plan, inPlace, {at.guard, 4 * at.gap}), scaleOf(flag, length));
     }
 
     bool px() const { return GetParam().index == 0; }
@@ -389,6 +393,53 @@ struct RunArguments {
         return {re, im, toRe, plane(Role::output), plan, buffer};
     }
 };
+// Any length, in place or not. The variants' orders of operations differ, so what is compared is as close as their bounds make it: no
+// value is further off than all errors together.
+struct TransformArguments {
+    static int length(Random& random) {
+        if (oneIn(random, 2)) return between(random, 1, 200);
+        if (oneIn(random, 2)) return lengthsOfEachPath[below(random, static_cast<int>(std::size(lengthsOfEachPath)))];
+        if (oneIn(random, 2)) return between(random, 1, 6000);
+        int product = 1;
+        for (int i = 0; i < 12 && product < 200; ++i) product *= between(random, 2, 20);
+        return product;
+    }
+
+    std::tuple<const Kuv32f*, const Kuv32f*, Kuv32f*, Kuv32f*, const Kuv8u*, Kuv8u*> operator()(Draw& draw) const {
+        const int count = length(draw.random), flag = 1 << below(draw.random, 4);
+        const int inPlace = oneIn(draw.random, 2) ? neither : below(draw.random, 4);
+        Kuv32s specBytes = 0, initBytes = 0, workBytes = 0;
+        EXPECT_EQ(kuvsDFTGetSize_C_32f(count, flag, 0, &specBytes, &initBytes, &workBytes), kuvStatusOk);
+        const auto block = [&](Role role, int bytes) {
+            const Image& image = draw.image<Kuv8u>(role, std::max(bytes, 1), 1, 0);
+            return bytes > 0 ? image.row() : nullptr;
+        };
+        Kuv8u *const spec = block(Role::record, specBytes), *const init = block(Role::scratch, initBytes);
+        EXPECT_EQ(watched([&] { return kuvsDFTInit_C_32f(count, flag, 0, spec, init); }), kuvStatusOk);
+        Kuv8u* const work = block(Role::scratch, workBytes);
+
+        const auto tolerance = std::make_shared<double>(0);
+        const auto close = [tolerance](const void* got, const void* wanted) {
+            return *tolerance == HUGE_VAL || std::abs(double(load<Kuv32f>(got)) - load<Kuv32f>(wanted)) <= *tolerance;
+        };
+        double squares = 0;
+        const auto plane = [&](Role role) {
+            const Image& image = draw.image<Kuv32f>(role, count, 1, 0, close);
+            if (role != Role::output) {
+                for (int i = 0; i < count; ++i) squares += std::norm(load<Kuv32f>(image.row(), i));
+            }
+            return image.row<Kuv32f>();
+        };
+        Kuv32f* const srcRe = plane(inPlace & real ? Role::inOut : Role::source);
+        Kuv32f* const srcIm = plane(inPlace & imaginary ? Role::inOut : Role::source);
+        Kuv32f* const dstRe = inPlace & real ? srcRe : plane(Role::output);
+        Kuv32f* const dstIm = inPlace & imaginary ? srcIm : plane(Role::output);
+        const bool inRange = squares == 0 || (squares > 1e-20 && squares < 1e30);
+        *tolerance = inRange ? 4 * bound(count) * 0x1p-24 * std::sqrt(count * squares) * scaleOf(flag, count) : HUGE_VAL;
+        return {srcRe, srcIm, dstRe, dstIm, spec, work};
+    }
+};
+KUV_FUZZED(px, kuvsDFTFwd_CToC_32f, TransformArguments{});
 KUV_CHECKS(kuvsDFTFwd_CToC_32f, call(RunArguments{}), check(kuvStatusNullPtr, null<4>()),
            check(kuvStatusBadContext, set<4>(stranger(0)), set<4>(stranger(1)), set<4>(stranger(2)), set<4>(stranger(3)),
                  set<4>(stranger(4)), set<4>(stranger(5))),

@@ -78,40 +78,43 @@ struct Samples {
     }
 };
 
-// (hist, spec, buffer) of one of some plans.
+// Of any size, as far apart or close together as may be.
+Levels wildLevels(Random& random) {
+    std::vector<float> list;
+    for (int i = between(random, 2, 9); i > 0; --i) {
+        const float level = random.bits<float>();
+        if (std::isfinite(level)) list.push_back(level);
+    }
+    std::sort(list.begin(), list.end());
+    list.erase(std::unique(list.begin(), list.end()), list.end());
+    if (list.size() < 2) return {-1, 1, 2};
+    return oneIn(random, 2) ? freeLevels(list) : Levels(list.front(), list.back(), between(random, 2, 300));
+}
+
+// (hist, spec, buffer) of any plan.
 template <int form>
 struct PlanAndResults {
     static constexpr int channels = forms[form].channels;
 
     auto operator()(Draw& draw) const {
-        // Not destroyed: the list of images that are watched ends with its thread, before statics do.
-        static const auto& plans = *new std::vector<std::pair<PlanSource, std::unique_ptr<BinPlan>>>(some());
-        const auto& plan = plans[static_cast<std::size_t>(below(draw.random, static_cast<int>(plans.size())))];
+        PlanSource source = drawPlan(draw.random, forms[form], channels);
+        if (forms[form].isReal() && oneIn(draw.random, 2)) source.channels = {wildLevels(draw.random)};
+        auto* const spec = draw.image<Kuv8u>(Role::record, source.bytes(), 1, 0).template row<KuviBinPlan>();
+        EXPECT_EQ(source.init(spec), source.status());
         Kuv32u* results[channels];
-        for (int c = 0; c < channels; ++c) results[c] = draw.image<Kuv32u>(Role::output, plan.first.bins(c), 1, 0).template row<Kuv32u>();
+        for (int c = 0; c < channels; ++c) results[c] = draw.image<Kuv32u>(Role::output, source.bins(c), 1, 0).template row<Kuv32u>();
         Kuv8u* buffer = nullptr;
         if constexpr (!forms[form].isReal()) {
             static const Image& scratch = *new Image("buffer", {forms[form].bufferBytes(), 1, 0, Guard::end, 0, 4}, 3);
             buffer = scratch.row<Kuv8u>();
         }
         if constexpr (channels == 1) {
-            return std::tuple<Kuv32u*, const KuviBinPlan*, Kuv8u*>(results[0], plan.second->get(), buffer);
+            return std::tuple<Kuv32u*, const KuviBinPlan*, Kuv8u*>(results[0], spec, buffer);
         } else {
-            const Image& list = draw.image<Kuv8u>(Role::scratch, sizeof(results), 1, 0);
+            const Image& list = draw.image<Kuv64u>(Role::record, channels, 1, 0);  // as large as a pointer
             std::memcpy(list.row(), results, sizeof(results));
-            return std::tuple<Kuv32u* const*, const KuviBinPlan*, Kuv8u*>(list.row<Kuv32u*>(), plan.second->get(), buffer);
+            return std::tuple<Kuv32u* const*, const KuviBinPlan*, Kuv8u*>(list.row<Kuv32u*>(), spec, buffer);
         }
-    }
-
-private:
-    static auto some() {
-        Random random(7);
-        std::vector<std::pair<PlanSource, std::unique_ptr<BinPlan>>> plans;
-        for (int i = 0; i < 30; ++i) {
-            const PlanSource source = drawPlan(random, forms[form], channels);
-            plans.emplace_back(source, std::make_unique<BinPlan>(source, Guard::end, i % 5));
-        }
-        return plans;
     }
 };
 

@@ -1,6 +1,7 @@
 // How bin plans are sized, made and read.
 #include <limits>
 
+#include "support/agreement.hpp"
 #include "support/results.hpp"
 #include "support/statuses.hpp"
 #include "support/histogram_reference.hpp"
@@ -69,6 +70,32 @@ KUV_CHECKS(kuviHistogramUniformInit,
            check(kuvStatusBadHistLevels, set<3>(tooFew[1])), check(kuvStatusRangeOrder, set<2>(notAbove[1])),
            check(kuvStatusBadHistLevels, set<3>(tooFew[2])), check(kuvStatusRangeOrder, set<2>(notAbove[2])),
            check(kuvStatusBadHistLevels, set<3>(tooFew[3])), check(kuvStatusRangeOrder, set<2>(notAbove[3])));
+
+// (plan, levels)
+struct PlanAndLevels {
+    std::tuple<const KuviBinPlan*, Kuv32f* const*> operator()(Draw& draw) const {
+        PlanSource source = {dataTypes[below(draw.random, 4)], {}};
+        constexpr int counts[] = {1, 3, 4};
+        std::vector<Kuv32f*> results;
+        for (int c = counts[below(draw.random, 3)]; c > 0; --c) {
+            const float from = static_cast<float>(between(draw.random, -70000, 70000)) / 3;
+            source.channels.emplace_back(from, from + static_cast<float>(between(draw.random, 1, 1000)), between(draw.random, 2, 70));
+            results.push_back(draw.image<Kuv32f>(Role::output, source.channels.back().count, 1, 0).row<Kuv32f>());
+        }
+        auto* const spec = draw.image<Kuv8u>(Role::record, source.bytes(), 1, 0).row<KuviBinPlan>();
+        EXPECT_GE(source.init(spec), kuvStatusOk);
+        const Image& list = draw.image<Kuv64u>(Role::record, static_cast<int>(results.size()), 1, 0);  // as large as a pointer
+        std::memcpy(list.row(), results.data(), sizeof(results[0]) * results.size());
+        return {spec, list.row<Kuv32f* const>()};
+    }
+};
+const KuviBinPlan* stranger(int i) {
+    static constexpr Kuv32u words[2][16] = {{1, 1, 1, 0x74736967}, {1, 1, 1, 0}};
+    return reinterpret_cast<const KuviBinPlan*>(words[i]);
+}
+KUV_AGREES(kuviHistogramGetLevels, PlanAndLevels{});
+KUV_CHECKS(kuviHistogramGetLevels, call(PlanAndLevels{}), check(kuvStatusNullPtr, null<0>(), null<1>()),
+           check(kuvStatusBadArg, set<0>(stranger(0)), set<0>(stranger(1))));
 
 class HistogramInit : public VariantTest {
 protected:

@@ -30,12 +30,21 @@ struct Tile {
             const int widest = oneIn(random, 8) ? 300 : 60;
             srcSize = {between(random, 2, widest), between(random, 2, 20)};
             dstSize = {between(random, 1, widest), between(random, 1, 20)};
-            Kuv8u* const block = draw.image<Kuv8u>(Role::scratch, PlanBlock::bytesFor(srcSize, dstSize), 1, 0).row();
+            Kuv8u* const block = draw.image<Kuv8u>(Role::record, PlanBlock::bytesFor(srcSize, dstSize), 1, 0).row();
             EXPECT_EQ(kuviResizeLinearInit_16s(srcSize, dstSize, block), kuvStatusOk);
             spec = block;
         }
         const KuviPoint offset = {below(random, dstSize.width), below(random, dstSize.height)};
         const KuviSize size = {between(random, 1, dstSize.width - offset.x), between(random, 1, dstSize.height - offset.y)};
+        // All of the source is there, so flags of sides make no difference beyond which the tile takes nothing but source.
+        const auto isBefore = [](int at, int from, int to) { return (2 * at + 1) * from < to; };  // the first sample
+        const auto isBehind = [](int at, int from, int to) { return (2 * at + 1) * from >= (2 * from - 1) * to; };  // the last one's left
+        const KuviPoint last = {offset.x + size.width - 1, offset.y + size.height - 1};
+        Kuv32u border = kuvBorderClamp;
+        if (!isBefore(offset.x, srcSize.width, dstSize.width) && oneIn(random, 2)) border |= kuvBorderHaveLeft;
+        if (!isBefore(offset.y, srcSize.height, dstSize.height) && oneIn(random, 2)) border |= kuvBorderHaveTop;
+        if (!isBehind(last.x, srcSize.width, dstSize.width) && oneIn(random, 2)) border |= kuvBorderHaveRight;
+        if (!isBehind(last.y, srcSize.height, dstSize.height) && oneIn(random, 2)) border |= kuvBorderHaveBottom;
         const auto steps = [&](int width) {
             const int bytes = 6 * width + 2 * (oneIn(random, 2) ? below(random, 20) : 0);
             return oneIn(random, 4) ? -bytes : bytes;
@@ -47,7 +56,7 @@ struct Tile {
         const auto originOf = [](std::int64_t at, int from, int to) { return static_cast<int>(at * from / to); };
         const Kuv16s* const from = src.row<Kuv16s>(originOf(offset.y, srcSize.height, dstSize.height)) +
                                    3 * originOf(offset.x, srcSize.width, dstSize.width);
-        return {from, src.step(), dst.row<Kuv16s>(), dst.step(), offset, size, kuvBorderClamp, nullptr, spec,
+        return {from, src.step(), dst.row<Kuv16s>(), dst.step(), offset, size, border, nullptr, spec,
                 draw.image<Kuv8u>(Role::scratch, bytes, 1, 0).row()};
     }
 };

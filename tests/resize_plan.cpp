@@ -43,6 +43,18 @@ KUV_CHECKS(kuviResizeLinearInit_16s, call(SourceSize{}, RoiSize{}, PlanMemory{})
            check(kuvStatusBadSize, width<0>(-1), height<0>(-1), width<1>(-1), height<1>(-1), width<0>(1), height<0>(1), width<0>(INT32_MIN),
                  height<1>(INT32_MIN)));
 
+// Of just the size that it must have; what lies between tables is not written.
+struct PlanArguments {
+    std::tuple<KuviSize, KuviSize, Kuv8u*> operator()(Draw& draw) const {
+        const int longest = oneIn(draw.random, 4) ? INT32_MAX - 1 : 300;
+        const KuviSize src = {between(draw.random, 2, longest), between(draw.random, 2, longest)};
+        Image& plan = draw.image<Kuv8u>(Role::output, PlanBlock::bytesFor(src, draw.size), 1, 0);
+        std::memset(plan.row(), 0x55, static_cast<std::size_t>(plan.geometry().rowBytes));
+        return {src, draw.size, plan.row()};
+    }
+};
+KUV_AGREES(kuviResizeLinearInit_16s, PlanArguments{});
+
 constexpr KuviSize planSrc = {90, 70}, planDst = {800, 400};
 struct SharedPlan {
     std::tuple<const Kuv8u*> operator()(Draw&) const { return {sharedPlan(planSrc, planDst).get()}; }

@@ -1,5 +1,7 @@
 #include "support/arguments.hpp"
 
+#include <algorithm>
+#include <cmath>
 #include <limits>
 #include <sstream>
 #include <type_traits>
@@ -21,7 +23,7 @@ std::ptrdiff_t drawStep(Random& random, StepClass steps, int rowBytes) {
     }
 }
 
-Draw::Draw(std::uint64_t seed, int side) : random(seed), irrelevant_(seed * 2 + static_cast<unsigned>(side)) {
+Draw::Draw(const Random& numbers, std::uint64_t side) : random(numbers), irrelevant_(side) {
     size = {between(random, 1, 70), between(random, 1, 9)};
     if (oneIn(random, 8)) size = {between(random, 71, 700), between(random, 1, 4)};
     if (oneIn(random, 32)) size = {between(random, 1, 3), between(random, 10, 300)};
@@ -29,10 +31,11 @@ Draw::Draw(std::uint64_t seed, int side) : random(seed), irrelevant_(seed * 2 + 
 
 DrawnImage& Draw::add(Role role, Geometry geometry, ElementCompare same) {
     geometry.guard = oneIn(random, 2) ? Guard::end : Guard::begin;
-    geometry.gap = oneIn(random, 2) ? 0 : below(random, 64);  // touching the guard, or at any alignment
-    constexpr const char* roles[] = {"source", "output", "in-out", "scratch"};
+    geometry.gap = oneIn(random, 2) ? 0 : below(random, oneIn(random, 8) ? 4096 : 64);  // touching the guard, or at any alignment
+    if (role == Role::record) geometry.gap -= geometry.gap % geometry.elementBytes;
+    constexpr const char* roles[] = {"source", "record", "output", "in-out", "scratch"};
     const std::string name = "image " + std::to_string(images_.size()) + ", " + roles[static_cast<int>(role)];
-    return images_.emplace_back(name, geometry, irrelevant_(), role, same);
+    return images_.emplace_back(name, geometry, irrelevant_(), role, std::move(same));
 }
 
 void Draw::keep() {
@@ -47,17 +50,28 @@ std::string Draw::description() const {
 }
 
 template <class T>
+T specialValue(Kuv8u which) {
+    using Limits = std::numeric_limits<T>;
+    if constexpr (std::is_floating_point_v<T>) {
+        constexpr T values[] = {0, 1, Limits::min(), Limits::denorm_min(), Limits::max(), Limits::infinity(), Limits::quiet_NaN(), Limits::signaling_NaN()};
+        return std::copysign(values[which & 7], which & 8 ? T(-1) : T(1));
+    } else {
+        return {};
+    }
+}
+
+template <class T>
 void fillSamples(Random& random, const Image& image, int elements) {
     constexpr bool real = std::is_floating_point_v<T>;
     constexpr T lowest = real ? T(-3e38) : std::numeric_limits<T>::lowest();
     constexpr T highest = real ? T(3e38) : std::numeric_limits<T>::max();
-    const int pattern = below(random, 8);
+    const int pattern = below(random, real ? 9 : 8);
     const auto any = [&]() -> T {
-        if constexpr (!real) return static_cast<T>(random());
-        const Kuv64u bits = random();
-        if (pattern == 7) return load<T>(&bits);  // NaN, infinities and denormals among them
-        return static_cast<T>(below(random, 2000001) - 1000000) / T(1000);
+        if constexpr (!real) return random.bits<T>();
+        if (pattern == 7) return random.bits<T>();  // NaN and denormals among them
+        return static_cast<T>(static_cast<int>(random.bits<Kuv32u>() % 2000001) - 1000000) / T(1000);
     };
+    const auto rarely = [&](int count) { return random.bits<Kuv8u>() % count == 0; };
     const T ground = any();
     for (int r = 0; r < image.geometry().rows; ++r) {
         for (int i = 0; i < elements; ++i) {
@@ -66,9 +80,10 @@ void fillSamples(Random& random, const Image& image, int elements) {
                 case 0: value = T(0); break;
                 case 1: value = highest; break;
                 case 2: value = (i + r) % 2 == 0 ? lowest : highest; break;
-                case 3: value = oneIn(random, 16) ? value : ground; break;
-                case 4: value = static_cast<T>(oneIn(random, 2) ? lowest : highest); break;
+                case 3: value = rarely(16) ? value : ground; break;
+                case 4: value = static_cast<T>(rarely(2) ? lowest : highest); break;
                 case 5: value = static_cast<T>(ground + static_cast<T>((i * 3 + r) % 64)); break;
+                case 8: value = rarely(3) ? specialValue<T>(random.bits<Kuv8u>()) : value; break;
                 default: break;
             }
             store(image.row(r), i, value);
@@ -81,6 +96,7 @@ template void fillSamples<Kuv16u>(Random&, const Image&, int);
 template void fillSamples<Kuv16s>(Random&, const Image&, int);
 template void fillSamples<Kuv32s>(Random&, const Image&, int);
 template void fillSamples<Kuv32u>(Random&, const Image&, int);
+template void fillSamples<Kuv64u>(Random&, const Image&, int);
 template void fillSamples<Kuv32f>(Random&, const Image&, int);
 template void fillSamples<Kuv64f>(Random&, const Image&, int);
 

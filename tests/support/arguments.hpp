@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <deque>
+#include <functional>
 #include <tuple>
 
 #include "kuvcv.h"
@@ -13,6 +14,7 @@ namespace kuvtest {
 
 enum class Role {
     source,  // must not change
+    record,  // the same, filled by the descriptor, at a multiple of its element's size
     output,  // previous content must not matter
     inOut,
     scratch  // content means nothing after the call
@@ -24,7 +26,7 @@ enum class StepClass { A, B, C, D };
 std::ptrdiff_t drawStep(Random& random, StepClass steps, int rowBytes);
 
 // Compares an element of an output with the wanted one.
-using ElementCompare = bool (*)(const void* got, const void* wanted);
+using ElementCompare = std::function<bool(const void* got, const void* wanted)>;
 
 template <class T>
 bool sameBits(const void* got, const void* wanted) {
@@ -46,14 +48,17 @@ struct DrawnImage {
     Bytes before;  // the call
 
     DrawnImage(std::string name, const Geometry& geometry, std::uint64_t seed, Role asRole, ElementCompare comparedBy)
-        : image(std::move(name), geometry, seed), role(asRole), same(comparedBy) {}
+        : image(std::move(name), geometry, seed), role(asRole), same(std::move(comparedBy)) {}
+
+    bool mayChange() const { return role != Role::source && role != Role::record; }
 };
 
-// The random arguments of one call. Two draws of one seed but of different sides agree in all that must matter: they differ in the
-// bytes around the images and in the previous content of outputs.
+// The random arguments of one call. Two draws of the same numbers but of different sides agree in all that must matter: they differ in
+// the bytes around the images and in the previous content of outputs.
 class Draw {
 public:
-    Draw(std::uint64_t seed, int side);
+    Draw(std::uint64_t seed, int side) : Draw(Random(seed), seed * 2 + static_cast<unsigned>(side)) {}
+    Draw(const Random& numbers, std::uint64_t side);
 
     Random random;
     KuviSize size;
@@ -62,7 +67,7 @@ public:
     template <class T>
     Image& image(Role role, int elements, int rows, std::ptrdiff_t step, ElementCompare same = sameBits<T>);
 
-    std::deque<DrawnImage>& images() { return images_; }
+    const std::deque<DrawnImage>& images() const { return images_; }
     void keep();  // remembers all images as they stand
     std::string description() const;
 
@@ -82,6 +87,7 @@ extern template void fillSamples<Kuv16u>(Random&, const Image&, int);
 extern template void fillSamples<Kuv16s>(Random&, const Image&, int);
 extern template void fillSamples<Kuv32s>(Random&, const Image&, int);
 extern template void fillSamples<Kuv32u>(Random&, const Image&, int);
+extern template void fillSamples<Kuv64u>(Random&, const Image&, int);
 extern template void fillSamples<Kuv32f>(Random&, const Image&, int);
 extern template void fillSamples<Kuv64f>(Random&, const Image&, int);
 
@@ -92,7 +98,7 @@ Image& Draw::image(Role role, int elements, int rows, std::ptrdiff_t step, Eleme
     geometry.rows = rows;
     geometry.step = step;
     geometry.elementBytes = sizeof(T);
-    Image& image = add(role, geometry, same).image;
+    Image& image = add(role, geometry, std::move(same)).image;
     if (role == Role::source || role == Role::inOut) fillSamples<T>(random, image, elements);
     return image;
 }
@@ -103,7 +109,7 @@ struct ImageArgument {
     int channels = 1;
     int omitted = 0;  // samples at the end of a row that the call must not touch
     StepClass steps = StepClass::C;
-    ElementCompare same = sameBits<T>;
+    bool (*same)(const void* got, const void* wanted) = sameBits<T>;
 
     std::tuple<Pointer, Kuv32s> operator()(Draw& draw) const {
         const int elements = draw.size.width * channels - omitted;
@@ -123,10 +129,14 @@ struct RoiSize {
     std::tuple<KuviSize> operator()(Draw& draw) const { return {draw.size}; }
 };
 
-// (pointer): a signal of the drawn width.
+// (pointer): a signal of that length, or of the drawn width.
 template <class T, Role role, class Pointer>
 struct SignalArgument {
-    std::tuple<Pointer> operator()(Draw& draw) const { return {draw.image<T>(role, draw.size.width, 1, 0).template row<T>()}; }
+    int length = 0;
+
+    std::tuple<Pointer> operator()(Draw& draw) const {
+        return {draw.image<T>(role, length > 0 ? length : draw.size.width, 1, 0).template row<T>()};
+    }
 };
 template <class T>
 using SourceSignal = SignalArgument<T, Role::source, const T*>;

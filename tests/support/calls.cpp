@@ -7,6 +7,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 
 #include "core/features.hpp"
 #include "support/images.hpp"
@@ -32,11 +33,20 @@ thread_local int faultSignal;
 thread_local const void* faultAddress;
 thread_local bool faultIsWrite;
 
+constexpr int faults[] = {SIGSEGV, SIGBUS, SIGILL, SIGFPE};
+struct sigaction previousActions[std::size(faults)];
+
 void onFault(int signal, siginfo_t* info, void* context) {
-    if (current == nullptr) {  // not in a watched call: die as if there were no handler
-        ::signal(signal, SIG_DFL);
+    if (current == nullptr) {  // not in a watched call: as if there were no handler
+        for (std::size_t i = 0; i < std::size(faults); ++i) {
+            if (faults[i] == signal) sigaction(signal, &previousActions[i], nullptr);
+        }
         return;
     }
+    sigset_t blocked;  // by a fuzzer's handler around this one
+    sigemptyset(&blocked);
+    sigaddset(&blocked, signal);
+    pthread_sigmask(SIG_UNBLOCK, &blocked, nullptr);
     faultSignal = signal;
     faultAddress = info->si_addr;
     faultIsWrite = (static_cast<ucontext_t*>(context)->uc_mcontext.gregs[REG_ERR] & 2) != 0;
@@ -47,7 +57,7 @@ const bool handlersInstalled = [] {
     struct sigaction action = {};
     action.sa_sigaction = onFault;
     action.sa_flags = SA_SIGINFO | SA_NODEFER;
-    for (const int each : {SIGSEGV, SIGBUS, SIGILL, SIGFPE}) sigaction(each, &action, nullptr);
+    for (std::size_t i = 0; i < std::size(faults); ++i) sigaction(faults[i], &action, &previousActions[i]);
     return true;
 }();
 

@@ -5,17 +5,12 @@
 #include <cstdint>
 #include <cstring>
 #include <ostream>
-#include <random>
 #include <string>
 #include <vector>
 
+#include "support/random.hpp"
+
 namespace kuvtest {
-
-using Random = std::mt19937_64;
-
-inline int below(Random& random, int limit) { return static_cast<int>(random() % static_cast<unsigned>(limit)); }
-inline int between(Random& random, int first, int last) { return first + below(random, last - first + 1); }
-inline bool oneIn(Random& random, int count) { return below(random, count) == 0; }
 
 // Samples may stand at any address.
 template <class T>

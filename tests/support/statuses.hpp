@@ -9,6 +9,7 @@
 // violation of one check together with one of any later check gives the earlier one's status; and no error writes anything.
 #pragma once
 
+#include <algorithm>
 #include <sstream>
 
 #include "support/agreement.hpp"
@@ -90,39 +91,96 @@ auto call(Descriptors... descriptors) {
     return [=](Draw& draw) { return drawArguments(draw, descriptors...); };
 }
 
-template <class... Parameters, class Drawing, class... Checks>
-bool registerChecks(const char* name, const char* file, int line, KuvStatus (*function)(Parameters...), Drawing drawing,
-                    Checks... checks) {
+template <class... Parameters>
+class CheckedCall {
+public:
     using Arguments = std::tuple<Parameters...>;
-    const std::vector<Check<Arguments>> all = {checks(std::type_identity<Arguments>{})...};
-    registerPerVariant("Statuses", name, 0, file, line, [=](const Variant& variant) {
-        std::uint64_t seed = seedOf(name);
-        const auto expectStatus = [&](KuvStatus wanted, std::initializer_list<const Violation<Arguments>*> violations) {
+    using Violations = std::vector<const Violation<Arguments>*>;
+
+    template <class Drawing, class... Checks>
+    CheckedCall(const char* name, KuvStatus (*function)(Parameters...), Drawing drawing, Checks... checks)
+        : name_(name), function_(function), drawing_(drawing), checks_{checks(std::type_identity<Arguments>{})...} {}
+
+    // Each violation alone, and with any of a later check.
+    void expectAll(const Variant& variant) const {
+        std::uint64_t seed = seedOf(name_);
+        const auto expect = [&](KuvStatus wanted, const Violations& violations) {
             Draw draw(++seed, 0);
-            Arguments arguments = drawing(draw);
-            draw.keep();
-            std::string trace = std::string(name) + " in " + variant.code + ", " + draw.description();
-            for (const Violation<Arguments>* each : violations) {
-                each->apply(arguments);
-                trace += "\n  with " + each->name;
-            }
-            SCOPED_TRACE(trace);
-            EXPECT_EQ(watched([&] { return std::apply(function, arguments); }), wanted);
-            if (wanted >= 0) return;
-            for (const DrawnImage& each : draw.images()) EXPECT_EQ(each.image.difference(each.before), "");
+            expectStatus(variant, draw, wanted, violations);
         };
-        for (int i = 0; i < 20; ++i) expectStatus(kuvStatusOk, {});
-        for (std::size_t first = 0; first < all.size(); ++first) {
-            for (const auto& violation : all[first].violations) {
-                expectStatus(all[first].status, {&violation});
-                for (std::size_t second = first + 1; second < all.size(); ++second) {
-                    for (const auto& other : all[second].violations) {
-                        if (violation.argument == other.argument && violation.field == other.field) continue;
-                        expectStatus(all[first].status, {&violation, &other});
+        for (int i = 0; i < 20; ++i) expect(kuvStatusOk, {});
+        for (std::size_t first = 0; first < checks_.size(); ++first) {
+            for (const auto& violation : checks_[first].violations) {
+                expect(checks_[first].status, {&violation});
+                for (std::size_t second = first + 1; second < checks_.size(); ++second) {
+                    for (const auto& other : checks_[second].violations) {
+                        if (!exclude(violation, other)) expect(checks_[first].status, {&violation, &other});
                     }
                 }
             }
         }
+    }
+
+    // Up to three violations, in every variant that this processor runs.
+    void expectDrawn(Random numbers) const {
+        std::vector<std::pair<std::size_t, const Violation<Arguments>*>> drawn;
+        for (int i = below(numbers, 4); i > 0; --i) {
+            const std::size_t index = indexIn(checks_, numbers);
+            const Violation<Arguments>& each = checks_[index].violations[indexIn(checks_[index].violations, numbers)];
+            const auto excludes = [&](const auto& other) { return exclude(each, *other.second); };
+            if (std::none_of(drawn.begin(), drawn.end(), excludes)) drawn.emplace_back(index, &each);
+        }
+        std::sort(drawn.begin(), drawn.end());
+        Violations violations;
+        for (const auto& each : drawn) violations.push_back(each.second);
+        for (const Variant& variant : variants) {
+            if (!variant.canRun()) continue;
+            const SelectVariant selection(variant);
+            Draw draw(numbers, 0);
+            expectStatus(variant, draw, drawn.empty() ? kuvStatusOk : checks_[drawn[0].first].status, violations);
+        }
+    }
+
+private:
+    static bool exclude(const Violation<Arguments>& a, const Violation<Arguments>& b) { return a.argument == b.argument && a.field == b.field; }
+
+    template <class List>
+    static std::size_t indexIn(const List& list, Random& numbers) {
+        return static_cast<std::size_t>(below(numbers, static_cast<int>(list.size())));
+    }
+
+    void expectStatus(const Variant& variant, Draw& draw, KuvStatus wanted, const Violations& violations) const {
+        Arguments arguments = drawing_(draw);
+        draw.keep();
+        std::string trace = name_ + " in " + variant.code + ", " + draw.description();
+        for (const Violation<Arguments>* each : violations) {
+            each->apply(arguments);
+            trace += "\n  with " + each->name;
+        }
+        SCOPED_TRACE(trace);
+        printCall(name_, variant, draw, arguments);
+        EXPECT_EQ(watched([&] { return std::apply(function_, arguments); }), wanted);
+        if (wanted >= 0) return;
+        for (const DrawnImage& each : draw.images()) EXPECT_EQ(each.image.difference(each.before), "");
+    }
+
+    std::string name_;
+    KuvStatus (*function_)(Parameters...);
+    std::function<Arguments(Draw&)> drawing_;
+    std::vector<Check<Arguments>> checks_;
+};
+
+template <class... Parameters, class... Rest>
+TabledCall tabledChecks(const char* name, const char* file, KuvStatus (*function)(Parameters...), Rest... rest) {
+    return {std::string(name) + " checks", file,
+            [call = CheckedCall<Parameters...>(name, function, rest...)](const Random& numbers, int) { call.expectDrawn(numbers); }};
+}
+
+template <class... Parameters, class... Rest>
+bool registerChecks(const char* name, const char* file, int line, KuvStatus (*function)(Parameters...), Rest... rest) {
+    tabledCalls().push_back(tabledChecks(name, file, function, rest...));
+    registerPerVariant("Statuses", name, 0, file, line, [call = CheckedCall<Parameters...>(name, function, rest...)](const Variant& variant) {
+        call.expectAll(variant);
     });
     return true;
 }
