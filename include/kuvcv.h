@@ -1022,7 +1022,8 @@ KUV_API KuvStatus kuviLUT_GetSize(Kuv32s interpolation, Kuv32s dataType, Kuv32s 
  *      c = ((v*u^2 - u*v^2)*R + ((-u^2*w + u*w^2)*Q + (v^2*w - w^2*v)*P)) * D
  *
  *  px to g9 give the same tables. In h9 the products of a linear or cubic sum that a term is added to are fused with that addition:
- *  `x*slope + ...`; `c*d^2 + a`, `d^2*b + ...`, `d*(...) + ...`. Where rounding moves a sum over an integer, an entry differs by 1.
+ *  `x*slope + ...`; `c*d^2 + a`, `d^2*b + ...`, `d*(...) + ...`. Where rounding moves a sum over an integer, an entry differs by 1;
+ *  by more only in a cubic of points in no order, whose terms may cancel one another.
  *
  *  Levels are not examined. Outside of 0 to max + 1 they count as the nearer end of that range in the spans of entries, in step 2 of the
  *  linear and cubic rule as max if they begin a span; a level not above the one before it ends no span of step 2 (#kuvLutStep: after
