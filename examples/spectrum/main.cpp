@@ -121,7 +121,7 @@ Picture<Kuv16u> drawnPicture() {
             if (y > 200 + 5 * std::sin(2 + x / 27.0)) value = 60;
             value += 18 * std::sin(turn * (57.0 * x / width + 24.0 * y / height));
             value += 14 * std::sin(turn * (38.0 * x / width - 71.0 * y / height));
-            picture.samples[std::size_t(y) * width + x] = Kuv16u(std::lround(value + random() % 9 - 4));
+            picture.samples[std::size_t(y) * width + x] = Kuv16u(std::lround(value + double(random() % 9) - 4));
         }
     }
     return picture;
