@@ -210,6 +210,7 @@ TEST_P(CopyLayout, Planes) {
                 expectPlanes<3>(kuviCopy_8u_P3C3R, {width, 5}, 0, Guard::begin, gap);
                 expectPlanes<4>(kuviCopy_8u_P4C4R, {width, 5}, 0, Guard::begin, gap);
                 expectPlanes<3>(kuviCopy_8u_P3C3R, {width, 5}, 7, Guard::end, gap);
+                expectPlanes<4>(kuviCopy_8u_P4C4R, {width, 5}, 7, Guard::end, gap);
                 if (HasFailure()) return;
             }
         }

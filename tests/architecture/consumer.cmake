@@ -1,5 +1,20 @@
 # What the checks of installed and packaged trees share: how a user's programs are built, and what is expected of them.
 
+# What the two components hold, in order.
+string(TOLOWER ${CONFIG} config)
+set(runtimeFiles
+  ${LIBDIR}/libkuvcv.so.2017
+  ${LIBDIR}/libkuvcv.so.2017.0.3)
+set(developmentFiles
+  include/kuvcv.h
+  ${LIBDIR}/cmake/kuvcv/kuvcvConfig.cmake
+  ${LIBDIR}/cmake/kuvcv/kuvcvConfigVersion.cmake
+  ${LIBDIR}/cmake/kuvcv/kuvcvTargets-${config}.cmake
+  ${LIBDIR}/cmake/kuvcv/kuvcvTargets.cmake
+  ${LIBDIR}/libkuvcv.a
+  ${LIBDIR}/libkuvcv.so
+  ${LIBDIR}/pkgconfig/kuvcv.pc)
+
 # run(COMMAND...): sets `output`; a failure ends the check.
 function(run)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)

@@ -14,18 +14,7 @@ set(prefix ${WORK}/prefix)
 set(libdir ${prefix}/${LIBDIR})
 
 file(GLOB_RECURSE files LIST_DIRECTORIES false RELATIVE ${prefix} ${prefix}/*)
-string(TOLOWER ${CONFIG} config)
-set(wanted
-  include/kuvcv.h
-  ${LIBDIR}/cmake/kuvcv/kuvcvConfig.cmake
-  ${LIBDIR}/cmake/kuvcv/kuvcvConfigVersion.cmake
-  ${LIBDIR}/cmake/kuvcv/kuvcvTargets-${config}.cmake
-  ${LIBDIR}/cmake/kuvcv/kuvcvTargets.cmake
-  ${LIBDIR}/libkuvcv.a
-  ${LIBDIR}/libkuvcv.so
-  ${LIBDIR}/libkuvcv.so.2017
-  ${LIBDIR}/libkuvcv.so.2017.0.3
-  ${LIBDIR}/pkgconfig/kuvcv.pc)
+set(wanted ${runtimeFiles} ${developmentFiles})
 list(SORT files)
 list(SORT wanted)
 if(NOT files STREQUAL wanted)
@@ -39,7 +28,7 @@ file(GLOB_RECURSE runtime LIST_DIRECTORIES false RELATIVE ${WORK}/runtime ${WORK
 file(GLOB_RECURSE development LIST_DIRECTORIES false RELATIVE ${WORK}/development ${WORK}/development/*)
 set(parts ${runtime} ${development})
 list(SORT parts)
-if(NOT parts STREQUAL wanted OR NOT runtime STREQUAL "${LIBDIR}/libkuvcv.so.2017;${LIBDIR}/libkuvcv.so.2017.0.3")
+if(NOT parts STREQUAL wanted OR NOT runtime STREQUAL runtimeFiles)
   message(FATAL_ERROR "runtime: ${runtime}\ndevelopment: ${development}")
 endif()
 

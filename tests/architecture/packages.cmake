@@ -53,25 +53,11 @@ function(expect_files package)
   endif()
   run(dpkg-deb --extract ${WORK}/${package} ${WORK}/root)
 endfunction()
-string(TOLOWER ${CONFIG} config)
-expect_files(${runtime}
-  ${LIBDIR}/libkuvcv.so.2017
-  ${LIBDIR}/libkuvcv.so.2017.0.3
-  share/doc/libkuvcv2017/changelog.Debian.gz
-  share/doc/libkuvcv2017/changelog.gz
-  share/doc/libkuvcv2017/copyright)
-expect_files(${development}
-  include/kuvcv.h
-  ${LIBDIR}/cmake/kuvcv/kuvcvConfig.cmake
-  ${LIBDIR}/cmake/kuvcv/kuvcvConfigVersion.cmake
-  ${LIBDIR}/cmake/kuvcv/kuvcvTargets-${config}.cmake
-  ${LIBDIR}/cmake/kuvcv/kuvcvTargets.cmake
-  ${LIBDIR}/libkuvcv.a
-  ${LIBDIR}/libkuvcv.so
-  ${LIBDIR}/pkgconfig/kuvcv.pc
-  share/doc/libkuvcv-dev/changelog.Debian.gz
-  share/doc/libkuvcv-dev/changelog.gz
-  share/doc/libkuvcv-dev/copyright)
+foreach(name IN ITEMS libkuvcv2017 libkuvcv-dev)
+  set(${name}Documents share/doc/${name}/changelog.Debian.gz share/doc/${name}/changelog.gz share/doc/${name}/copyright)
+endforeach()
+expect_files(${runtime} ${runtimeFiles} ${libkuvcv2017Documents})
+expect_files(${development} ${developmentFiles} ${libkuvcv-devDocuments})
 
 # The program of README.md, in both ways that it shows.
 set(prefix ${WORK}/root/usr)
