@@ -1,6 +1,22 @@
 # shellcheck shell=bash
 # What the scripts share. They source it.
 
+# start_log LOG: what `logged` commands print goes there.
+start_log() {
+    log=$1
+    mkdir -p "$(dirname "$log")"
+    : >"$log"
+    echo "Building (log: $log)"
+}
+
+# logged COMMAND...: the end of the log is shown if it fails.
+logged() {
+    "$@" >>"$log" 2>&1 || {
+        tail -n 40 "$log" >&2
+        return 1
+    }
+}
+
 # need_packages PACKAGE...: installs those of the Debian packages that are missing. Only then does it ask for rights.
 need_packages() {
     if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then
