@@ -10,14 +10,14 @@
  *    in bytes is refused. C: steps are not examined; zero and negative steps are used as they stand, row by row in order.
  *    D: zero is refused. Refusals are #kuvStatusBadStep.
  *  - **Statuses.** Checks run in the order in which a function lists its statuses, and the first failure is returned. After an
- *    error no output has been written. A warning (positive) comes with a complete result.
+ *    error no output has been written, unless a function tells what has. A warning (positive) comes with a complete result.
  *  - **Overlap.** A source and a destination that overlap without being the same image are not supported unless a function
  *    says so.
  *  - **Memory.** No primitive allocates, and none reads or writes a byte outside the regions it was given.
  *  - **Threads.** Every function may be called from any number of threads at once on different data. The library starts no
  *    thread and takes no lock.
- *  - **Variants.** 154 of the functions exist in six variants for growing instruction sets, switched for all at once; see
- *    kuvSetCpuFeatures(). Results agree bit for bit unless a function tells of a difference.
+ *  - **Variants.** The functions that compute on data exist in six variants for growing instruction sets, switched for all at
+ *    once; see kuvSetCpuFeatures(). Results agree bit for bit unless a function tells of a difference.
  */
 #ifndef KUVCV_H
 #define KUVCV_H
@@ -241,7 +241,8 @@ typedef Kuv64u KuvCpuFeatures;
  *  The library does so itself when it is loaded; a call at any later time replaces the effect of kuvSetCpuFeatures(), for all
  *  threads at once.
  *
- *  @return #kuvStatusNotVendorCpu on a processor of another vendor than Intel, which gets the same variant all the same;
+ *  @return #kuvStatusNotVendorCpu on a processor of another vendor than Intel, which gets the same variant all the same, or on one
+ *          that cannot be asked;
  *          otherwise what kuvSetCpuFeatures() would return for the detected mask. */
 KUV_API KuvStatus kuvInit(void);
 
@@ -1195,7 +1196,7 @@ KUV_API KuvStatus kuviReduceBits_16u8u_AC4R(const Kuv16u* src, Kuv32s srcStep, K
  *  #kuvDitherJarvisJudiceNinke and #kuvDitherStucki, with noise 6272 more; nothing for #kuvDitherOrdered4x4, with noise 6336.
  *  A size beyond 32 bits wraps around; an image of such a width cannot be diffused.
  *
- *  @param channels 1, 3, 4, or 9 for an alpha form; without influence on the size
+ *  @param channels #kuvChannelsC1, #kuvChannelsC3, #kuvChannelsC4 or #kuvChannelsAC4; without influence on the size
  *  @param roiSize size of the image in pixels; the height is not looked at
  *  @param noise the noise that the image will be reduced with, 0 to 100
  *  @param ditherType the dither
@@ -1528,8 +1529,8 @@ KUV_API KuvStatus kuviMax_32f_C3R(const Kuv32f* src, Kuv32s srcStep, KuviSize ro
 /** The bins of a histogram, for one to four channels: a record at the start of a caller's block, whose size kuviHistogramGetBufferSize()
  *  tells and which kuviHistogramInit() or kuviHistogramUniformInit() fills.
  *
- *  A channel has n levels and n - 1 bins: bin k holds the samples x with `level[k] <= x < level[k+1]`. A sample below the first level, or not
- *  below the last one, is counted nowhere, and neither is a NaN.
+ *  A channel has n levels and n - 1 bins: bin k holds the samples x with `level[k] <= x < level[k+1]`. A sample below the first level, or
+ *  not below the last one, is counted nowhere, and neither is a NaN.
  *
  *  The block may stand at any address, and is valid only where it was filled. Nothing but the two functions named writes to it: threads may
  *  share it, each with results and a buffer of its own. */
@@ -1566,7 +1567,8 @@ KUV_API KuvStatus kuviHistogramGetBufferSize(Kuv32s dataType, KuviSize roiSize, 
  *          #kuvStatusBadChannelCount if `channels` is none of the three; then for each channel #kuvStatusNullPtr if its levels are null,
  *          #kuvStatusBadHistLevels if its count is below 2, #kuvStatusRangeOrder if one of its levels is not below the next; else
  *          #kuvStatusOk. */
-KUV_API KuvStatus kuviHistogramInit(Kuv32s dataType, const Kuv32f* const* levels, const Kuv32s* nLevels, Kuv32s channels, KuviBinPlan* spec);
+KUV_API KuvStatus kuviHistogramInit(Kuv32s dataType, const Kuv32f* const* levels, const Kuv32s* nLevels, Kuv32s channels,
+                                    KuviBinPlan* spec);
 
 /** Makes a plan of bins of one width. With n = `nLevels[c]`, in double precision, each operation rounded:
  *  `step = (upperLevel[c] - lowerLevel[c]) / (n - 1)`, and level k is `k * step + lowerLevel[c]`, the last one `upperLevel[c]` itself.
@@ -1584,9 +1586,9 @@ KUV_API KuvStatus kuviHistogramInit(Kuv32s dataType, const Kuv32f* const* levels
  *  @param channels 1, 3 or 4
  *  @param spec block of at least the size that kuviHistogramGetBufferSize() gives; any address
  *  @return #kuvStatusBadDataType if `dataType` is none of the four; #kuvStatusNullPtr if `lowerLevel`, `upperLevel`, `nLevels` or `spec` is
- *          null; #kuvStatusBadChannelCount if `channels` is none of the three; then for each channel #kuvStatusBadHistLevels if its count is
- *          below 2, #kuvStatusRangeOrder if its lower level is not below its upper one; #kuvStatusSizeWarning if, for integer samples, the
- *          step of a channel is below 1, and the plan is complete; else #kuvStatusOk. */
+ *          null; #kuvStatusBadChannelCount if `channels` is none of the three; then for each channel #kuvStatusBadHistLevels if its count
+ *          is below 2, #kuvStatusRangeOrder if its lower level is not below its upper one; #kuvStatusSizeWarning if, for integer samples,
+ *          the step of a channel is below 1, and the plan is complete; else #kuvStatusOk. */
 KUV_API KuvStatus kuviHistogramUniformInit(Kuv32s dataType, const Kuv32f* lowerLevel, const Kuv32f* upperLevel, const Kuv32s* nLevels,
                                            Kuv32s channels, KuviBinPlan* spec);
 
@@ -1607,12 +1609,12 @@ KUV_API KuvStatus kuviHistogramGetLevels(const KuviBinPlan* spec, Kuv32f* const*
  *
  *  - 16u and 16s, in every variant: a uniform plan is taken as `hist[(x - first) / step]` with `step = (last - first) / (n - 1)` if the
  *    product of width and height, as a signed 32-bit number, is below 65536 and last - first is a multiple of n - 1, in all channels.
- *    `first` and `last` are the integer levels at the ends. Where the bounds given were no integers, the levels between can lie elsewhere, and
- *    decide from 65536 pixels on.
- *  - 32f, a uniform plan of more than three levels, in h9: if `srcStep` divided by 16, cut to an integer, equals the width, the region is not
- *    `height` rows but the first width * height samples from `src` on, one after the other.
- *  - 32f, a uniform plan between infinite bounds: levels that are NaN hold nothing for certain; samples between the bounds go to the first or
- *    to the last bin.
+ *    `first` and `last` are the integer levels at the ends. Where the bounds given were no integers, the levels between can lie elsewhere,
+ *    and decide from 65536 pixels on.
+ *  - 32f, a uniform plan of more than three levels, in h9: if `srcStep` divided by 16, cut to an integer, equals the width, the region is
+ *    not `height` rows but the first width * height samples from `src` on, one after the other.
+ *  - 32f, a uniform plan between infinite bounds: levels that are NaN hold nothing for certain; samples between the bounds go to the first
+ *    or to the last bin.
  *
  *  `hist` is set, whatever it held. `buffer` is scratch space: its content before does not matter, and after means nothing. Step class B:
  *  a step that is less than a row's bytes is refused. Nothing may lie on anything else.
@@ -1624,8 +1626,8 @@ KUV_API KuvStatus kuviHistogramGetLevels(const KuviBinPlan* spec, Kuv32f* const*
  *  @param spec a plan
  *  @param buffer block of at least the size that kuviHistogramGetBufferSize() gives for the function's type and channels, at any address.
  *      32f: not used, may be null
- *  @return #kuvStatusNullPtr if `src`, `hist`, a pointer in `hist`, `spec` or `buffer` (not of 32f) is null; #kuvStatusBadSize if the width or
- *          height is below 1; #kuvStatusBadStep if the step is below the bytes of a row; #kuvStatusBadArg if `spec` is no plan; else
+ *  @return #kuvStatusNullPtr if `src`, `hist`, a pointer in `hist`, `spec` or `buffer` (not of 32f) is null; #kuvStatusBadSize if the width
+ *          or height is below 1; #kuvStatusBadStep if the step is below the bytes of a row; #kuvStatusBadArg if `spec` is no plan; else
  *          #kuvStatusOk. */
 KUV_API KuvStatus kuviHistogram_8u_C1R(const Kuv8u* src, Kuv32s srcStep, KuviSize roiSize, Kuv32u* hist, const KuviBinPlan* spec,
                                        Kuv8u* buffer);
@@ -1752,8 +1754,8 @@ KUV_API KuvStatus kuviFilterBorderInit_32f(const Kuv32f* kernel, KuviSize kernel
  *  So an image in tiles that are larger than the kernel reaches, each with the flags of its sides inside the image, gives what the whole
  *  image gives: the same bits, in s8 and p8 if all tiles are more than 8 wider than the kernel.
  *
- *  All coefficients take part, those of 0 too: a NaN or an infinity below one of them gives NaN. No sum has other terms. With u = 2^-24 and n
- *  coefficients, and apart from overflow and underflow, the results differ by variant:
+ *  All coefficients take part, those of 0 too: a NaN or an infinity below one of them gives NaN. No sum has other terms. With u = 2^-24 and
+ *  n coefficients, and apart from overflow and underflow, the results differ by variant:
  *
  *  - px: products and sums in double precision, in the order of the formula, rounded to single precision at the end. The error is at
  *    most u times the result plus `n * 2^-53` times the sum of the terms' absolute values.
@@ -1848,7 +1850,8 @@ KUV_API KuvStatus kuviResizeLinearInit_16s(KuviSize srcSize, KuviSize dstSize, K
  *  @return #kuvStatusNullPtr if `spec` or `bufferSize` is null; #kuvStatusNoOperation if the width or height is 0;
  *          #kuvStatusBadContext if `spec` holds no plan; #kuvStatusBadChannelCount if `numChannels` is none of the three;
  *          #kuvStatusBadSize if the width or height is below 1; #kuvStatusSizeOverflow if the size is 0x7FFFFFFF or more;
- *          #kuvStatusSizeWarning if the tile is wider or higher than the destination, with the size for what is in it; else #kuvStatusOk. */
+ *          #kuvStatusSizeWarning if the tile is wider or higher than the destination, with the size for what is in it; else
+ *          #kuvStatusOk. */
 KUV_API KuvStatus kuviResizeGetBufferSize_16s(const Kuv8u* spec, KuviSize dstSize, Kuv32u numChannels, Kuv32s* bufferSize);
 
 /** Renders a tile of a resized image by linear interpolation.
@@ -1859,11 +1862,11 @@ KUV_API KuvStatus kuviResizeGetBufferSize_16s(const Kuv8u* spec, KuviSize dstSiz
  *  for both: rows above and below repeat the source's first and last row, columns at the sides its first and last column. Where the flag
  *  is set, the formula holds there, too, and reads what lies beyond the image in memory.
  *
- *  px computes sums in double precision. a and b are rounded to single precision, but not in the rows that repeat one row of the source, which
- *  are interpolated once. The other variants compute in single precision throughout; w7, s8, p8 and g9 round each product, h9 fuses it
- *  with the sum, and in both ways a sample differs from that of px by 1 at most. The result is rounded in the processor's mode,
- *  which is to the nearest integer and halves to the even one unless the caller has changed it. A pixel does not depend on the tile that it is
- *  rendered in: only the flags of sides at which the image ends matter.
+ *  px computes sums in double precision. a and b are rounded to single precision, but not in the rows that repeat one row of the source,
+ *  which are interpolated once. The other variants compute in single precision throughout; w7, s8, p8 and g9 round each product, h9 fuses
+ *  it with the sum, and in both ways a sample differs from that of px by 1 at most. The result is rounded in the processor's mode,
+ *  which is to the nearest integer and halves to the even one unless the caller has changed it. A pixel does not depend on the tile that it
+ *  is rendered in: only the flags of sides at which the image ends matter.
  *
  *  `src` is the source pixel that belongs to the tile: column `floor(dstOffset.x * s / d)` and row `floor(dstOffset.y * s / d)` of
  *  the source, with the extents s and d of each direction, exactly. What is read reaches from the lowest position of the tile's columns
@@ -1889,8 +1892,8 @@ KUV_API KuvStatus kuviResizeGetBufferSize_16s(const Kuv8u* spec, KuviSize dstSiz
  *  @param buffer as many bytes as kuviResizeGetBufferSize_16s() tells for the tile and three channels, at any address; one for each
  *         call under way
  *  @return #kuvStatusBadBorder if `border` is none of those; #kuvStatusNullPtr if `src`, `dst`, `spec` or `buffer` is null;
- *          #kuvStatusNoOperation if the width or height is 0; #kuvStatusBadContext if `spec` holds no plan; #kuvStatusBadSize if the width or
- *          height is below 1; #kuvStatusBadStep if a step is odd; #kuvStatusOutOfRange if `dstOffset` is not in the destination;
+ *          #kuvStatusNoOperation if the width or height is 0; #kuvStatusBadContext if `spec` holds no plan; #kuvStatusBadSize if the width
+ *          or height is below 1; #kuvStatusBadStep if a step is odd; #kuvStatusOutOfRange if `dstOffset` is not in the destination;
  *          #kuvStatusInternal if the plan is one with antialiasing; #kuvStatusBadContext if it is not for linear interpolation;
  *          #kuvStatusSizeWarning if the tile was cut off; else #kuvStatusOk. */
 KUV_API KuvStatus kuviResizeLinear_16s_C3R(const Kuv16s* src, Kuv32s srcStep, Kuv16s* dst, Kuv32s dstStep, KuviPoint dstOffset,
@@ -2008,8 +2011,8 @@ KUV_API KuvStatus kuvsDFTInit_C_32f(Kuv32s length, Kuv32s flag, Kuv32s hint, Kuv
  *  A plane of `dst` may be that of the same part of `src`, one of them or both. Planes may stand at any address. Any number of threads
  *  may use a plan at once, each with a buffer of its own.
  *
- *  Sources: J. W. Cooley and J. W. Tukey, "An Algorithm for the Machine Calculation of Complex Fourier Series", Mathematics of Computation 19
- *  (1965); L. I. Bluestein, "A Linear Filtering Approach to the Computation of Discrete Fourier Transform", IEEE Transactions on Audio
+ *  Sources: J. W. Cooley and J. W. Tukey, "An Algorithm for the Machine Calculation of Complex Fourier Series", Mathematics of Computation
+ *  19 (1965); L. I. Bluestein, "A Linear Filtering Approach to the Computation of Discrete Fourier Transform", IEEE Transactions on Audio
  *  and Electroacoustics 18 (1970); C. M. Rader, "Discrete Fourier Transforms When the Number of Data Samples Is Prime", Proceedings of
  *  the IEEE 56 (1968).
  *

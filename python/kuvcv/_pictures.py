@@ -63,7 +63,7 @@ def reduce_bits(src, dst=None, levels=256, dither="ordered", noise=0):
         raise ValueError("the rows are too long: their buffer exceeds 31 bits")
     size = _sizes(1)[0]
     check("kuviReduceBitsGetBufferSize",
-          raw.kuviReduceBitsGetBufferSize(9 if channels == 4 else channels, source.size, noise, dither, size))
+          raw.kuviReduceBitsGetBufferSize(raw.kuvChannelsAC4 if channels == 4 else channels, source.size, noise, dither, size))
     name = f"kuviReduceBits_16u8u_{'AC4' if channels == 4 else f'C{channels}'}R"
     check(name, getattr(raw, name)(src, source.step, target.array, target.step, source.size, noise, dither, levels, block(int(size[0]))))
     return target.array

@@ -62,7 +62,8 @@ class Raw(unittest.TestCase):
 
     def test_documentation(self):
         self.assertEqual(raw.kuviCopy_8u_P3C3R.__doc__,
-                         "KuvStatus kuviCopy_8u_P3C3R(const Kuv8u* const src[3], Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize)")
+                         "KuvStatus kuviCopy_8u_P3C3R(const Kuv8u* const src[3], Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, "
+                         "KuviSize roiSize)")
 
 
 if __name__ == "__main__":
