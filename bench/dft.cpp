@@ -9,7 +9,7 @@ namespace {
 // A plan of one variant.
 class Plan {
 public:
-    Plan(Signal& signal, int variant) : signal_(signal), run_(KUV_VARIANTS_OF(kuvsDFTFwd_CToC_32f)[variant]) {
+    Plan(ComplexSignal& signal, int variant) : signal_(signal), run_(KUV_VARIANTS_OF(kuvsDFTFwd_CToC_32f)[variant]) {
         const auto getSize = KUV_VARIANTS_OF(kuvsDFTGetSize_C_32f)[variant];
         const auto init = KUV_VARIANTS_OF(kuvsDFTInit_C_32f)[variant];
         Kuv32s specBytes = 0, initBytes = 0, workBytes = 0;
@@ -31,18 +31,18 @@ private:
         if (status != kuvStatusOk) throw std::runtime_error("a transform that is to be timed fails");
     }
 
-    Signal& signal_;
+    ComplexSignal& signal_;
     decltype(&kuvsDFTFwd_CToC_32f) run_;
     std::vector<Kuv8u> spec_, work_;
 };
 
 bool addTransforms(const char* name, std::initializer_list<Kuv32s> lengths) {
     for (const Kuv32s length : lengths) {
-        Case added = caseOf<Signal>(Aspect::speed, "kuvsDFTFwd_CToC_32f", name, {length, 1});
+        Case added = caseOf<ComplexSignal>(Aspect::speed, "kuvsDFTFwd_CToC_32f", name, {length, 1});
         for (const Variant& each : variants) {
             if (!each.canRun()) continue;
             added.contenders.push_back({each.code, "", [index = each.index](void* data) -> Run {
-                                            const auto plan = std::make_shared<Plan>(*static_cast<Signal*>(data), index);
+                                            const auto plan = std::make_shared<Plan>(*static_cast<ComplexSignal*>(data), index);
                                             return {repeating([plan] { plan->run(); })};
                                         }});
         }

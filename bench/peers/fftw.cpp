@@ -13,7 +13,7 @@ namespace {
 
 class Transform {
 public:
-    explicit Transform(const Signal& signal)
+    explicit Transform(const ComplexSignal& signal)
         : size_{signal.length(), 1},
           planes_{Image<Kuv32f>(size_), Image<Kuv32f>(size_), Image<Kuv32f>(size_), Image<Kuv32f>(size_)},
           pairs_{Image<Kuv32f>(size_, 2), Image<Kuv32f>(size_, 2)} {
@@ -55,11 +55,11 @@ private:
 };
 
 Run prepare(void* data) {
-    const auto transform = std::make_shared<Transform>(*static_cast<Signal*>(data));
+    const auto transform = std::make_shared<Transform>(*static_cast<ComplexSignal*>(data));
     return {repeating([transform] { transform->run(); })};
 }
 
 [[maybe_unused]] const bool added =
-    addPeer("kuvsDFTFwd_CToC_32f", typeid(Signal), {fftwf_version, false, nullptr, {"FFTW", "", prepare}});
+    addPeer("kuvsDFTFwd_CToC_32f", typeid(ComplexSignal), {fftwf_version, false, nullptr, {"FFTW", "", prepare}});
 
 }  // namespace

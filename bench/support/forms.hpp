@@ -162,14 +162,14 @@ struct UnderMask {
     }
 };
 
-// Signals as long as an image has pixels.
-struct Signal {
+// Signals of bytes, as long as an image has pixels.
+struct ByteSignal {
     static constexpr double bytesPerPixel = 2;
 
     KuviSize size;
     Image<Kuv8u> src{size}, dst{size};
 
-    explicit Signal(KuviSize wanted) : size(wanted) {
+    explicit ByteSignal(KuviSize wanted) : size(wanted) {
         std::memset(src.row(), 0x5A, static_cast<std::size_t>(src.step()) * size.height);
         std::memset(dst.row(), 0xA5, static_cast<std::size_t>(dst.step()) * size.height);
     }
