@@ -6,17 +6,12 @@
 
 using namespace kuvbench;
 
-KUV_BENCHMARK(kuviAdd_32f_C1IR, "aligned", TwoInPlace<Kuv32f>)
-KUV_BENCHMARK(kuviAdd_32f_C1IR, "unaligned", TwoInPlace<Kuv32f, false>)
+KUV_BENCHMARK_AND_LOOPS(kuviAdd_32f_C1IR, addInPlace, "aligned", TwoInPlace<Kuv32f>)
+KUV_BENCHMARK_AND_LOOPS(kuviAdd_32f_C1IR, addInPlace, "unaligned", TwoInPlace<Kuv32f, false>)
 
-KUV_LOOP_PEERS(kuviAdd_32f_C1IR, addInPlace, TwoInPlace<Kuv32f>)
-KUV_LOOP_PEERS(kuviAdd_32f_C1IR, addInPlace, TwoInPlace<Kuv32f, false>)
-
-#define REAL(function, loop, ...)                              \
-    KUV_BENCHMARK(function, "aligned", __VA_ARGS__ true>)      \
-    KUV_BENCHMARK(function, "unaligned", __VA_ARGS__ false>)   \
-    KUV_LOOP_PEERS(function, loop, __VA_ARGS__ true>)          \
-    KUV_LOOP_PEERS(function, loop, __VA_ARGS__ false>)
+#define REAL(function, loop, ...)                                            \
+    KUV_BENCHMARK_AND_LOOPS(function, loop, "aligned", __VA_ARGS__ true>)    \
+    KUV_BENCHMARK_AND_LOOPS(function, loop, "unaligned", __VA_ARGS__ false>)
 REAL(kuviSub_32f_C1IR, subInPlace, TwoInPlace<Kuv32f, )
 REAL(kuviSub_32f_C1R, subTwo, TwoTo<Kuv32f, )
 REAL(kuviAddC_32f_C3IR, addConstants, RealInPlace<3, )
@@ -29,28 +24,23 @@ REAL(kuviAbsDiff_32f_C1R, absoluteDifference, TwoTo<Kuv32f, )
 REAL(kuviSqr_32f_C1IR, squareInPlace, RealInPlace<1, )
 REAL(kuviSqrt_32f_C1IR, rootInPlace, RealInPlace<1, )
 
-#define SHIFT(function, loop, name, ...)            \
-    KUV_BENCHMARK(function, name, __VA_ARGS__)      \
-    KUV_LOOP_PEERS(function, loop, __VA_ARGS__)
-SHIFT(kuviLShiftC_16u_C1IR, shiftLeft, "aligned", ShiftedInPlace<1>)
-SHIFT(kuviLShiftC_16u_C1IR, shiftLeft, "unaligned", ShiftedInPlace<1, 3, 3, 3, false>)
-SHIFT(kuviRShiftC_16u_C1IR, shiftRight, "aligned", ShiftedInPlace<1>)
-SHIFT(kuviRShiftC_16u_C1IR, shiftRight, "unaligned", ShiftedInPlace<1, 3, 3, 3, false>)
-SHIFT(kuviLShiftC_16u_C3IR, shiftThreeLeft, "aligned", ShiftedInPlace<3, 1, 2, 3>)
-SHIFT(kuviLShiftC_16u_C3IR, shiftThreeLeft, "equal", ShiftedInPlace<3>)
-SHIFT(kuviRShiftC_16u_C3IR, shiftThreeRight, "aligned", ShiftedInPlace<3, 1, 2, 3>)
-SHIFT(kuviRShiftC_16u_C3IR, shiftThreeRight, "kept", ShiftedInPlace<3, 1, 2, 0>)
-SHIFT(kuviRShiftC_16u_C3IR, shiftThreeRight, "equal", ShiftedInPlace<3>)
-SHIFT(kuviLShiftC_16u_AC4IR, shiftColoursLeft, "aligned", ShiftedInPlace<4, 1, 2, 3>)
-SHIFT(kuviLShiftC_16u_AC4IR, shiftColoursLeft, "equal", ShiftedInPlace<4>)
-SHIFT(kuviRShiftC_16u_AC4IR, shiftColoursRight, "aligned", ShiftedInPlace<4, 1, 2, 3>)
-SHIFT(kuviRShiftC_16u_AC4IR, shiftColoursRight, "equal", ShiftedInPlace<4>)
-SHIFT(kuvsLShiftC_16u_I, shiftSignalLeft, "run", ShiftedInPlace<1>)
-SHIFT(kuvsRShiftC_16u_I, shiftSignalRight, "run", ShiftedInPlace<1>)
+KUV_BENCHMARK_AND_LOOPS(kuviLShiftC_16u_C1IR, shiftLeft, "aligned", ShiftedInPlace<1>)
+KUV_BENCHMARK_AND_LOOPS(kuviLShiftC_16u_C1IR, shiftLeft, "unaligned", ShiftedInPlace<1, 3, 3, 3, false>)
+KUV_BENCHMARK_AND_LOOPS(kuviRShiftC_16u_C1IR, shiftRight, "aligned", ShiftedInPlace<1>)
+KUV_BENCHMARK_AND_LOOPS(kuviRShiftC_16u_C1IR, shiftRight, "unaligned", ShiftedInPlace<1, 3, 3, 3, false>)
+KUV_BENCHMARK_AND_LOOPS(kuviLShiftC_16u_C3IR, shiftThreeLeft, "aligned", ShiftedInPlace<3, 1, 2, 3>)
+KUV_BENCHMARK_AND_LOOPS(kuviLShiftC_16u_C3IR, shiftThreeLeft, "equal", ShiftedInPlace<3>)
+KUV_BENCHMARK_AND_LOOPS(kuviRShiftC_16u_C3IR, shiftThreeRight, "aligned", ShiftedInPlace<3, 1, 2, 3>)
+KUV_BENCHMARK_AND_LOOPS(kuviRShiftC_16u_C3IR, shiftThreeRight, "kept", ShiftedInPlace<3, 1, 2, 0>)
+KUV_BENCHMARK_AND_LOOPS(kuviRShiftC_16u_C3IR, shiftThreeRight, "equal", ShiftedInPlace<3>)
+KUV_BENCHMARK_AND_LOOPS(kuviLShiftC_16u_AC4IR, shiftColoursLeft, "aligned", ShiftedInPlace<4, 1, 2, 3>)
+KUV_BENCHMARK_AND_LOOPS(kuviLShiftC_16u_AC4IR, shiftColoursLeft, "equal", ShiftedInPlace<4>)
+KUV_BENCHMARK_AND_LOOPS(kuviRShiftC_16u_AC4IR, shiftColoursRight, "aligned", ShiftedInPlace<4, 1, 2, 3>)
+KUV_BENCHMARK_AND_LOOPS(kuviRShiftC_16u_AC4IR, shiftColoursRight, "equal", ShiftedInPlace<4>)
+KUV_BENCHMARK_AND_LOOPS(kuvsLShiftC_16u_I, shiftSignalLeft, "run", ShiftedInPlace<1>)
+KUV_BENCHMARK_AND_LOOPS(kuvsRShiftC_16u_I, shiftSignalRight, "run", ShiftedInPlace<1>)
 
-#define SCALED(function, loop, name, ...)                          \
-    KUV_BENCHMARK(function, name, ScaledSamples<__VA_ARGS__>)      \
-    KUV_LOOP_PEERS(function, loop, ScaledSamples<__VA_ARGS__>)
+#define SCALED(function, loop, name, ...) KUV_BENCHMARK_AND_LOOPS(function, loop, name, ScaledSamples<__VA_ARGS__>)
 SCALED(kuviAdd_16s_C1RSfs, addScaled, "plain", 3, 0)
 SCALED(kuviAdd_16s_C1RSfs, addScaled, "unaligned", 3, 0, 1, false)
 SCALED(kuviAdd_16s_C1RSfs, addScaled, "halved", 3, 1)

@@ -124,3 +124,8 @@ KUV_DECLARE_LOOPS(unscan, kuviZigzagInv8x8_16s_C1)
 #define KUV_LOOP_PEERS(function, loop, ...)                                                                        \
     KUV_ADD(__COUNTER__, addLoop<__VA_ARGS__>(#function, "loop-sse2", "-O3 -msse2", "w7", loop##_sse2))            \
     KUV_ADD(__COUNTER__, addLoop<__VA_ARGS__>(#function, "loop-avx2", "-O3 -mavx2", "h9", loop##_avx2))
+
+// The same beside the benchmark of the export on that form.
+#define KUV_BENCHMARK_AND_LOOPS(function, loop, name, ...)    \
+    KUV_BENCHMARK(function, name, __VA_ARGS__)                \
+    KUV_LOOP_PEERS(function, loop, __VA_ARGS__)

@@ -75,88 +75,65 @@ KUV_ADD(__COUNTER__, addCLibrary<ByteSignal>("kuvsCopy_8u", "memcpy", copySignal
 KUV_ADD(__COUNTER__, addCLibrary<ByteSignal>("kuvsZero_8u", "memset", zeroSignal))
 
 KUV_BENCHMARK(kuviSet_8u_C1R, "aligned", Constant<Kuv8u>)
-KUV_BENCHMARK(kuviSet_16u_C1R, "aligned", Constant<Kuv16u>)
-KUV_BENCHMARK(kuviSet_32s_C1R, "aligned", Constant<Kuv32s>)
-KUV_BENCHMARK(kuviSet_32f_C1R, "aligned", Constant<Kuv32f>)
 KUV_ADD(__COUNTER__, addCLibrary<Constant<Kuv8u>>("kuviSet_8u_C1R", "memset", setByMemset))
-KUV_LOOP_PEERS(kuviSet_16u_C1R, set16, Constant<Kuv16u>)
-KUV_LOOP_PEERS(kuviSet_32s_C1R, set32, Constant<Kuv32s>)
-KUV_LOOP_PEERS(kuviSet_32f_C1R, setReal, Constant<Kuv32f>)
+KUV_BENCHMARK_AND_LOOPS(kuviSet_16u_C1R, set16, "aligned", Constant<Kuv16u>)
+KUV_BENCHMARK_AND_LOOPS(kuviSet_32s_C1R, set32, "aligned", Constant<Kuv32s>)
+KUV_BENCHMARK_AND_LOOPS(kuviSet_32f_C1R, setReal, "aligned", Constant<Kuv32f>)
+KUV_BENCHMARK_AND_LOOPS(kuviSet_8u_C4CR, setChannelOf4, "aligned", Constant<Kuv8u, 4>)
 
-KUV_BENCHMARK(kuviSet_8u_C4CR, "aligned", Constant<Kuv8u, 4>)
-KUV_LOOP_PEERS(kuviSet_8u_C4CR, setChannelOf4, Constant<Kuv8u, 4>)
-
-#define CONVERSION(function, name, loop, ...)               \
-    KUV_BENCHMARK(function, name, __VA_ARGS__)              \
-    KUV_LOOP_PEERS(function, loop, __VA_ARGS__)
-CONVERSION(kuviConvert_8u32f_C1R, "aligned", convert8to32f, Converted<Kuv8u, Kuv32f, 1>)
-CONVERSION(kuviConvert_8u32f_C1R, "unaligned", convert8to32f, Converted<Kuv8u, Kuv32f, 1, false>)
-CONVERSION(kuviConvert_8u32f_C3R, "aligned", convertThree8to32f, Converted<Kuv8u, Kuv32f, 3>)
-CONVERSION(kuviConvert_16u32f_C1R, "aligned", convert16to32f, Converted<Kuv16u, Kuv32f, 1>)
-CONVERSION(kuviConvert_16u8u_C1R, "aligned", convert16to8, Converted<Kuv16u, Kuv8u, 1>)
-CONVERSION(kuviConvert_16u8u_C1R, "unaligned", convert16to8, Converted<Kuv16u, Kuv8u, 1, false>)
-CONVERSION(kuviConvert_16u8u_C3R, "aligned", convertThree16to8, Converted<Kuv16u, Kuv8u, 3>)
-CONVERSION(kuviConvert_32f8u_C3R, "toward zero", convert32fTo8, Rounded<0>)
-CONVERSION(kuviConvert_32f8u_C3R, "to even", convert32fTo8, Rounded<1>)
-CONVERSION(kuviConvert_32f8u_C3R, "from zero", convert32fTo8, Rounded<2>)
-CONVERSION(kuviScale_8u32f_C3R, "aligned", scale8to32f, Scaled<Kuv8u, Kuv32f>)
-CONVERSION(kuviScale_32f8u_C3R, "aligned", scale32fTo8, Scaled<Kuv32f, Kuv8u>)
+KUV_BENCHMARK_AND_LOOPS(kuviConvert_8u32f_C1R, convert8to32f, "aligned", Converted<Kuv8u, Kuv32f, 1>)
+KUV_BENCHMARK_AND_LOOPS(kuviConvert_8u32f_C1R, convert8to32f, "unaligned", Converted<Kuv8u, Kuv32f, 1, false>)
+KUV_BENCHMARK_AND_LOOPS(kuviConvert_8u32f_C3R, convertThree8to32f, "aligned", Converted<Kuv8u, Kuv32f, 3>)
+KUV_BENCHMARK_AND_LOOPS(kuviConvert_16u32f_C1R, convert16to32f, "aligned", Converted<Kuv16u, Kuv32f, 1>)
+KUV_BENCHMARK_AND_LOOPS(kuviConvert_16u8u_C1R, convert16to8, "aligned", Converted<Kuv16u, Kuv8u, 1>)
+KUV_BENCHMARK_AND_LOOPS(kuviConvert_16u8u_C1R, convert16to8, "unaligned", Converted<Kuv16u, Kuv8u, 1, false>)
+KUV_BENCHMARK_AND_LOOPS(kuviConvert_16u8u_C3R, convertThree16to8, "aligned", Converted<Kuv16u, Kuv8u, 3>)
+KUV_BENCHMARK_AND_LOOPS(kuviConvert_32f8u_C3R, convert32fTo8, "toward zero", Rounded<0>)
+KUV_BENCHMARK_AND_LOOPS(kuviConvert_32f8u_C3R, convert32fTo8, "to even", Rounded<1>)
+KUV_BENCHMARK_AND_LOOPS(kuviConvert_32f8u_C3R, convert32fTo8, "from zero", Rounded<2>)
+KUV_BENCHMARK_AND_LOOPS(kuviScale_8u32f_C3R, scale8to32f, "aligned", Scaled<Kuv8u, Kuv32f>)
+KUV_BENCHMARK_AND_LOOPS(kuviScale_32f8u_C3R, scale32fTo8, "aligned", Scaled<Kuv32f, Kuv8u>)
 
 #define MIRROR_AXIS(type, T, channels, loop, axis, name)                                                                  \
-    KUV_BENCHMARK(kuviMirror_##type##R, name, Mirrored<T, channels, axis>)                                                \
-    KUV_LOOP_PEERS(kuviMirror_##type##R, loop, Mirrored<T, channels, axis>)                                               \
-    KUV_BENCHMARK(kuviMirror_##type##IR, name, MirroredInPlace<T, channels, axis>)                                        \
-    KUV_LOOP_PEERS(kuviMirror_##type##IR, loop##InPlace, MirroredInPlace<T, channels, axis>)
+    KUV_BENCHMARK_AND_LOOPS(kuviMirror_##type##R, loop, name, Mirrored<T, channels, axis>)                                \
+    KUV_BENCHMARK_AND_LOOPS(kuviMirror_##type##IR, loop##InPlace, name, MirroredInPlace<T, channels, axis>)
 #define MIRROR(type, T, channels, loop)                                                                                   \
     MIRROR_AXIS(type, T, channels, loop, kuvAxisHorizontal, "horizontal axis")                                            \
     MIRROR_AXIS(type, T, channels, loop, kuvAxisVertical, "vertical axis")                                                \
     MIRROR_AXIS(type, T, channels, loop, kuvAxisBoth, "both axes")                                                        \
-    KUV_BENCHMARK(kuviMirror_##type##R, "vertical axis unaligned", Mirrored<T, channels, kuvAxisVertical, false>)        \
-    KUV_LOOP_PEERS(kuviMirror_##type##R, loop, Mirrored<T, channels, kuvAxisVertical, false>)
+    KUV_BENCHMARK_AND_LOOPS(kuviMirror_##type##R, loop, "vertical axis unaligned", Mirrored<T, channels, kuvAxisVertical, false>)
 MIRROR(8u_C1, Kuv8u, 1, mirrorOne8)
 MIRROR(8u_C3, Kuv8u, 3, mirrorThree8)
 MIRROR(16u_C1, Kuv16u, 1, mirrorOne16)
 MIRROR(16u_C3, Kuv16u, 3, mirrorThree16)
 
 #define TRANSPOSITION(function, T, loop)                                                                                  \
-    KUV_BENCHMARK(function, "diagonal", Mirrored<T, 1, kuvAxisDiagonal>)                                                  \
-    KUV_BENCHMARK(function, "second diagonal", Mirrored<T, 1, kuvAxisSecondDiagonal>)                                     \
-    KUV_LOOP_PEERS(function, loop, Mirrored<T, 1, kuvAxisDiagonal>)                                                       \
-    KUV_LOOP_PEERS(function, loop, Mirrored<T, 1, kuvAxisSecondDiagonal>)
+    KUV_BENCHMARK_AND_LOOPS(function, loop, "diagonal", Mirrored<T, 1, kuvAxisDiagonal>)                                  \
+    KUV_BENCHMARK_AND_LOOPS(function, loop, "second diagonal", Mirrored<T, 1, kuvAxisSecondDiagonal>)
 TRANSPOSITION(kuviMirror_8u_C1R, Kuv8u, transpose8)
 TRANSPOSITION(kuviMirror_16u_C1R, Kuv16u, transpose16)
 
-KUV_BENCHMARK(kuviSwapChannels_8u_C3R, "aligned", Reversed<Kuv8u, 3>)
+KUV_BENCHMARK_AND_LOOPS(kuviSwapChannels_8u_C3R, swapThree, "aligned", Reversed<Kuv8u, 3>)
+KUV_BENCHMARK_AND_LOOPS(kuviSwapChannels_16u_C3R, swapThree16, "aligned", Reversed<Kuv16u, 3>)
+KUV_BENCHMARK_AND_LOOPS(kuviSwapChannels_8u_AC4R, swapColours, "aligned", Reversed<Kuv8u, 4>)
+KUV_BENCHMARK_AND_LOOPS(kuviSwapChannels_16u_AC4R, swapColours16, "aligned", Reversed<Kuv16u, 4>)
+KUV_BENCHMARK_AND_LOOPS(kuviSwapChannels_8u_C3IR, swapThreeInPlace, "aligned", ReversedInPlace<3>)
+KUV_BENCHMARK_AND_LOOPS(kuviSwapChannels_8u_C4IR, swapFourInPlace, "aligned", ReversedInPlace<4>)
 KUV_BENCHMARK(kuviSwapChannels_8u_C3R, "unaligned", Reversed<Kuv8u, 3, false>)
-KUV_BENCHMARK(kuviSwapChannels_16u_C3R, "aligned", Reversed<Kuv16u, 3>)
 KUV_BENCHMARK(kuviSwapChannels_16u_C3R, "unaligned", Reversed<Kuv16u, 3, false>)
-KUV_BENCHMARK(kuviSwapChannels_8u_AC4R, "aligned", Reversed<Kuv8u, 4>)
 KUV_BENCHMARK(kuviSwapChannels_8u_AC4R, "unaligned", Reversed<Kuv8u, 4, false>)
-KUV_BENCHMARK(kuviSwapChannels_16u_AC4R, "aligned", Reversed<Kuv16u, 4>)
 KUV_BENCHMARK(kuviSwapChannels_16u_AC4R, "unaligned", Reversed<Kuv16u, 4, false>)
-KUV_BENCHMARK(kuviSwapChannels_8u_C3IR, "aligned", ReversedInPlace<3>)
 KUV_BENCHMARK(kuviSwapChannels_8u_C3IR, "unaligned", ReversedInPlace<3, false>)
-KUV_BENCHMARK(kuviSwapChannels_8u_C4IR, "aligned", ReversedInPlace<4>)
 KUV_BENCHMARK(kuviSwapChannels_8u_C4IR, "unaligned", ReversedInPlace<4, false>)
 
-KUV_LOOP_PEERS(kuviSwapChannels_8u_C3R, swapThree, Reversed<Kuv8u, 3>)
-KUV_LOOP_PEERS(kuviSwapChannels_16u_C3R, swapThree16, Reversed<Kuv16u, 3>)
-KUV_LOOP_PEERS(kuviSwapChannels_8u_AC4R, swapColours, Reversed<Kuv8u, 4>)
-KUV_LOOP_PEERS(kuviSwapChannels_16u_AC4R, swapColours16, Reversed<Kuv16u, 4>)
-KUV_LOOP_PEERS(kuviSwapChannels_8u_C3IR, swapThreeInPlace, ReversedInPlace<3>)
-KUV_LOOP_PEERS(kuviSwapChannels_8u_C4IR, swapFourInPlace, ReversedInPlace<4>)
-
-#define LAYOUT_COPY(function, loop, ...)                    \
-    KUV_BENCHMARK(function, "aligned", __VA_ARGS__)         \
-    KUV_LOOP_PEERS(function, loop, __VA_ARGS__)
-LAYOUT_COPY(kuviCopy_8u_AC4R, copyAC4_8u, FromTo<Kuv8u, 4, 4>)
-LAYOUT_COPY(kuviCopy_16u_AC4R, copyAC4_16u, FromTo<Kuv16u, 4, 4>)
-LAYOUT_COPY(kuviCopy_8u_C3AC4R, copyC3AC4_8u, FromTo<Kuv8u, 3, 4>)
-LAYOUT_COPY(kuviCopy_16u_C3AC4R, copyC3AC4_16u, FromTo<Kuv16u, 3, 4>)
-LAYOUT_COPY(kuviCopy_8u_AC4C3R, copyAC4C3_8u, FromTo<Kuv8u, 4, 3>)
-LAYOUT_COPY(kuviCopy_16u_AC4C3R, copyAC4C3_16u, FromTo<Kuv16u, 4, 3>)
-LAYOUT_COPY(kuviCopy_8u_C1C3R, copyC1C3, FromTo<Kuv8u, 1, 3>)
-LAYOUT_COPY(kuviCopy_8u_P3C3R, copyP3C3, Planar<3>)
-LAYOUT_COPY(kuviCopy_8u_P4C4R, copyP4C4, Planar<4>)
-LAYOUT_COPY(kuviCopy_8u_C1MR, copyMasked8, UnderMask<Kuv8u>)
-LAYOUT_COPY(kuviCopy_16u_C1MR, copyMasked16, UnderMask<Kuv16u>)
+KUV_BENCHMARK_AND_LOOPS(kuviCopy_8u_AC4R, copyAC4_8u, "aligned", FromTo<Kuv8u, 4, 4>)
+KUV_BENCHMARK_AND_LOOPS(kuviCopy_16u_AC4R, copyAC4_16u, "aligned", FromTo<Kuv16u, 4, 4>)
+KUV_BENCHMARK_AND_LOOPS(kuviCopy_8u_C3AC4R, copyC3AC4_8u, "aligned", FromTo<Kuv8u, 3, 4>)
+KUV_BENCHMARK_AND_LOOPS(kuviCopy_16u_C3AC4R, copyC3AC4_16u, "aligned", FromTo<Kuv16u, 3, 4>)
+KUV_BENCHMARK_AND_LOOPS(kuviCopy_8u_AC4C3R, copyAC4C3_8u, "aligned", FromTo<Kuv8u, 4, 3>)
+KUV_BENCHMARK_AND_LOOPS(kuviCopy_16u_AC4C3R, copyAC4C3_16u, "aligned", FromTo<Kuv16u, 4, 3>)
+KUV_BENCHMARK_AND_LOOPS(kuviCopy_8u_C1C3R, copyC1C3, "aligned", FromTo<Kuv8u, 1, 3>)
+KUV_BENCHMARK_AND_LOOPS(kuviCopy_8u_P3C3R, copyP3C3, "aligned", Planar<3>)
+KUV_BENCHMARK_AND_LOOPS(kuviCopy_8u_P4C4R, copyP4C4, "aligned", Planar<4>)
+KUV_BENCHMARK_AND_LOOPS(kuviCopy_8u_C1MR, copyMasked8, "aligned", UnderMask<Kuv8u>)
+KUV_BENCHMARK_AND_LOOPS(kuviCopy_16u_C1MR, copyMasked16, "aligned", UnderMask<Kuv16u>)

@@ -7,5 +7,4 @@ using namespace kuvbench;
 
 KUV_BENCHMARK(kuviDCT8x8Fwd_16s_C1I, "samples", Blocks<256>)
 KUV_BENCHMARK(kuviDCT8x8Inv_16s_C1I, "coefficients", Blocks<64>)
-KUV_BENCHMARK(kuviZigzagInv8x8_16s_C1, "scan", Blocks<64>)
-KUV_LOOP_PEERS(kuviZigzagInv8x8_16s_C1, unscan, Blocks<64>)
+KUV_BENCHMARK_AND_LOOPS(kuviZigzagInv8x8_16s_C1, unscan, "scan", Blocks<64>)
