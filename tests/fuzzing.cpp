@@ -2,6 +2,7 @@
 #include "support/fuzzing.hpp"
 
 #include <cfenv>
+#include <regex>
 #include <set>
 
 #include "support/statuses.hpp"
@@ -120,9 +121,13 @@ TEST(Fuzzing, PrintsItsCalls) {
     const Bytes input = {0, 0, 0, 0, 0, 0, 0, 0, 12, 4, 1, 1};
     std::ostringstream once, again;
     EXPECT_EQ(troubleWith({&call}, input, &once), "");
-    troubleWith({&call}, input, &again);
+    EXPECT_EQ(troubleWith({&call}, input, &again), "");
     EXPECT_NE(once.str().find("copy in px, size 13 x 5"), std::string::npos) << once.str();
     EXPECT_NE(once.str().find("argument 4: 13 x 5"), std::string::npos) << once.str();
+    const auto withoutAddresses = [](const std::ostringstream& printed) {
+        return std::regex_replace(printed.str(), std::regex("0x[0-9a-f]+"), "address");
+    };
+    EXPECT_EQ(withoutAddresses(once), withoutAddresses(again));
 }
 
 }  // namespace

@@ -49,7 +49,7 @@ constexpr ImageAllocator imageAllocators[] = {
     ALLOCATOR(16s_C3, 6), ALLOCATOR(32s_C1, 4),  ALLOCATOR(32f_C1, 4), ALLOCATOR(32f_C3, 12),
 };
 
-TEST(Memory, BlocksAreAlignedAndWholly) {
+TEST(Memory, BlocksAreAlignedAndWritableToTheirEnds) {
     for (int length = 1; length < 300; ++length) {
         auto* const block = static_cast<unsigned char*>(kuvMalloc(length));
         ASSERT_NE(block, nullptr);
@@ -125,13 +125,17 @@ TEST(Memory, NullIsIgnored) {
 
 TEST(Memory, AnyBlockGoesBackByAnyRelease) {
     for (const auto release : {kuvFree, kuviFree, kuvsFree}) {
-        release(kuvMalloc(100));
-        release(kuvsMalloc_8u(100));
-        release(kuvsMalloc_32f(100));
-        for (const ImageAllocator& each : imageAllocators) {
-            Kuv32s step;
-            release(each.allocate(10, 10, &step));
-        }
+        const Heap heap = heapOf([&] {
+            release(kuvMalloc(100));
+            release(kuvsMalloc_8u(100));
+            release(kuvsMalloc_32f(100));
+            for (const ImageAllocator& each : imageAllocators) {
+                Kuv32s step;
+                release(each.allocate(10, 10, &step));
+            }
+        });
+        EXPECT_EQ(heapWatch.releases, heap.allocations);
+        EXPECT_EQ(heap.allocations, kuvtest::heapIsWatched ? 3 + static_cast<int>(std::size(imageAllocators)) : 0);
     }
 }
 

@@ -387,9 +387,8 @@ TEST_P(Moments, SecondPass) {
         for (int r = 0; r < 2; ++r) {
             for (int i = 0; i < 64; ++i) store(src.row(r), i, wave(i, r));
         }
-        Wanted cheap, wanted;
+        Wanted cheap;
         firstPass({src.row(), src.step(), {64, 2}}, cheap);
-        wantRealDeviation({src.row(), src.step(), {64, 2}}, GetParam(), wanted);
         second += cheap[1] * cheap[1] < 0.05 * cheap[0] * cheap[0];
         expectMoments(form, src, {64, 2}, Guard::end);
     }

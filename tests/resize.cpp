@@ -236,21 +236,6 @@ TEST_P(Resize, ShuffledPositions) {
     expectTile(plan, anyScene(), {{10, 10}, {40, 20}, 240});
 }
 
-TEST_P(Resize, IsWithinOneOfDoubles) {
-    const int count = rounds(200);
-    for (int i = 0; i < count && !HasFailure(); ++i) {
-        const KuviSize src = {between(random_, 2, 90), between(random_, 2, 30)}, dst = {between(random_, 1, 90), between(random_, 1, 30)};
-        const PlanBlock plan(src, dst);
-        const Scene scene = anyScene();
-        const ResizeReference got(plan, scene, {{0, 0}, dst}, arithmeticOf(GetParam())), exact(plan, scene, {{0, 0}, dst}, ResizeArithmetic::doubles);
-        for (int y = 0; y < dst.height; ++y) {
-            for (int x = 0; x < dst.width; ++x) {
-                for (int c = 0; c < 3; ++c) ASSERT_LE(std::abs(got.sample(x, y, c) - exact.sample(x, y, c)), 1);
-            }
-        }
-    }
-}
-
 // Everything but positions follows the processor's rounding mode.
 TEST_P(Resize, RoundingModes) {
     for (const auto& [src, dst] : {std::pair<KuviSize, KuviSize>{{41, 30}, {67, 23}}, {{60, 40}, {30, 20}}}) {
