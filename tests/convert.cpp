@@ -256,12 +256,9 @@ TEST_P(Convert, AnyStep) {
 
 // Past the caches or not, with each answer to the questions about them.
 TEST_P(Convert, LargeImages) {
-    const ProcessState state;
     for (const auto& [status, bytes, line] : {std::tuple{kuvStatusOk, 0x1000, 64}, {kuvStatusOk, 0x1000, 4000}, {kuvStatusOk, 0x7FFFFFFF, 64},
                                               {kuvStatusNoCpuid, 0x1000, 64}, {kuvStatusNoCpuid, -1, 0}, {kuvStatusOk, 1, 1}}) {
-        kuv::cacheQueryStatus = status;
-        kuv::cacheBytes = bytes;
-        kuv::cacheLineBytes = line;
+        const PresetCache cache(status, bytes, line);
         for (const Conversion& each : conversions()) {
             for (const int gap : {0, 4, 18, 33}) {
                 for (const int width : {1, 31, 32, 150, 420}) {

@@ -64,13 +64,6 @@ protected:
         EXPECT_EQ(src.difference(before), "");
     }
 
-    // The answers to the questions about the cache, as if they had been asked.
-    static void presetCache(KuvStatus status, Kuv32s bytes) {
-        kuv::cacheQueryStatus = status;
-        kuv::cacheBytes = bytes;
-        kuv::cacheLineBytes = 64;
-    }
-
 private:
     std::uint64_t seed_ = 0;
 };
@@ -145,9 +138,8 @@ TEST_P(Copy, PlannedRuns) {
 
 // With each answer that the cache may give: streamed, not streamed, unknown.
 TEST_P(Copy, LargeImages) {
-    const ProcessState state;
     for (const auto& [status, bytes] : {std::pair{kuvStatusOk, 0x100000}, {kuvStatusOk, 0x7FFFFFFF}, {kuvStatusNoCpuid, 0x100000}, {kuvStatusOk, 0}}) {
-        presetCache(status, bytes);
+        const PresetCache cache(status, bytes);
         for (const PlainCopy& copy : {copies[0], copies[6]}) {
             const int width = 2080 / copy.pixelBytes, row = width * copy.pixelBytes, rows = 0x480000 / 2080;
             for (const int padding : {0, 32, 5}) {

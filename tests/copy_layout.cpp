@@ -193,11 +193,8 @@ TEST_P(CopyLayout, ColoursOntoThemselves) {
 }
 
 TEST_P(CopyLayout, Planes) {
-    const ProcessState state;
     for (const auto& [status, bytes] : {std::pair{kuvStatusOk, 0x7FFFFFFF}, {kuvStatusOk, 0x1000}, {kuvStatusNoCpuid, 0x1000}}) {
-        kuv::cacheQueryStatus = status;
-        kuv::cacheBytes = bytes;
-        kuv::cacheLineBytes = 64;
+        const PresetCache cache(status, bytes);
         for (int width = 1; width <= 100; ++width) {
             for (const int padding : {0, 1}) {
                 expectPlanes<3>(kuviCopy_8u_P3C3R, {width, 2}, padding, width % 2 == 0 ? Guard::end : Guard::begin, 0);

@@ -429,11 +429,8 @@ TEST_P(Mirror, OverlapIsWhatTheCornersTell) {
 // With each answer that the cache may give: streamed, not streamed, unknown.
 TEST_P(Mirror, LargeImages) {
     if (sanitized) GTEST_SKIP() << "the sanitizer takes too long for it";
-    const ProcessState state;
     for (const auto& [status, bytes] : {std::pair{kuvStatusOk, 0x10000}, {kuvStatusOk, 0x7FFFFFFF}, {kuvStatusNoCpuid, 0x10000}}) {
-        kuv::cacheQueryStatus = status;
-        kuv::cacheBytes = bytes;
-        kuv::cacheLineBytes = 64;
+        const PresetCache cache(status, bytes);
         for (const Form& form : forms) {
             for (const int row : {2048, 2076}) {
                 for (const int gap : {0, 3}) {

@@ -288,14 +288,11 @@ TEST_P(Real, OneImageForAll) {
 // Whether results stream past the caches is decided by the caches' size; the values must not tell.
 TEST_P(Real, PastTheCaches) {
     Random random(8);
-    const ProcessState state;
     for (const auto& [status, bytes, line] : {std::tuple{kuvStatusOk, 0x1000, 64},
                                               {kuvStatusOk, 0x1000, 4000},
                                               {kuvStatusOk, 0x7FFFFFFF, 64},
                                               {kuvStatusNoCpuid, 0x1000, 64}, {kuvStatusNoCpuid, -1, 0}, {kuvStatusOk, 1, 1}}) {
-        kuv::cacheQueryStatus = status;
-        kuv::cacheBytes = bytes;
-        kuv::cacheLineBytes = line;
+        const PresetCache cache(status, bytes, line);
         for (const Function& function : functions) {
             for (const int gap : {0, 4, 18, 36}) {
                 for (const int width : {1, 31, 32, 47, 150, 420}) {

@@ -341,10 +341,7 @@ TEST_P(ScaledArithmetic, OperandsThatAreOneImage) {
 
 // Whether results stream past the caches is decided by the caches' size; the values must not tell.
 TEST_P(ScaledArithmetic, PastTheCaches) {
-    const ProcessState state;
-    kuv::cacheQueryStatus = kuvStatusOk;
-    kuv::cacheBytes = 0x1000;
-    kuv::cacheLineBytes = 64;
+    const PresetCache cache(kuvStatusOk, 0x1000);
     for (const Operation& operation : operations) {
         if (operation.kind != Kind::into) continue;
         for (const int width : {63, 64, 79, 200, 333}) {

@@ -79,11 +79,8 @@ TEST_P(Set, AnyStep) {
 
 // With each answer that the cache may give, around the sizes from which on it is asked.
 TEST_P(Set, LargeFills) {
-    const ProcessState state;
     for (const auto& [status, bytes] : {std::pair{kuvStatusOk, 0x10000}, {kuvStatusOk, 0x80004}, {kuvStatusOk, 0x7FFFFFFF}, {kuvStatusNoCpuid, 0x10000}}) {
-        kuv::cacheQueryStatus = status;
-        kuv::cacheBytes = bytes;
-        kuv::cacheLineBytes = 64;
+        const PresetCache cache(status, bytes);
         for (const int gap : {0, 18}) {
             for (const int width : {0x1FFFF, 0x20000, 0x20001}) expectSets({width, 1}, 0, Guard::end, gap);
             expectSets({331, 420}, 5, Guard::end, gap);
@@ -106,9 +103,7 @@ TEST_P(Set, SignallingNaNKeepsItsBits) {
 // More bytes than 31 bits tell, and than 32. Each page stands for hundreds: what is checked is that the fill gets to the end.
 TEST_P(Set, MoreThan2GiB) {
     if (sanitized) GTEST_SKIP() << "the sanitizer takes minutes for it";
-    const ProcessState state;
-    kuv::cacheQueryStatus = kuvStatusOk;
-    kuv::cacheBytes = 0x10000;
+    const PresetCache cache(kuvStatusOk, 0x10000);
     for (const KuviSize size : {KuviSize{46352, 46400}, KuviSize{65552, 65600}}) {
         const std::size_t bytes = static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height);
         const AliasedMemory memory(bytes);

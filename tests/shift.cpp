@@ -275,11 +275,8 @@ TEST_P(ShiftC, EveryLengthOfASignal) {
 
 // Whatever the cache may be, a large image that is left as it is or set to 0 is so to its end.
 TEST_P(ShiftC, LargeImagesByCountsThatDoNotShift) {
-    const ProcessState state;
-    kuv::cacheLineBytes = 64;
-    for (const Kuv32s cache : {0x10000, 0x7FFFFFFF}) {
-        kuv::cacheQueryStatus = kuvStatusOk;
-        kuv::cacheBytes = cache;
+    for (const Kuv32s bytes : {0x10000, 0x7FFFFFFF}) {
+        const PresetCache cache(kuvStatusOk, bytes);
         for (const Shift& shift : shifts) {
             for (const Kuv32u count : {0u, 16u}) {
                 expectShift(shift, {count, count, count}, {1001, 700}, 1001 * shift.pixelBytes());

@@ -39,11 +39,9 @@ std::string troubleWith(const std::vector<const TabledCall*>& calls, std::span<c
     const TabledCall& call = *calls[static_cast<std::size_t>(below(numbers, static_cast<int>(calls.size())))];
     constexpr int modes[] = {FE_TONEAREST, FE_TONEAREST, FE_TONEAREST, FE_TONEAREST, FE_TONEAREST, FE_DOWNWARD, FE_UPWARD, FE_TOWARDZERO};
     const int mode = modes[below(numbers, 8)];
-    const ProcessState state;
     constexpr Kuv32s caches[] = {0, 1, 0x400, 0x1000, 0x10000, 0x100000, INT32_MAX};
-    kuv::cacheQueryStatus = oneIn(numbers, 8) ? kuvStatusNoCpuid : kuvStatusOk;
-    kuv::cacheBytes = caches[below(numbers, 7)];
-    kuv::cacheLineBytes = 64;
+    const KuvStatus asked = oneIn(numbers, 8) ? kuvStatusNoCpuid : kuvStatusOk;
+    const PresetCache cache(asked, caches[below(numbers, 7)]);
 
     testing::TestPartResultArray results;
     {

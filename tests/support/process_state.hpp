@@ -41,4 +41,17 @@ private:
     const Kuv32s cacheLineBytes = kuv::cacheLineBytes;
 };
 
+// The answers to the questions about the cache, as if they had been asked.
+class PresetCache {
+public:
+    PresetCache(KuvStatus status, Kuv32s bytes, Kuv32s line = 64) {
+        kuv::cacheQueryStatus = status;
+        kuv::cacheBytes = bytes;
+        kuv::cacheLineBytes = line;
+    }
+
+private:
+    ProcessState state_;
+};
+
 }  // namespace kuvtest
