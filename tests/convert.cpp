@@ -33,10 +33,6 @@ struct ValueRange {
     }
 };
 
-template <int argument>
-auto badWidths() { return check(kuvStatusBadSize, width<argument>(0), width<argument>(-1), width<argument>(INT32_MIN)); }
-template <int argument>
-auto badHeights() { return check(kuvStatusBadSize, height<argument>(0), height<argument>(-1), height<argument>(INT32_MIN)); }
 auto badSteps() {
     return check(kuvStatusBadStep, set<1>(0), set<1>(-1), set<1>(INT32_MIN), set<3>(0), set<3>(-1), set<3>(INT32_MIN));
 }
@@ -46,7 +42,7 @@ auto nullImages() { return check(kuvStatusNullPtr, null<0>(), null<2>()); }
     Source<S>{.channels = channelCount, .steps = StepClass::A}, Output<D>{.channels = channelCount, .steps = StepClass::A}, RoiSize{}
 #define CONVERSION(function, ...)         \
     KUV_AGREES(function, __VA_ARGS__);    \
-    KUV_CHECKS(function, call(__VA_ARGS__), nullImages(), badWidths<4>(), badHeights<4>(), badSteps())
+    KUV_CHECKS(function, call(__VA_ARGS__), nullImages(), badSize<4>(), badSteps())
 CONVERSION(kuviConvert_8u32f_C1R, IMAGES(Kuv8u, Kuv32f, 1));
 CONVERSION(kuviConvert_16u32f_C1R, IMAGES(Kuv16u, Kuv32f, 1));
 CONVERSION(kuviConvert_16u8u_C1R, IMAGES(Kuv16u, Kuv8u, 1));
@@ -54,11 +50,11 @@ CONVERSION(kuviConvert_16u8u_C3R, IMAGES(Kuv16u, Kuv8u, 3));
 CONVERSION(kuviConvert_32f8u_C3R, IMAGES(Kuv32f, Kuv8u, 3), RoundMode{});
 
 KUV_AGREES(kuviConvert_8u32f_C3R, IMAGES(Kuv8u, Kuv32f, 3));
-KUV_CHECKS(kuviConvert_8u32f_C3R, call(IMAGES(Kuv8u, Kuv32f, 3)), badWidths<4>(), nullImages(), badHeights<4>(), badSteps());
+KUV_CHECKS(kuviConvert_8u32f_C3R, call(IMAGES(Kuv8u, Kuv32f, 3)), badWidth<4>(), nullImages(), badHeight<4>(), badSteps());
 
 #define SCALE(function, ...)              \
     KUV_AGREES(function, __VA_ARGS__);    \
-    KUV_CHECKS(function, call(__VA_ARGS__), check(kuvStatusEmptyRange, emptyRange()), nullImages(), badWidths<4>(), badHeights<4>(), badSteps())
+    KUV_CHECKS(function, call(__VA_ARGS__), check(kuvStatusEmptyRange, emptyRange()), nullImages(), badSize<4>(), badSteps())
 
 // Both ends at once.
 struct EmptyRange {

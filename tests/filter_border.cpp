@@ -57,8 +57,7 @@ struct FilterArguments {
 KUV_AGREES(kuviFilterBorder_32f_C1R, FilterArguments{});
 KUV_CHECKS(kuviFilterBorder_32f_C1R, call(FilterArguments{kuvBorderFill}),
            check(kuvStatusNullPtr, null<0>(), null<2>(), null<7>(), null<8>()),
-           check(kuvStatusNullPtr, null<6>()),
-           check(kuvStatusBadSize, width<4>(0), width<4>(-1), width<4>(INT32_MIN), height<4>(0), height<4>(-1), height<4>(INT32_MIN)),
+           check(kuvStatusNullPtr, null<6>()), badSize<4>(),
            check(kuvStatusBadStep, set<1>(0), set<1>(-1), set<1>(INT32_MIN), set<3>(3), set<3>(0), set<3>(-8), set<3>(INT32_MIN)),
            check(kuvStatusBadBorder, set<5>(0x106), set<5>(0x1F6), set<5>(0x10006), set<5>(-10)));
 

@@ -45,16 +45,10 @@ struct OntoSource {
     }
 };
 
-template <int argument>
-constexpr auto badSizes() {
-    return check(kuvStatusBadSize, width<argument>(0), width<argument>(-1), width<argument>(INT32_MIN), height<argument>(0),
-                 height<argument>(-1), height<argument>(INT32_MIN));
-}
-
 #define BETWEEN(T, channelCount) Source<T>{.channels = channelCount}, Output<T>{.channels = channelCount}, RoiSize{}, PlainAxis{}
 #define CHECKS_BETWEEN(function, T, channelCount, ...)                                                                           \
     KUV_AGREES(function, BETWEEN(T, channelCount));                                                                              \
-    KUV_CHECKS(function, call(BETWEEN(T, channelCount)), check(kuvStatusNullPtr, null<0>(), null<2>()), badSizes<4>(),           \
+    KUV_CHECKS(function, call(BETWEEN(T, channelCount)), check(kuvStatusNullPtr, null<0>(), null<2>()), badSize<4>(),           \
                check(kuvStatusBadAxis, set<5>(-1), set<5>(5), set<5>(INT32_MIN), set<5>(INT32_MAX) __VA_OPT__(, ) __VA_ARGS__))
 CHECKS_BETWEEN(kuviMirror_8u_C1R, Kuv8u, 1);
 CHECKS_BETWEEN(kuviMirror_16u_C1R, Kuv16u, 1);
@@ -64,7 +58,7 @@ CHECKS_BETWEEN(kuviMirror_16u_C3R, Kuv16u, 3, set<5>(3), set<5>(4));
 #define CHECKS_IN_PLACE(function, T, channelCount)                                                                               \
     KUV_AGREES(function, InOut<T>{.channels = channelCount}, RoiSize{}, PlainAxis{});                                            \
     KUV_CHECKS(function, call(InOut<T>{.channels = channelCount}, RoiSize{}, PlainAxis{}), check(kuvStatusNullPtr, null<0>()),   \
-               badSizes<2>(), check(kuvStatusBadAxis, set<3>(-1), set<3>(3), set<3>(4), set<3>(5), set<3>(INT32_MIN), set<3>(INT32_MAX)))
+               badSize<2>(), check(kuvStatusBadAxis, set<3>(-1), set<3>(3), set<3>(4), set<3>(5), set<3>(INT32_MIN), set<3>(INT32_MAX)))
 CHECKS_IN_PLACE(kuviMirror_8u_C1IR, Kuv8u, 1);
 CHECKS_IN_PLACE(kuviMirror_8u_C3IR, Kuv8u, 3);
 CHECKS_IN_PLACE(kuviMirror_16u_C1IR, Kuv16u, 1);
@@ -78,7 +72,7 @@ CHECKS_IN_PLACE(kuviMirror_16u_C3IR, Kuv16u, 3);
                        check(kuvStatusNullPtr, null<0>(), null<2>()),                                                            \
                        check(kuvStatusBadStep, set<1>(0), set<1>(-2), set<1>(INT32_MIN), set<3>(0), set<3>(-2),                  \
                              set<3>(INT32_MIN) __VA_OPT__(, ) __VA_ARGS__),                                                      \
-                       badSizes<4>(), check(kuvStatusInternal, OntoSource{}))}
+                       badSize<4>(), check(kuvStatusInternal, OntoSource{}))}
 CHECKS_OF_DIAGONALS(kuviMirror_8u_C1R, Kuv8u);
 CHECKS_OF_DIAGONALS(kuviMirror_16u_C1R, Kuv16u, set<1>(1), set<1>(1001), set<1>(INT32_MAX), set<1>(-1), set<3>(1), set<3>(1001),
                     set<3>(INT32_MAX), set<3>(-1));

@@ -31,31 +31,26 @@ struct ChannelOfInterest {
     std::tuple<Kuv32s> operator()(Draw& draw) const { return {between(draw.random, 1, 3)}; }
 };
 
-template <int argument>
-auto badSizes() {
-    return check(kuvStatusBadSize, width<argument>(0), width<argument>(-1), width<argument>(INT32_MIN), height<argument>(0),
-                 height<argument>(-1), height<argument>(INT32_MIN));
-}
 auto badSteps() { return check(kuvStatusBadStep, set<1>(0), set<1>(-1), set<1>(-4), set<1>(INT32_MIN)); }
 
 KUV_AGREES_FROM(w7, kuviSum_32f_C1R, Source<Kuv32f>{}, RoiSize{}, Results<Kuv64f>{}, Hint{});
 KUV_CHECKS(kuviSum_32f_C1R, call(Source<Kuv32f>{}, RoiSize{}, Results<Kuv64f>{}, Hint{}), check(kuvStatusNullPtr, null<0>(), null<3>()),
-           badSizes<2>());
+           badSize<2>());
 KUV_AGREES_FROM(w7, kuviMean_32f_C1R, Source<Kuv32f>{}, RoiSize{}, Results<Kuv64f>{}, Hint{});
 KUV_CHECKS(kuviMean_32f_C1R, call(Source<Kuv32f>{}, RoiSize{}, Results<Kuv64f>{}, Hint{}), check(kuvStatusNullPtr, null<0>(), null<3>()),
-           badSizes<2>());
+           badSize<2>());
 
 #define CHECKS_OF_MEAN(function, T, channelCount)                                                                           \
     KUV_AGREES(function, Source<T>{.channels = channelCount}, RoiSize{}, Results<Kuv64f, channelCount>{});                  \
     KUV_CHECKS(function, call(Source<T>{.channels = channelCount}, RoiSize{}, Results<Kuv64f, channelCount>{}),             \
-               check(kuvStatusNullPtr, null<0>(), null<3>()), badSizes<2>())
+               check(kuvStatusNullPtr, null<0>(), null<3>()), badSize<2>())
 CHECKS_OF_MEAN(kuviMean_16s_C1R, Kuv16s, 1);
 CHECKS_OF_MEAN(kuviMean_8u_C3R, Kuv8u, 3);
 
 #define CHECKS_OF_DEVIATION(function, T, ...)                                                                               \
     KUV_AGREES(function, WholeSteps<T, 1>{}, RoiSize{}, OptionalResult<Kuv64f>{}, OptionalResult<Kuv64f>{});                \
     KUV_CHECKS(function, call(WholeSteps<T, 1>{}, RoiSize{}, OptionalResult<Kuv64f>{}, OptionalResult<Kuv64f>{}),           \
-               check(kuvStatusNullPtr, null<0>()), badSizes<2>(), badSteps() __VA_OPT__(, ) __VA_ARGS__)
+               check(kuvStatusNullPtr, null<0>()), badSize<2>(), badSteps() __VA_OPT__(, ) __VA_ARGS__)
 CHECKS_OF_DEVIATION(kuviMean_StdDev_8u_C1R, Kuv8u);
 CHECKS_OF_DEVIATION(kuviMean_StdDev_16u_C1R, Kuv16u, check(kuvStatusStepNotMultiple, set<1>(100001), set<1>(INT32_MAX)));
 CHECKS_OF_DEVIATION(kuviMean_StdDev_32f_C1R, Kuv32f,
@@ -64,7 +59,7 @@ KUV_AGREES(kuviMean_StdDev_8u_C3CR, WholeSteps<Kuv8u, 3>{}, RoiSize{}, ChannelOf
            OptionalResult<Kuv64f>{});
 KUV_CHECKS(kuviMean_StdDev_8u_C3CR,
            call(WholeSteps<Kuv8u, 3>{}, RoiSize{}, ChannelOfInterest{}, OptionalResult<Kuv64f>{}, OptionalResult<Kuv64f>{}),
-           check(kuvStatusNullPtr, null<0>()), badSizes<2>(), badSteps(),
+           check(kuvStatusNullPtr, null<0>()), badSize<2>(), badSteps(),
            check(kuvStatusBadChannelOfInterest, set<3>(0), set<3>(4), set<3>(-1), set<3>(INT32_MIN), set<3>(INT32_MAX)));
 
 // The formulae of the header, one sample after the other.

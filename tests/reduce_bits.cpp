@@ -34,9 +34,7 @@ struct Dither {
     KUV_CHECKS(function,                                                                                                          \
                call(Source<Kuv16u>{.channels = pixelSamples}, Out<Kuv8u>{.channels = pixelSamples}, RoiSize{},                    \
                     Dither{pixelSamples, true}),                                                                                  \
-               check(kuvStatusNullPtr, null<0>(), null<2>()),                                                                     \
-               check(kuvStatusBadSize, width<4>(0), width<4>(-1), width<4>(INT32_MIN), height<4>(0), height<4>(-1),               \
-                     height<4>(INT32_MIN)),                                                                                       \
+               check(kuvStatusNullPtr, null<0>(), null<2>()), badSize<4>(),                                                       \
                check(kuvStatusBadNoise, set<5>(101), set<5>(-1), set<5>(INT32_MIN), set<5>(INT32_MAX)),                           \
                check(kuvStatusBadLevels, set<7>(1), set<7>(257), set<7>(0), set<7>(-1), set<7>(INT32_MIN), set<7>(INT32_MAX)),    \
                check(kuvStatusBadDitherType, set<6>(5), set<6>(-1), set<6>(INT32_MIN), set<6>(INT32_MAX)),                        \
@@ -63,8 +61,7 @@ struct SizeOut {
 };
 KUV_AGREES(kuviReduceBitsGetBufferSize, Channels{}, RoiSize{}, NoiseAndType{}, SizeOut{});
 KUV_CHECKS(kuviReduceBitsGetBufferSize, call(Channels{}, RoiSize{}, NoiseAndType{}, SizeOut{}),
-           check(kuvStatusNullPtr, null<4>()),
-           check(kuvStatusBadSize, width<1>(0), width<1>(-1), width<1>(INT32_MIN)),
+           check(kuvStatusNullPtr, null<4>()), badWidth<1>(),
            check(kuvStatusBadChannels, set<0>(0), set<0>(2), set<0>(5), set<0>(8), set<0>(10), set<0>(-1), set<0>(INT32_MIN)),
            check(kuvStatusBadNoise, set<2>(101), set<2>(-1), set<2>(INT32_MIN), set<2>(INT32_MAX)),
            check(kuvStatusBadDitherType, set<3>(5), set<3>(-1), set<3>(INT32_MIN), set<3>(INT32_MAX)));

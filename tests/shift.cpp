@@ -48,8 +48,7 @@ struct ChannelCounts {
 #define SHIFT_OF_IMAGES(function, Value, nulls, ...)                                                                   \
     KUV_AGREES(function, Value{}, __VA_ARGS__, RoiSize{});                                                             \
     KUV_CHECKS(function, call(Value{}, __VA_ARGS__, RoiSize{}), nulls,                                                 \
-               check(kuvStatusBadStep, set<2>(0), set<2>(-1), set<2>(INT32_MIN)),                                      \
-               check(kuvStatusBadSize, width<3>(0), width<3>(-1), width<3>(INT32_MIN), height<3>(0), height<3>(-1), height<3>(INT32_MIN)))
+               check(kuvStatusBadStep, set<2>(0), set<2>(-1), set<2>(INT32_MIN)), badSize<3>())
 #define ONE_COUNT(function) SHIFT_OF_IMAGES(function, Count, check(kuvStatusNullPtr, null<1>()), InOut<Kuv16u>{.steps = StepClass::A})
 ONE_COUNT(kuviLShiftC_16u_C1IR);
 ONE_COUNT(kuviRShiftC_16u_C1IR);
@@ -65,7 +64,7 @@ THREE_COUNTS(kuviRShiftC_16u_AC4IR, 4, 1);
 #define SHIFT_OF_SIGNALS(function)                                                                                     \
     KUV_AGREES(function, SignalCount{}, InOutSignal<Kuv16u>{}, Length{});                                              \
     KUV_CHECKS(function, call(ShiftingCount{}, InOutSignal<Kuv16u>{}, Length{}), check(kuvStatusNullPtr, null<1>()),   \
-               check(kuvStatusBadSize, set<2>(0), set<2>(-1), set<2>(INT32_MIN)), check(kuvStatusBadShift, set<0>(-1), set<0>(-16), set<0>(INT32_MIN)))
+               badLength<2>(), check(kuvStatusBadShift, set<0>(-1), set<0>(-16), set<0>(INT32_MIN)))
 SHIFT_OF_SIGNALS(kuvsLShiftC_16u_I);
 SHIFT_OF_SIGNALS(kuvsRShiftC_16u_I);
 

@@ -31,36 +31,30 @@ constexpr auto badOrders(const Table& bad) {
                  set<argument>(&bad[7][0]));
 }
 
-template <int argument>
-constexpr auto badSizes() {
-    return check(kuvStatusBadSize, width<argument>(0), width<argument>(-1), width<argument>(INT32_MIN), height<argument>(0),
-                 height<argument>(-1), height<argument>(INT32_MIN));
-}
-
 #define BETWEEN_IMAGES(T, channelCount, omittedSamples)                                       \
     Source<T>{.channels = channelCount, .omitted = omittedSamples, .steps = StepClass::D},    \
         InOut<T>{.channels = channelCount, .omitted = omittedSamples, .steps = StepClass::D}, RoiSize{}, Order<3>{}
 #define STEPS_BEFORE_SIZE(function, ...)                                                      \
     KUV_AGREES(function, __VA_ARGS__);                                                        \
     KUV_CHECKS(function, call(__VA_ARGS__), check(kuvStatusNullPtr, null<0>(), null<2>()),    \
-               check(kuvStatusBadStep, set<1>(0), set<3>(0)), badSizes<4>(), check(kuvStatusNullPtr, null<5>()), badOrders<5>(badThree))
+               check(kuvStatusBadStep, set<1>(0), set<3>(0)), badSize<4>(), check(kuvStatusNullPtr, null<5>()), badOrders<5>(badThree))
 STEPS_BEFORE_SIZE(kuviSwapChannels_16u_C3R, BETWEEN_IMAGES(Kuv16u, 3, 0));
 STEPS_BEFORE_SIZE(kuviSwapChannels_8u_AC4R, BETWEEN_IMAGES(Kuv8u, 4, 1));
 STEPS_BEFORE_SIZE(kuviSwapChannels_16u_AC4R, BETWEEN_IMAGES(Kuv16u, 4, 1));
 
 KUV_AGREES(kuviSwapChannels_8u_C3R, BETWEEN_IMAGES(Kuv8u, 3, 0));
 KUV_CHECKS(kuviSwapChannels_8u_C3R, call(BETWEEN_IMAGES(Kuv8u, 3, 0)), check(kuvStatusNullPtr, null<0>(), null<2>(), null<5>()),
-           badSizes<4>(), check(kuvStatusBadStep, set<1>(0), set<3>(0)), badOrders<5>(badThree));
+           badSize<4>(), check(kuvStatusBadStep, set<1>(0), set<3>(0)), badOrders<5>(badThree));
 
 #define THREE_IN_PLACE InOut<Kuv8u>{.channels = 3, .steps = StepClass::D}, RoiSize{}, Order<3>{}
 KUV_AGREES(kuviSwapChannels_8u_C3IR, THREE_IN_PLACE);
 KUV_CHECKS(kuviSwapChannels_8u_C3IR, call(THREE_IN_PLACE), check(kuvStatusNullPtr, null<0>()), check(kuvStatusBadStep, set<1>(0)),
-           badSizes<2>(), check(kuvStatusNullPtr, null<3>()), badOrders<3>(badThree));
+           badSize<2>(), check(kuvStatusNullPtr, null<3>()), badOrders<3>(badThree));
 
 #define FOUR_IN_PLACE InOut<Kuv8u>{.channels = 4, .steps = StepClass::D}, RoiSize{}, Order<4>{}
 KUV_AGREES(kuviSwapChannels_8u_C4IR, FOUR_IN_PLACE);
 KUV_CHECKS(kuviSwapChannels_8u_C4IR, call(FOUR_IN_PLACE), check(kuvStatusNullPtr, null<0>(), null<3>()),
-           check(kuvStatusBadStep, set<1>(0)), badSizes<2>(), badOrders<3>(badFour));
+           check(kuvStatusBadStep, set<1>(0)), badSize<2>(), badOrders<3>(badFour));
 
 struct Swap {
     const char* name;

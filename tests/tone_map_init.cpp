@@ -21,8 +21,7 @@ struct SizeArguments {
 };
 KUV_CHECKS(kuviLUT_GetSize, call(SizeArguments{}),
            check(kuvStatusBadInterpolation, set<0>(0), set<0>(3), set<0>(4), set<0>(5), set<0>(7), set<0>(-1), set<0>(INT32_MIN)),
-           check(kuvStatusNullPtr, null<4>(), null<5>()),
-           check(kuvStatusBadSize, width<3>(0), width<3>(INT32_MIN), height<3>(0), height<3>(-1)),
+           check(kuvStatusNullPtr, null<4>(), null<5>()), badSize<3>(),
            check(kuvStatusBadLutLevels, set<4>(tooFew[3] + 0)),
            check(kuvStatusBadLutLevels, set<4>(tooFew[0] + 0), set<4>(tooFew[1] + 0), set<4>(tooFew[2] + 0)),
            check(kuvStatusBadDataType, set<1>(0), set<1>(2), set<1>(6), set<1>(8), set<1>(14), set<1>(-1)));
@@ -48,8 +47,7 @@ constexpr const Kuv32s* without[4][4] = {{nullptr, somePoints, somePoints, someP
                                          {somePoints, somePoints, somePoints, nullptr}};
 #define CHECKS_OF_INIT(function, T)                                                                                              \
     KUV_CHECKS(function, call(InitArguments<T>{}),                                                                               \
-               check(kuvStatusBadInterpolation, set<0>(0), set<0>(3), set<0>(4), set<0>(5), set<0>(7), set<0>(-1)),              \
-               check(kuvStatusBadSize, width<2>(0), width<2>(INT32_MIN), height<2>(0), height<2>(-1)),                           \
+               check(kuvStatusBadInterpolation, set<0>(0), set<0>(3), set<0>(4), set<0>(5), set<0>(7), set<0>(-1)), badSize<2>(), \
                check(kuvStatusNullPtr, null<3>(), null<4>(), null<5>(), null<6>()),                                              \
                check(kuvStatusBadChannels, set<1>(0), set<1>(2), set<1>(5), set<1>(8), set<1>(10), set<1>(-1)),                  \
                check(kuvStatusNullPtr, set<3>(without[0] + 0), set<3>(without[1] + 0), set<3>(without[3] + 0)),                  \

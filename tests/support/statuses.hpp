@@ -2,7 +2,7 @@
 //
 //     KUV_CHECKS(kuviAdd_32f_C1IR, call(Source<Kuv32f>{}, InOut<Kuv32f>{}, RoiSize{}),
 //                check(kuvStatusNullPtr, null<0>(), null<2>()),
-//                check(kuvStatusBadSize, width<4>(0), width<4>(-1), height<4>(0), height<4>(-1)));
+//                badSize<4>());
 //
 // call() draws valid arguments. Each check names its status and the ways to violate it, in the order of the checks; null<0>() makes
 // argument 0 null, set<3>(0) makes argument 3 zero. Tested: the call as drawn gives 0; each violation alone gives its status; a
@@ -80,10 +80,29 @@ constexpr FieldSetting<argument, KuviSize, Kuv32s> height(Kuv32s value) {
 }
 
 template <class... Settings>
-auto check(KuvStatus status, Settings... settings) {
+constexpr auto check(KuvStatus status, Settings... settings) {
     return [=]<class Tuple>(std::type_identity<Tuple>) {
         return Check<Tuple>{status, {settings.template bind<Tuple>()...}};
     };
+}
+
+// The sizes below 1, of an image or of a length.
+template <int... arguments>
+constexpr auto badWidth() {
+    return check(kuvStatusBadSize, width<arguments>(0)..., width<arguments>(-1)..., width<arguments>(INT32_MIN)...);
+}
+template <int... arguments>
+constexpr auto badHeight() {
+    return check(kuvStatusBadSize, height<arguments>(0)..., height<arguments>(-1)..., height<arguments>(INT32_MIN)...);
+}
+template <int... arguments>
+constexpr auto badSize() {
+    return check(kuvStatusBadSize, width<arguments>(0)..., width<arguments>(-1)..., width<arguments>(INT32_MIN)..., height<arguments>(0)...,
+                 height<arguments>(-1)..., height<arguments>(INT32_MIN)...);
+}
+template <int argument>
+constexpr auto badLength() {
+    return check(kuvStatusBadSize, set<argument>(0), set<argument>(-1), set<argument>(INT32_MIN));
 }
 
 template <class... Descriptors>
