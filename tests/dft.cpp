@@ -3,7 +3,6 @@
 #include <complex>
 #include <map>
 #include <memory>
-#include <thread>
 
 #include "support/fuzzing.hpp"
 #include "support/statuses.hpp"
@@ -351,28 +350,6 @@ TEST_P(DFT, WhereTheBufferMayBeNull) {
         EXPECT_EQ(kuvsDFTFwd_CToC_32f(re.data(), im.data(), re.data(), im.data(), plan.spec(), nullptr),
                   free ? kuvStatusOk : kuvStatusNullPtr)
             << length;
-    }
-}
-
-TEST_P(DFT, ThreadsShareAPlan) {
-    for (const int length : {16, 47, 60, 101, 1024, 3000, 1 << 16}) {
-        const Plan plan(length);
-        const Result wanted = resultOf(plan);
-        const Sample& sample = sampleOf(length);
-        std::vector<Result> results(4, wanted);
-        std::vector<std::thread> threads;
-        for (Result& each : results) {
-            threads.emplace_back([&] {
-                std::vector<Kuv8u> work(static_cast<std::size_t>(plan.workBytes()));
-                for (int i = 0; i < 10; ++i) {
-                    std::fill(each.re.begin(), each.re.end(), 7.0f);
-                    kuvsDFTFwd_CToC_32f(sample.re.data(), sample.im.data(), each.re.data(), each.im.data(), plan.spec(),
-                                        work.data());
-                }
-            });
-        }
-        for (std::thread& each : threads) each.join();
-        for (const Result& each : results) EXPECT_TRUE(each == wanted) << length;
     }
 }
 

@@ -1,7 +1,6 @@
 // Filters: their sums, to the last bit of each variant, and the memory that they keep to.
 #include <cmath>
 #include <limits>
-#include <thread>
 
 #include "support/agreement.hpp"
 #include "support/distant.hpp"
@@ -299,33 +298,6 @@ TEST_P(FilterBorder, RowsFurtherApartThan32BitsTell) {
                 ASSERT_EQ(load<Kuv32f>(to.memory() + std::ptrdiff_t{y} * dstStep, x),
                           filteredPixel(GetParam(), kernel, width, [&](int a, int b) { return continued(x - 1 + a, y - 3 + b); }));
             }
-        }
-    }
-}
-
-TEST_P(FilterBorder, TwoThreadsShareAKernel) {
-    const KuviSize size = {64, 40};
-    const FilterKernel kernel = anyKernel(random_, {5, 5}, true);
-    const KeptKernel kept(kernel, size);
-    std::vector<Kuv32f> src(64 * 40);
-    for (Kuv32f& each : src) each = wholeNumber(random_, 1000);
-    std::vector<Kuv32f> results[2];
-    const auto work = [&](std::vector<Kuv32f>& dst) {
-        std::vector<Kuv8u> buffer(static_cast<std::size_t>(kept.bufferBytes));
-        for (int i = 0; i < rounds(200); ++i) {
-            dst.assign(src.size(), 0);
-            kuviFilterBorder_32f_C1R(src.data(), 256, dst.data(), 256, size, kuvBorderReflect, nullptr, kept.spec(), buffer.data());
-        }
-    };
-    std::thread other([&] { work(results[1]); });
-    work(results[0]);
-    other.join();
-    const ContinuedImage continued(kernel, size, kuvBorderReflect, 0, [&](int x, int y) { return src[static_cast<std::size_t>(64 * y + x)]; });
-    for (int y = 0; y < 40; ++y) {
-        for (int x = 0; x < 64; ++x) {
-            const Kuv32f wanted = filteredPixel(GetParam(), kernel, 64, [&](int a, int b) { return continued(x - 2 + a, y - 2 + b); });
-            ASSERT_EQ(results[0][static_cast<std::size_t>(64 * y + x)], wanted);
-            ASSERT_EQ(results[1][static_cast<std::size_t>(64 * y + x)], wanted);
         }
     }
 }

@@ -1,7 +1,6 @@
 // Histograms of images.
 #include <limits>
 #include <memory>
-#include <thread>
 
 #include "support/aliased.hpp"
 #include "support/distant.hpp"
@@ -531,33 +530,6 @@ TEST_P(Histogram, PlansOfOtherTypes) {
                 EXPECT_EQ(watched([&] { return form.call(src.row(), src.step(), size, results, plan.get(), buffer.row()); }), kuvStatusOk);
             }
         }
-    }
-}
-
-TEST_P(Histogram, ThreadsShareAPlan) {
-    for (const Form& form : forms) {
-        const PlanSource source = drawPlan(random_, form, form.channels);
-        const BinPlan plan(source);
-        const KuviSize size = {150, 40};
-        const auto work = [&](const Image& src, Counts& counts) {
-            std::vector<Kuv8u> buffer(static_cast<std::size_t>(form.bufferBytes()));
-            Kuv32u* results[4];
-            for (int c = 0; c < form.channels; ++c) results[c] = counts[static_cast<std::size_t>(c)].data();
-            for (int i = 0; i < 50; ++i) form.call(src.row(), src.step(), size, results, plan.get(), buffer.data());
-        };
-        const Image first("first", geometry(form, size, 0), 1), second("second", geometry(form, size, 0), 2);
-        fillAny(form, first, size);
-        fillAny(form, second, size);
-        Counts counts[2];
-        for (Counts& each : counts) {
-            for (int c = 0; c < form.channels; ++c) each.emplace_back(source.bins(c), 0u);
-        }
-        std::thread other([&] { work(second, counts[1]); });
-        work(first, counts[0]);
-        other.join();
-        const HistogramReference reference(source, form.channels, size, first.step(), hasRowRule());
-        EXPECT_EQ(counts[0], reference.count(first.row())) << form.name;
-        EXPECT_EQ(counts[1], reference.count(second.row())) << form.name;
     }
 }
 

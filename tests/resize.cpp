@@ -1,6 +1,5 @@
 // Tiles of resized images: statuses, results and agreement.
 #include <cfenv>
-#include <thread>
 #include <utility>
 
 #include "resize_tiles.hpp"
@@ -244,35 +243,6 @@ TEST_P(Resize, RoundingModes) {
             std::fesetround(mode);
             expectTile(plan, anyScene(), {{0, 0}, dst});
             std::fesetround(FE_TONEAREST);
-        }
-    }
-}
-
-TEST_P(Resize, ThreadsShareAPlan) {
-    const KuviSize srcSize = {120, 80}, dstSize = {200, 133};
-    const PlanBlock plan(srcSize, dstSize);
-    const Scene scene;
-    const Image src("src", pixelRows(srcSize.width, srcSize.height), 1);
-    paint(src, scene);
-    const ResizeReference reference(plan, scene, {{0, 0}, dstSize}, arithmeticOf(GetParam()));
-    const Image dst("dst", pixelRows(dstSize.width, dstSize.height), 4);
-    std::vector<std::thread> threads;
-    constexpr int bands = 4;
-    for (int t = 0; t < bands; ++t) {
-        threads.emplace_back([&, t] {
-            const int first = dstSize.height * t / bands, end = dstSize.height * (t + 1) / bands;
-            std::vector<Kuv8u> buffer(static_cast<std::size_t>(plan.bufferBytes({dstSize.width, end - first})));
-            for (int i = 0; i < 20; ++i) {
-                EXPECT_EQ(kuviResizeLinear_16s_C3R(src.row<Kuv16s>(first * srcSize.height / dstSize.height), src.step(), dst.row<Kuv16s>(first),
-                                                   dst.step(), {0, first}, {dstSize.width, end - first}, 1, nullptr, plan.get(), buffer.data()),
-                          kuvStatusOk);
-            }
-        });
-    }
-    for (std::thread& each : threads) each.join();
-    for (int y = 0; y < dstSize.height; ++y) {
-        for (int x = 0; x < dstSize.width; ++x) {
-            for (int c = 0; c < 3; ++c) ASSERT_EQ(load<Kuv16s>(dst.row(y), 3 * x + c), reference.sample(x, y, c)) << x << ", " << y;
         }
     }
 }

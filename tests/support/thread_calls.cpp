@@ -352,6 +352,9 @@ const std::vector<ThreadCall> threadCalls = {
     KUV_CALL(kuviResizeLinearInit_16s, size, resizedSize, own.bytes),
     KUV_CALL(kuviResizeLinear_16s_C3R, shared.bytes, step, own.bytes, step, {0, 0}, resizedSize, kuvBorderClamp, nullptr, shared.resize,
              own.buffer),
+    // A tile of it.
+    KUV_CALL(kuviResizeLinear_16s_C3R, shared.bytes + (step + 6 * 4), step, own.bytes, step, {3, 2}, {40, 4}, kuvBorderClamp, nullptr,
+             shared.resize, own.buffer),
 
     KUV_CALL(kuviLabelMarkersGetBufferSize_16u_C1R, size, own.bytes),
     KUV_CALL(kuviLabelMarkers_16u_C1IR, own.bytes, step, size, 1, 60000, kuvLabelNeighbours4, own.reals, own.buffer),
