@@ -155,7 +155,7 @@ TEST_P(DemosaicMemory, RowsFurtherApartThan32BitsTell) {
             GTEST_SKIP() << "the system gives no such address range";
         }
         Bytes wanted(static_cast<std::size_t>(rowBytes * size.height)), got(wanted.size());
-        mosaic.reference->write(mosaic.whole(), GetParam().index > 0, [&](int r) { return wanted.data() + r * rowBytes; });
+        mosaic.reference->write(mosaic.whole(), !GetParam().isPx(), [&](int r) { return wanted.data() + r * rowBytes; });
         for (const bool upward : {false, true}) {
             const std::ptrdiff_t sign = upward ? -1 : 1, start = upward ? step * (size.height - 1) : 0;
             for (int r = 0; r < size.height; ++r) {

@@ -182,7 +182,7 @@ TEST_P(DemosaicRegions, BandsOfRowsMakeThePicture) {
             for (const Pattern pattern : {Pattern::sparseImpulses, Pattern::random}) {
                 const Mosaic<T> mosaic({61, 64}, layout, pattern, 8);
                 const std::vector<T> whole = produce(mosaic, {}, false);
-                const bool px = GetParam().index == 0;
+                const bool px = GetParam().isPx();
                 // Blocks begin on rows that hold red.
                 const int blockRow = layout == kuvCfaBGGR || layout == kuvCfaGBRG ? 1 : 0;
                 for (int cut = 1; cut < 64; ++cut) {

@@ -200,8 +200,6 @@ protected:
         const Plan plan(length, flag, at);
         expectClose(length, resultOf(plan, inPlace, {at.guard, 4 * at.gap}), scaleOf(flag, length));
     }
-
-    bool px() const { return GetParam().index == 0; }
 };
 
 KUV_FOR_EACH_VARIANT(DFT);
@@ -242,7 +240,7 @@ TEST_P(DFT, EveryPowerOfTwo) {
 
 // Splits within splits. The transform of some impulses is known.
 TEST_P(DFT, SplitTwice) {
-    const int order = px() ? 23 : std::string(GetParam().code) == "w7" ? 24 : 0;
+    const int order = GetParam().isPx() ? 23 : GetParam().isW7() ? 24 : 0;
     if (order == 0 || sanitized) GTEST_SKIP();
     const int length = 1 << order;
     const Plan plan(length);
@@ -344,7 +342,7 @@ TEST_P(DFT, WhereTheBufferMayBeNull) {
     for (int length = 1; length <= 2048; length += length < 70 ? 1 : length) {
         const Plan plan(length);
         const int order = (length & (length - 1)) == 0 ? std::countr_zero(static_cast<unsigned>(length)) : 99;
-        const bool free = length < 17 || order <= (px() ? 10 : GetParam().features & 0x100 ? 6 : 5);
+        const bool free = length < 17 || order <= (GetParam().isPx() ? 10 : GetParam().hasAVX() ? 6 : 5);
         EXPECT_EQ(plan.workBytes() == 0, free) << length;
         std::vector<Kuv32f> re(static_cast<std::size_t>(length)), im(re.size());
         EXPECT_EQ(kuvsDFTFwd_CToC_32f(re.data(), im.data(), re.data(), im.data(), plan.spec(), nullptr),

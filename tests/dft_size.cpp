@@ -30,14 +30,14 @@ struct SplitTables {
     Table row, column;
     int rowBound, smallBound;
 };
-const SplitTables& tablesOf(const std::string& code) {
+const SplitTables& tablesOf(const Variant& variant) {
     static const std::map<std::string, SplitTables> tables = {
         {"w7", {{{16, 4}, {19, 6}, {22, 8}}, {{16, 9}, {17, 10}, {19, 13}, {22, 14}}, 16, 17}},
         {"s8", {{{18, 4}, {20, 6}, {21, 8}}, {{18, 10}, {20, 12}, {21, 14}}, 18, 19}},
         {"p8", {{{18, 4}, {21, 8}}, {{18, 10}, {21, 14}}, 18, 19}},
         {"g9", {{{19, 4}, {23, 8}}, {{19, 10}, {23, 14}}, 19, 19}},
         {"h9", {{{19, 4}, {23, 8}}, {{19, 10}, {23, 14}}, 19, 19}}};
-    return tables.at(code);
+    return tables.at(variant.code);
 }
 
 Sizes levelOfVectors(const SplitTables& tables, int order) {
@@ -60,17 +60,17 @@ Sizes levelOfPx(int order) {
     return sizes;
 }
 
-Sizes fftSizes(const std::string& code, int order) {
-    const bool px = code == "px", avx = code == "g9" || code == "h9";
+Sizes fftSizes(const Variant& variant, int order) {
+    const bool px = variant.isPx(), avx = variant.hasAVX();
     const long long n = 1ll << order;
     if (order <= (avx ? 6 : 5)) return {0, 152, 0, 0};
-    const int leaf = px ? 10 : code == "w7" ? 15 : avx ? 18 : 17;
+    const int leaf = px ? 10 : variant.isW7() ? 15 : avx ? 18 : 17;
     if (order <= leaf) {
         if (px) return {0, A(n) + B(n) + 192, 0, 0};
         return {0, A(n) + B(n) + 192, order > 10 ? B(n) + 64 : 0, up(8 * n) + 64};
     }
-    Sizes sizes = px ? levelOfPx(order) : levelOfVectors(tablesOf(code), order);
-    if (px || order < tablesOf(code).smallBound) {
+    Sizes sizes = px ? levelOfPx(order) : levelOfVectors(tablesOf(variant), order);
+    if (px || order < tablesOf(variant).smallBound) {
         sizes.spec += B(n);
     } else {
         sizes.spec += n / 1024 + 4160;
@@ -89,8 +89,8 @@ struct Radices {
     int remainder = 0;
 };
 
-Radices radicesOf(const std::string& code, int n) {
-    const bool px = code == "px";
+Radices radicesOf(const Variant& variant, int n) {
+    const bool px = variant.isPx();
     Radices result;
     std::vector<int>& r = result.stages;
     int v = n;
@@ -137,8 +137,8 @@ struct Walk {
     int mark = 0, digits = 1;
     std::vector<int> groupCounts;
 };
-Walk walk(const std::string& code, int n, const Radices& radices) {
-    const int least = code == "px" ? 6 : 14;
+Walk walk(const Variant& variant, int n, const Radices& radices) {
+    const int least = variant.isPx() ? 6 : 14;
     Walk walk;
     int made = 1, m = n;
     const auto radixTable = [&](int f) {
@@ -171,8 +171,8 @@ long long convolutionLength(long long n) {
     return m;
 }
 
-Sizes sizesOf(const std::string& code, int n) {
-    const bool px = code == "px";
+Sizes sizesOf(const Variant& variant, int n) {
+    const bool px = variant.isPx();
     Sizes sizes = {0, 576, 0, 0};
     const auto padded = [&](KuvStatus status) {
         sizes.status = status;
@@ -186,7 +186,7 @@ Sizes sizesOf(const std::string& code, int n) {
         int order = 0;
         while (1ll << order < n) ++order;
         if (order >= (px ? 27 : 28)) return padded(kuvStatusBadOrder);
-        const Sizes fft = fftSizes(code, order);
+        const Sizes fft = fftSizes(variant, order);
         sizes.spec += up(fft.spec);
         sizes.init += up(fft.init);
         sizes.work += up(fft.work);
@@ -194,9 +194,9 @@ Sizes sizesOf(const std::string& code, int n) {
     }
     if (n > 0x7ffffff) return padded(kuvStatusBadSize);
     sizes.init += up(8ll * n);
-    const Radices radices = radicesOf(code, n);
+    const Radices radices = radicesOf(variant, n);
     if (radices.found) {
-        const Walk walked = walk(code, n, radices);
+        const Walk walked = walk(variant, n, radices);
         sizes.spec += up(walked.tables);
         sizes.work += up((n + walked.mark) * 8ll + 128);
     } else if (n <= (px ? 75 : 50)) {
@@ -204,7 +204,7 @@ Sizes sizesOf(const std::string& code, int n) {
         sizes.work += up(8 * n);
     } else if (n <= 0x3ffffff) {
         const long long m = convolutionLength(n);
-        const Sizes nested = sizesOf(code, static_cast<int>(m));
+        const Sizes nested = sizesOf(variant, static_cast<int>(m));
         const long long x = up(nested.work) + 8 * m + 64;
         sizes.spec += up(up(8ll * n) + up(8 * m) + up(nested.spec));
         sizes.init += up(up(2ll * n) + up(nested.init) + up(x));
@@ -224,11 +224,10 @@ Sizes queried(Kuv32s length, Kuv32s flag = kuvDftScaleNone, Kuv32s hint = 0) {
 class DFTSize : public VariantTest {
 protected:
     void expectSizes(int length) {
-        Sizes wanted = sizesOf(GetParam().code, length);
+        Sizes wanted = sizesOf(GetParam(), length);
         wanted.spec = static_cast<Kuv32s>(wanted.spec);  // the longest chirps take more than 32 bits tell
         EXPECT_EQ(queried(length), wanted) << GetParam() << ", length " << length;
     }
-    bool px() const { return GetParam().index == 0; }
 
     Random random_{1};
 };
@@ -261,8 +260,8 @@ TEST_P(DFTSize, SomeSizesAsNumbers) {
     EXPECT_EQ(queried(17), (Sizes{0, 640 + 192, 192 + 64, 192 + 64}));
     EXPECT_EQ(queried(32), (Sizes{0, 640 + 192, 0, 0}));
     EXPECT_EQ(queried(1024),
-              px() ? (Sizes{0, 640 + 8256 + 1088 + 192, 0, 0}) : (Sizes{0, 640 + 8256 + 1088 + 192, 0, 8192 + 128}));
-    EXPECT_EQ(queried(1 << 27).status, px() ? kuvStatusBadOrder : kuvStatusOk);
+              GetParam().isPx() ? (Sizes{0, 640 + 8256 + 1088 + 192, 0, 0}) : (Sizes{0, 640 + 8256 + 1088 + 192, 0, 8192 + 128}));
+    EXPECT_EQ(queried(1 << 27).status, GetParam().isPx() ? kuvStatusBadOrder : kuvStatusOk);
     EXPECT_EQ(queried(1 << 29), (Sizes{kuvStatusBadOrder, 640, 0, 0}));
     EXPECT_EQ(queried(0x4000001).status, kuvStatusBadSize);
     EXPECT_EQ(queried(0x8000001), (Sizes{kuvStatusBadSize, 640, 0, 0}));
@@ -322,7 +321,7 @@ class DFTInit : public VariantTest {
 protected:
     // The words of a plan on a 64-byte boundary.
     std::vector<Kuv32s> planOf(Kuv32s length, Kuv32s flag = kuvDftScaleNone, Kuv32s hint = 0, KuvStatus wanted = kuvStatusOk) {
-        const Sizes sizes = sizesOf(GetParam().code, length);
+        const Sizes sizes = sizesOf(GetParam(), length);
         std::vector<unsigned char> spec(static_cast<std::size_t>(sizes.spec) + 64, 0x77),
             init(static_cast<std::size_t>(sizes.init) + 64, 0x99);
         Kuv8u* const block = spec.data() + (0 - reinterpret_cast<std::uintptr_t>(spec.data())) % 64;
@@ -332,7 +331,6 @@ protected:
         return words;
     }
     static Kuv32f scaleOf(const std::vector<Kuv32s>& words) { return load<Kuv32f>(words.data(), Word::scaleValue); }
-    bool px() const { return GetParam().index == 0; }
 };
 
 KUV_FOR_EACH_VARIANT(DFTInit);
@@ -347,7 +345,7 @@ TEST_P(DFTInit, ScalesByTheFlag) {
             EXPECT_EQ(words[Word::scaleForward], flag == 1 || flag == 4);
             EXPECT_EQ(words[Word::scaleInverse], flag == 2 || flag == 4);
             EXPECT_EQ(words[Word::altLayout], 0);
-            const Kuv32f whole = px() ? static_cast<Kuv32f>(1.0 / length) : 1.0f / static_cast<Kuv32f>(length);
+            const Kuv32f whole = GetParam().isPx() ? static_cast<Kuv32f>(1.0 / length) : 1.0f / static_cast<Kuv32f>(length);
             EXPECT_EQ(scaleOf(words), flag == 8 ? 0 : flag == 4 ? static_cast<Kuv32f>(1 / std::sqrt(double(length))) : whole);
         }
     }
@@ -356,14 +354,14 @@ TEST_P(DFTInit, ScalesByTheFlag) {
 TEST_P(DFTInit, MixedRadixStages) {
     for (const int length :
          {18, 24, 45, 48, 60, 77, 96, 121, 221, 289, 404, 1000, 1920, 3000, 5329, 9000, 44100, 46656, 2 * 81 * 25, 59049}) {
-        const Radices radices = radicesOf(GetParam().code, length);
+        const Radices radices = radicesOf(GetParam(), length);
         const std::vector<Kuv32s> words = planOf(length);
         if (!radices.found) {
             EXPECT_EQ(words[Word::usesMixedRadix], 0);
             continue;
         }
         SCOPED_TRACE(length);
-        const Walk walked = walk(GetParam().code, length, radices);
+        const Walk walked = walk(GetParam(), length, radices);
         EXPECT_EQ(words[Word::usesMixedRadix], 1);
         EXPECT_EQ(words[Word::lastStage], static_cast<int>(radices.stages.size()) - 1);
         EXPECT_EQ(words[Word::workBytes], (length + walked.mark) * 8 + 128);
@@ -376,7 +374,7 @@ TEST_P(DFTInit, MixedRadixStages) {
             EXPECT_EQ(stage[1], remaining);
             EXPECT_EQ(stage[2], stride);
             EXPECT_EQ(stage[3], walked.groupCounts[k]);
-            EXPECT_EQ(stage[4] != 0, stage[0] % 2 != 0 && stage[0] > (px() ? 5 : 13));
+            EXPECT_EQ(stage[4] != 0, stage[0] % 2 != 0 && stage[0] > (GetParam().isPx() ? 5 : 13));
             EXPECT_GT(stage[5], 572);
             EXPECT_EQ(stage[5] % 64, 0);
             stride *= radices.stages[k];
@@ -391,11 +389,11 @@ TEST_P(DFTInit, WhichPath) {
     EXPECT_EQ(planOf(17)[Word::directTwiddles], 576);
     EXPECT_EQ(planOf(17)[Word::workBytes], 8 * 17 + 64);
     // Four times a prime is a mixed radix to 150, but not in px, where it takes a chirp.
-    EXPECT_EQ(planOf(404)[Word::usesMixedRadix], !px());
-    EXPECT_EQ(planOf(404)[Word::chirpLength], px() ? 1024 : 0);
+    EXPECT_EQ(planOf(404)[Word::usesMixedRadix], !GetParam().isPx());
+    EXPECT_EQ(planOf(404)[Word::chirpLength], GetParam().isPx() ? 1024 : 0);
     EXPECT_EQ(planOf(1009)[Word::chirpLength], 2048);
     EXPECT_EQ(planOf(5003)[Word::chirpLength], 16384);
-    EXPECT_EQ(planOf(61)[Word::chirpLength], px() ? 0 : 128);
+    EXPECT_EQ(planOf(61)[Word::chirpLength], GetParam().isPx() ? 0 : 128);
 }
 
 TEST_P(DFTInit, ABadFlagLeavesTheIdentity) {
@@ -410,7 +408,7 @@ TEST_P(DFTInit, ABadFlagLeavesTheIdentity) {
 TEST_P(DFTInit, TooLong) {
     planOf(1 << 28, kuvDftScaleNone, 0, kuvStatusBadOrder);
     planOf(1 << 30, kuvDftScaleNone, 0, kuvStatusBadOrder);
-    if (px()) planOf(1 << 27, kuvDftScaleNone, 0, kuvStatusBadOrder);
+    if (GetParam().isPx()) planOf(1 << 27, kuvDftScaleNone, 0, kuvStatusBadOrder);
     std::vector<unsigned char> spec(1024), init(64);
     EXPECT_EQ(kuvsDFTInit_C_32f(0x4000001, 8, 0, spec.data(), init.data()), kuvStatusBadSize);
     EXPECT_EQ(kuvsDFTInit_C_32f(0x8000001, 8, 0, spec.data(), nullptr), kuvStatusBadSize);

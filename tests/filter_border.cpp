@@ -164,7 +164,7 @@ TEST_P(FilterBorder, ANaNReachesWhatCoversIt) {
 
 // By n * u / (1 - n * u) times the sum of absolute values; in px by half an ulp of the result and far less.
 TEST_P(FilterBorder, ErrorsWithinTheBound) {
-    const double u = std::ldexp(1, GetParam().index == 0 ? -53 : -24);
+    const double u = std::ldexp(1, GetParam().isPx() ? -53 : -24);
     for (int i = 0; i < rounds(100) && !HasFailure(); ++i) {
         const FilterKernel kernel = anyKernel(random_, {between(random_, 1, 30), between(random_, 1, 30)});
         const KuviSize size = {between(random_, 1, 50), between(random_, 1, 10)};
@@ -189,7 +189,7 @@ TEST_P(FilterBorder, ErrorsWithinTheBound) {
                 }
                 const Kuv32f got = dst[static_cast<std::size_t>(size.width * y + x)];
                 const double bound = n * u / (1 - n * u) * static_cast<double>(absolute) +
-                                     (GetParam().index == 0 ? std::ldexp(std::abs(static_cast<double>(got)), -24) : 0) + 1e-18 * static_cast<double>(absolute);
+                                     (GetParam().isPx() ? std::ldexp(std::abs(static_cast<double>(got)), -24) : 0) + 1e-18 * static_cast<double>(absolute);
                 ASSERT_LE(std::abs(static_cast<double>(static_cast<long double>(got) - exact)), bound)
                     << GetParam() << ", kernel " << kernel.size.width << " x " << kernel.size.height << ", pixel " << x << ", " << y;
             }

@@ -51,14 +51,14 @@ struct Sizes {
     Wide spec, buffer;
 };
 
-Sizes sizesOf(const std::string& variant, KuviSize kernel, KuviSize region, Kuv32s dataType, Kuv32s kernelType, Kuv32s channels) {
+Sizes sizesOf(const Variant& variant, KuviSize kernel, KuviSize region, Kuv32s dataType, Kuv32s kernelType, Kuv32s channels) {
     const Wide kw = kernel.width, kh = kernel.height, rw = region.width, rh = region.height;
     bool integer = kernelType == kuvDataType16s;
     if (dataType == kuvDataType16u) integer = false;
     if (dataType == kuvDataType16s && !((channels == 1 || channels == 2) && kw > 1 && kh > 1 && (channels != 1 || kw >= 3))) integer = false;
     Sizes sizes;
     sizes.spec = roundedTo64(kw * kh * (integer ? 2 : 4)) + roundedTo64((kw + 1) / 2 * 32 * kh) + 191;
-    const bool between = variant == "w7" || variant == "s8" || variant == "p8";
+    const bool between = !variant.isPx() && !variant.hasAVX();
     if (between && !integer && channels != 2) sizes.spec += roundedTo64(16 * kw * kh);
 
     Wide elements;
@@ -71,7 +71,7 @@ Sizes sizesOf(const std::string& variant, KuviSize kernel, KuviSize region, Kuv3
     }
     const int bytes = dataType == kuvDataType8u ? 1 : dataType == kuvDataType32f ? 4 : 2;
     sizes.buffer = (elements * channels * bytes + 31) / 32 * 32 + 32 + 63;
-    if (dataType == kuvDataType32f && variant != "px") {
+    if (dataType == kuvDataType32f && !variant.isPx()) {
         if (channels == 1) sizes.buffer += (32 * kw * kh + 191) / 64 * 64;
         if (channels >= 3) sizes.buffer += (16 * kw * kh + 191) / 64 * 64;
     }
@@ -81,7 +81,7 @@ Sizes sizesOf(const std::string& variant, KuviSize kernel, KuviSize region, Kuv3
 class FilterBorderSize : public VariantTest {
 protected:
     void expectSizes(KuviSize kernel, KuviSize region, Kuv32s dataType, Kuv32s kernelType, Kuv32s channels) {
-        const Sizes wanted = sizesOf(GetParam().code, kernel, region, dataType, kernelType, channels);
+        const Sizes wanted = sizesOf(GetParam(), kernel, region, dataType, kernelType, channels);
         const bool fits = wanted.spec <= INT32_MAX && wanted.buffer <= INT32_MAX;
         Kuv32s spec = 77, buffer = 78;
         SCOPED_TRACE(testing::Message() << GetParam() << ", kernel " << kernel.width << " x " << kernel.height << ", region " << region.width
@@ -138,12 +138,11 @@ TEST_P(FilterBorderSize, PastWhat32BitsHold) {
         expectSizes({extent(), extent()}, {extent(), extent()});
     }
     // The buffer would fit, the kernel's block would not.
-    if (std::string(GetParam().code) == "px") expectSizes({11000, 11000}, {1, 1}, kuvDataType32f, kuvDataType32f, 1);
+    if (GetParam().isPx()) expectSizes({11000, 11000}, {1, 1}, kuvDataType32f, kuvDataType32f, 1);
 }
 
 TEST_P(FilterBorderSize, SomeSizesAsNumbers) {
-    const std::string code = GetParam().code;
-    const bool between = code == "w7" || code == "s8" || code == "p8", scalar = code == "px";
+    const bool scalar = GetParam().isPx(), between = !scalar && !GetParam().hasAVX();
     Kuv32s spec = 0, buffer = 0;
     const auto ask = [&](KuviSize kernel, KuviSize region, Kuv32s dataType, Kuv32s kernelType) {
         EXPECT_EQ(kuviFilterBorderGetSize(kernel, region, dataType, kernelType, 1, &spec, &buffer), kuvStatusOk);

@@ -65,7 +65,7 @@ struct Arguments {
     KuviSize size;
 };
 
-bool isPx() { return kuv::variantIndex == 0; }
+bool isPx() { return variants[kuv::variantIndex].isPx(); }
 
 Bits divided(const Operands& of, KuvStatus& status) {
     if ((of.src1 & ~sign) != 0) return quotient(of.dst, of.src1);

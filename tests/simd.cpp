@@ -516,7 +516,7 @@ TEST_P(Simd, EveryOperationIsListed) {
         }
         for (const auto& [name, reference] : references()) {
             const auto begins = [&name = name](const char* with) { return name.rfind(with, 0) == 0; };
-            const bool real = name.find("32f") != std::string::npos || name.find("64f") != std::string::npos, fuses = GetParam().code == std::string("h9");
+            const bool real = name.find("32f") != std::string::npos || name.find("64f") != std::string::npos, fuses = GetParam().isH9();
             if (begins("single") || begins(fuses ? "unfused" : "fused")) continue;
             const char* const first = bytes == 32 ? (real ? "g9" : "h9") : begins("shuffleBytes") ? "s8" : "px";
             if (GetParam().index >= variantOf(first).index) wanted.insert(name);

@@ -38,7 +38,7 @@ bool isQuick(const Variant& variant) { return variant.index >= 2; }
 // How many pixels of a row are done in blocks of the quick arithmetic.
 int pixelsInBlocks(const Variant& variant, int width) {
     if (!isQuick(variant)) return 0;
-    const int block = variant.index == 5 ? 32 : 16;
+    const int block = variant.isH9() ? 32 : 16;
     return width / block * block + (width & (block / 2));
 }
 
@@ -228,7 +228,7 @@ TEST_P(ToRGB, AllColoursInBlocks) { expectAllColours(0, 256); }
 
 // What is left behind the blocks, and rows too short for any.
 TEST_P(ToRGB, AllColoursBehindBlocks) {
-    expectAllColours(GetParam().index == 5 ? 32 : 16, 6);
+    expectAllColours(GetParam().isH9() ? 32 : 16, 6);
 }
 TEST_P(ToRGB, AllColoursInShortRows) { expectAllColours(0, 6); }
 
@@ -251,7 +251,7 @@ TEST_P(ToRGB, BothArithmeticsAreSeen) {
     for (int i = 0; i < 15; ++i) src.insert(src.end(), pair.begin(), pair.end());
     const std::vector<Kuv8u> dst = video(src);
     // Of 30 pixels, from which on they are exact.
-    const std::ptrdiff_t quick = isQuick(GetParam()) ? GetParam().index == 5 ? 16 : 24 : 0;
+    const std::ptrdiff_t quick = isQuick(GetParam()) ? GetParam().isH9() ? 16 : 24 : 0;
     for (std::ptrdiff_t i = 0; i < 30; ++i) {
         const Pixel pixel = i < quick ? quickly(73, 200, 135) : exactly(73, 200, 135);
         EXPECT_TRUE(std::equal(pixel.begin(), pixel.end(), dst.begin() + 3 * i)) << i;

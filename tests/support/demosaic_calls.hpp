@@ -155,7 +155,7 @@ void expectDemosaic(const Variant& variant, const Mosaic<T>& mosaic, KuviRect ro
     const Image dst("dst", {rowBytes, empty ? 0 : region.height, dstStep, options.guard, options.dstGap, sizeof(T)}, seed);
     const Image tmp("tmp", {lineBytes, empty ? 0 : 30, linePitch, options.guard, options.tmpGap, sizeof(T)}, seed + 1);
     Bytes wanted = dst.bytes();
-    mosaic.reference->write(roi, variant.index > 0, [&](int r) { return dst.row(wanted, r); });
+    mosaic.reference->write(roi, !variant.isPx(), [&](int r) { return dst.row(wanted, r); });
     const Bytes tmpBefore = tmp.bytes();
 
     SCOPED_TRACE(testing::Message() << variant << ", " << 8 * sizeof(T) << " bits, image " << mosaic.name << ", region " << roi.x << " "

@@ -58,8 +58,7 @@ private:
 template <class Covered>
 Kuv32f filteredPixel(const Variant& variant, const FilterKernel& kernel, int regionWidth, Covered covered) {
     const int kw = kernel.size.width, kh = kernel.size.height;
-    const std::string code = variant.code;
-    if (code == "px") {
+    if (variant.isPx()) {
         double sum = 0;
         for (int j = 0; j < kh; ++j) {
             for (int i = 0; i < kw; ++i) {
@@ -69,7 +68,7 @@ Kuv32f filteredPixel(const Variant& variant, const FilterKernel& kernel, int reg
         }
         return static_cast<Kuv32f>(sum);
     }
-    const bool wide = code == "g9" || code == "h9", fused = code == "h9";
+    const bool wide = variant.hasAVX(), fused = variant.isH9();
     // Adds to a sum that may be of nothing yet.
     struct Sum {
         bool empty = true;
@@ -85,7 +84,7 @@ Kuv32f filteredPixel(const Variant& variant, const FilterKernel& kernel, int reg
         }
     };
     Sum total;
-    if (!wide && (code == "w7" || regionWidth <= kw + 8)) {
+    if (!wide && (variant.isW7() || regionWidth <= kw + 8)) {
         for (int j = 0; j < kh; ++j) {
             Sum even, odd;
             for (int i = 0; i < kw; ++i) (i % 2 == 0 ? even : odd).addProduct(kernel.at(i, j), covered(i, j), false);

@@ -125,7 +125,7 @@ enum class ResizeArithmetic { doubles, singles, fused };
 
 inline ResizeArithmetic arithmeticOf(const Variant& variant) {
     using enum ResizeArithmetic;
-    return variant.index == 0 ? doubles : variant.index == 5 ? fused : singles;
+    return variant.isPx() ? doubles : variant.isH9() ? fused : singles;
 }
 
 // A tile in the order of the destination's rows, and which source pixels it takes.

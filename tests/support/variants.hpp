@@ -19,8 +19,14 @@ struct Variant {
     KuvCpuFeatures features;
 
     // What kuvSetCpuFeatures() must be given to select it with status 0, and what the processor must offer to run it.
-    KuvCpuFeatures mask() const { return features | (features & 0x8100 ? KUV_CPU_OS_AVX : 0); }
+    KuvCpuFeatures mask() const { return features | ((features & (KUV_CPU_AVX | KUV_CPU_AVX2)) != 0 ? KUV_CPU_OS_AVX : 0); }
     bool canRun() const;
+
+    // For arithmetic that is another one in these.
+    bool isPx() const { return index == 0; }
+    bool isW7() const { return index == 1; }
+    bool isH9() const { return index == 5; }
+    bool hasAVX() const { return (features & KUV_CPU_AVX) != 0; }
 };
 
 inline constexpr Variant variants[] = {
