@@ -9,6 +9,7 @@
 #include <tuple>
 #include <vector>
 
+#include "support/arguments.hpp"
 #include "support/calls.hpp"
 #include "support/distant.hpp"
 #include "support/images.hpp"
@@ -81,7 +82,6 @@ Bits root(const Operands& of, KuvStatus& status) {
     return rounded(of.dst, one, [](double x, double) { return std::sqrt(x); });
 }
 
-enum class StepClass { A, B, C };
 
 struct Function {
     const char* name;

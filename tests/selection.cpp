@@ -130,11 +130,11 @@ TEST_F(Selection, ThroughTheExports) {
 TEST_F(Selection, MissingFeatureIsReportedAndStillSelects) {
     detected(0x3);
     expect(0xDF, kuvStatusFeatureMissing, 3, 0xDF);
-    expect(0x80, kuvStatusFeatureMissing, 3, 0xDF);  // 49 goes before 51
+    expect(0x80, kuvStatusFeatureMissing, 3, 0xDF);  // a missing feature goes before an incomplete mask
     detected(0xDF & ~1u);
     expect(0xDF, kuvStatusFeatureMissing, 3, 0xDF);
     detected(0);
-    expect(KUV_CPU_AES, kuvStatusFeatureMissing, 0, 0x401);  // 49 goes before 36
+    expect(KUV_CPU_AES, kuvStatusFeatureMissing, 0, 0x401);  // and before a mask that selects nothing
 }
 
 TEST_F(Selection, EachUndetectedBitIsMissing) {
@@ -182,9 +182,9 @@ TEST_F(Selection, UndefinedBitsAreUnknownOnlyIfDetected) {
         EXPECT_EQ(select(KUV_CPU_FORCE | asked | 0xDF), kuvStatusOk);
         EXPECT_EQ(select(KUV_CPU_FORCE | 0xDF), kuvStatusOk);  // now the undefined bit counts as detected
         expect(asked | 0xDF, kuvStatusFeatureUnknown, 3, asked | 0xDF);
-        expect(asked | 0x80, kuvStatusFeatureUnknown, 3, asked | 0xDF);         // 50 goes before 51
-        expect(asked | 1, kuvStatusFeatureUnknown, 0, asked | 1);               // and before 36
-        expect(asked | 0x1DF, kuvStatusFeatureMissing, 3, asked | 0xDF);        // 49 goes before 50, by a missing state
+        expect(asked | 0x80, kuvStatusFeatureUnknown, 3, asked | 0xDF);         // an unknown feature goes before an incomplete mask
+        expect(asked | 1, kuvStatusFeatureUnknown, 0, asked | 1);               // and before a mask that selects nothing
+        expect(asked | 0x1DF, kuvStatusFeatureMissing, 3, asked | 0xDF);        // a missing one goes before it, by a missing state
         expect(asked | 0xDF | KUV_CPU_AES, kuvStatusFeatureMissing, 3, asked | 0xDF | KUV_CPU_AES);  // or a missing bit
     }
 }

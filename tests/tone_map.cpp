@@ -154,7 +154,7 @@ protected:
         return Image("srcDst", {rowBytes, size.height, rowBytes + at.padding, at.guard, at.gap, application.sampleBytes}, random_());
     }
 
-    // Maps whose tables are random, and what they give; made once for all tests of a fixture's variant.
+    // Maps whose tables are random, and what they give.
     struct Tables {
         std::vector<Curve> curves;
         std::unique_ptr<Map> map;
