@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "reduce_bits_reference.hpp"
+#include "support/reduce_bits_reference.hpp"
 #include "support/agreement.hpp"
 #include "support/distant.hpp"
 #include "support/statuses.hpp"

@@ -2,7 +2,7 @@
 #include <cfenv>
 #include <utility>
 
-#include "resize_tiles.hpp"
+#include "support/resize_tiles.hpp"
 
 namespace {
 

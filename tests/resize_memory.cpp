@@ -1,6 +1,6 @@
 // Where resized tiles read and write: every address and every step.
 
-#include "resize_tiles.hpp"
+#include "support/resize_tiles.hpp"
 #include "support/distant.hpp"
 
 namespace {

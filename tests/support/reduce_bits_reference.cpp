@@ -1,4 +1,4 @@
-#include "reduce_bits_reference.hpp"
+#include "support/reduce_bits_reference.hpp"
 
 #include <algorithm>
 #include <cmath>
