@@ -245,7 +245,8 @@ TEST_P(Add, RowsFurtherApartThan32BitsTell) {
     constexpr std::ptrdiff_t step = 0x7FFFFFF1;
     constexpr KuviSize size = {35, 4};
     const DistantMemory srcMemory(4 * static_cast<std::size_t>(step)), dstMemory(4 * static_cast<std::size_t>(step));
-    if (srcMemory.memory() == nullptr || dstMemory.memory() == nullptr) GTEST_SKIP() << "the system gives no such address range";
+    KUV_NEEDS(srcMemory);
+    KUV_NEEDS(dstMemory);
     for (const bool upward : {false, true}) {
         const std::ptrdiff_t sign = upward ? -1 : 1;
         char* const src = srcMemory.memory() + (upward ? 3 * step : 0);

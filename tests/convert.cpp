@@ -412,7 +412,8 @@ TEST_P(Convert, WidthComesFirstInOneFunction) {
 TEST_P(Convert, RowsFurtherApartThan32BitsTell) {
     constexpr std::ptrdiff_t step = 0x7FFFFFF1;
     const DistantMemory from(3 * static_cast<std::size_t>(step)), to(3 * static_cast<std::size_t>(step));
-    if (from.memory() == nullptr || to.memory() == nullptr) GTEST_SKIP() << "the system gives no such address range";
+    KUV_NEEDS(from);
+    KUV_NEEDS(to);
     for (const Conversion& each : conversions()) {
         constexpr int width = 41;
         const int samples = width * each.channels;
@@ -436,7 +437,8 @@ TEST_P(Convert, MoreThan2G) {
     constexpr KuviSize size = {26880, 26880};
     constexpr std::size_t samples = std::size_t{3} * size.width * size.height;
     const AliasedMemory bytes(samples), singles(4 * samples);
-    if (bytes.memory() == nullptr || singles.memory() == nullptr) GTEST_SKIP() << "the system gives no such address range";
+    KUV_NEEDS(bytes);
+    KUV_NEEDS(singles);
     std::memset(bytes.memory(), 9, AliasedMemory::period);
     auto* const reals = reinterpret_cast<Kuv32f*>(singles.memory());
     EXPECT_EQ(watched([&] { return kuviConvert_8u32f_C3R(bytes.memory(), 3 * size.width, reals, 12 * size.width, size); }), kuvStatusOk);

@@ -182,7 +182,8 @@ TEST_P(Copy, BitsOfReals) {
 TEST_P(Copy, RowsFurtherApartThan32BitsTell) {
     constexpr std::ptrdiff_t step = 0x7FFFFFF1;
     const DistantMemory from(3 * static_cast<std::size_t>(step)), to(3 * static_cast<std::size_t>(step));
-    if (from.memory() == nullptr || to.memory() == nullptr) GTEST_SKIP() << "the system gives no such address range";
+    KUV_NEEDS(from);
+    KUV_NEEDS(to);
     for (const int width : {40, 700}) {
         for (const bool upward : {false, true}) {
             const std::ptrdiff_t sign = upward ? -1 : 1, start = upward ? 2 * step : 0;
@@ -204,7 +205,8 @@ TEST_P(Copy, MoreThan2GiB) {
     constexpr KuviSize size = {46352, 46400};
     constexpr std::size_t bytes = static_cast<std::size_t>(size.width) * size.height;
     const AliasedMemory from(bytes), to(bytes);
-    if (from.memory() == nullptr || to.memory() == nullptr) GTEST_SKIP() << "the system gives no such address range";
+    KUV_NEEDS(from);
+    KUV_NEEDS(to);
     std::memset(from.memory(), 0x5A, AliasedMemory::period);
     for (const int height : {size.height, -size.height}) {
         std::memset(to.memory(), 0, AliasedMemory::period);

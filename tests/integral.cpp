@@ -175,7 +175,8 @@ TEST_P(Integral, RowsFurtherApartThan32BitsTell) {
     constexpr Kuv32s srcStep = 0x7FFFFFF1, dstStep = 0x7FFFFFF0;
     constexpr int width = 50, height = 6;
     const DistantMemory from(std::size_t{height} * srcStep), to(std::size_t{height + 1} * dstStep);
-    if (from.memory() == nullptr || to.memory() == nullptr) GTEST_SKIP() << "the system gives no such address range";
+    KUV_NEEDS(from);
+    KUV_NEEDS(to);
     const auto src = reinterpret_cast<Kuv8u*>(from.memory());
     const auto dst = reinterpret_cast<Kuv32s*>(to.memory());
     for (std::ptrdiff_t y = 0; y < height; ++y) std::memset(src + srcStep * y, static_cast<int>(10 * (y + 1)), width);

@@ -443,7 +443,8 @@ TEST_P(Mirror, LargeImages) {
 TEST_P(Mirror, RowsFurtherApartThan32BitsTell) {
     constexpr std::ptrdiff_t step = 0x7FFFFFF1;
     const DistantMemory from(3 * static_cast<std::size_t>(step)), to(3 * static_cast<std::size_t>(step));
-    if (from.memory() == nullptr || to.memory() == nullptr) GTEST_SKIP() << "the system gives no such address range";
+    KUV_NEEDS(from);
+    KUV_NEEDS(to);
     constexpr KuviSize size = {41, 3};
     for (const Form& form : forms) {
         for (const Kuv32s axis : plainAxes) {
@@ -478,7 +479,7 @@ TEST_P(Mirror, DiagonalsWithRowsFurtherApartThan32BitsTell) {
     constexpr std::ptrdiff_t step = 0x7FFFFFF0;
     constexpr KuviSize size = {35, 37};
     const DistantMemory memory(38 * static_cast<std::size_t>(step));
-    if (memory.memory() == nullptr) GTEST_SKIP() << "the system gives no such address range";
+    KUV_NEEDS(memory);
     Kuv16u* const src = reinterpret_cast<Kuv16u*>(memory.memory() + 1);
     Kuv16u* const dst = reinterpret_cast<Kuv16u*>(memory.memory() + 513);
     const auto at = [&](const Kuv16u* image, int r, int c) { return reinterpret_cast<const char*>(image) + step * r + 2 * c; };

@@ -67,7 +67,8 @@ TEST_P(ResizeMemory, DistantRows) {
     const ResizeReference reference(plan, scene, {{0, 0}, dstSize}, arithmeticOf(GetParam()));
     constexpr std::ptrdiff_t step = 0x7FFFFF00;
     const DistantMemory srcMemory(static_cast<std::size_t>(step) * 4), dstMemory(static_cast<std::size_t>(step) * 6);
-    if (srcMemory.memory() == nullptr || dstMemory.memory() == nullptr) GTEST_SKIP() << "no such address range";
+    KUV_NEEDS(srcMemory);
+    KUV_NEEDS(dstMemory);
     std::vector<Kuv8u> buffer(static_cast<std::size_t>(plan.bufferBytes(dstSize)));
     for (const bool upward : {false, true}) {
         const std::ptrdiff_t signedStep = upward ? -step : step;
@@ -98,7 +99,7 @@ TEST_P(ResizeMemory, DistantColumns) {
             const KuviSize srcSize = {srcWidth, 2}, dstSize = {dstWidth, 1};
             const PlanBlock plan(srcSize, dstSize);
             const DistantMemory row(static_cast<std::size_t>(srcWidth) * 6);
-            if (row.memory() == nullptr) GTEST_SKIP() << "no such address range";
+            KUV_NEEDS(row);
             const Scene scene;
             const AxisWords columns = plan.horizontal();
             for (int i = 0; i < dstWidth; ++i) {

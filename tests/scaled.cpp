@@ -444,7 +444,9 @@ TEST_P(ScaledArithmetic, RowsFurtherApartThan32BitsTell) {
     constexpr std::ptrdiff_t step = 0x7FFFFFF1;
     constexpr KuviSize size = {41, 3};
     const DistantMemory src1(3 * static_cast<std::size_t>(step)), src2(3 * static_cast<std::size_t>(step)), dst(3 * static_cast<std::size_t>(step));
-    if (src1.memory() == nullptr || src2.memory() == nullptr || dst.memory() == nullptr) GTEST_SKIP() << "the system gives no such address range";
+    KUV_NEEDS(src1);
+    KUV_NEEDS(src2);
+    KUV_NEEDS(dst);
     for (const Operation& operation : operations) {
         for (const Kuv32s f : {0, 1, 3, -2, 31}) {
             for (const bool upward : {false, true}) {
@@ -491,7 +493,8 @@ TEST_P(ScaledArithmetic, MoreThan31BitsOfSamplesInOneRun) {
     constexpr std::size_t most = 4310000000, page = 4096;
     constexpr Values values = {3, -4, 15};
     const AliasedMemory image(most), zeros(most);
-    if (image.memory() == nullptr || zeros.memory() == nullptr) GTEST_SKIP() << "the system gives no such address range";
+    KUV_NEEDS(image);
+    KUV_NEEDS(zeros);
     std::memset(image.memory(), 0, AliasedMemory::period);
     std::memset(zeros.memory(), 0, AliasedMemory::period);
     for (const auto& each : cases) {

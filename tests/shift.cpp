@@ -375,7 +375,7 @@ TEST_P(ShiftC, CountsWithinTheImage) {
 TEST_P(ShiftC, RowsFurtherApartThan32BitsTell) {
     constexpr std::ptrdiff_t step = 0x7FFFFFF1;
     const DistantMemory memory(3 * static_cast<std::size_t>(step));
-    if (memory.memory() == nullptr) GTEST_SKIP() << "the system gives no such address range";
+    KUV_NEEDS(memory);
     for (const Shift& shift : shifts) {
         for (const Counts& counts : {Counts{2, 2, 2}, Counts{2, 3, 16}, Counts{16, 16, 16}, Counts{0, 0, 0}}) {
             const KuviSize size = {41, 3};
@@ -407,7 +407,7 @@ TEST_P(ShiftC, MoreThan31BitsOfSamplesInOneRun) {
                  {shifts[3], {16, 17, 18}, row}};
     constexpr std::size_t most = 4310000000, page = 4096;
     const AliasedMemory image(most);
-    if (image.memory() == nullptr) GTEST_SKIP() << "the system gives no such address range";
+    KUV_NEEDS(image);
     std::memset(image.memory(), 0, AliasedMemory::period);
     for (const auto& each : cases) {
         const Shift& shift = each.shift;

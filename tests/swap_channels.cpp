@@ -284,7 +284,8 @@ TEST_P(SwapChannels, NullWithStep0) {
 TEST_P(SwapChannels, RowsFurtherApartThan32BitsTell) {
     constexpr std::ptrdiff_t step = 0x7FFFFFF1;
     const DistantMemory from(3 * static_cast<std::size_t>(step)), to(3 * static_cast<std::size_t>(step));
-    if (from.memory() == nullptr || to.memory() == nullptr) GTEST_SKIP() << "the system gives no such address range";
+    KUV_NEEDS(from);
+    KUV_NEEDS(to);
     for (const Swap& swap : swaps) {
         for (const bool upward : {false, true}) {
             const int width = 41, bytes = swap.rowBytes(width);
@@ -319,7 +320,7 @@ TEST_P(SwapChannels, MoreThan2GiBInOneRun) {
     constexpr std::size_t bytes = std::size_t{3} * size.width * size.height;
     constexpr std::size_t page = 4096, last = (bytes - 1) / page * page;
     const AliasedMemory image(bytes);
-    if (image.memory() == nullptr) GTEST_SKIP() << "the system gives no such address range";
+    KUV_NEEDS(image);
     void* const lastPage = mmap(image.memory() + last, page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0);
     ASSERT_NE(lastPage, MAP_FAILED);
     for (std::size_t i = 0; i < AliasedMemory::period; ++i) image.memory()[i] = static_cast<unsigned char>(i % 3);

@@ -1,7 +1,5 @@
 #include "support/agreement.hpp"
 
-#include <sstream>
-
 namespace kuvtest {
 namespace {
 
@@ -13,13 +11,8 @@ std::string compareElements(const DrawnImage& got, const DrawnImage& wanted) {
             const unsigned char* const a = got.image.row(r) + at;
             const unsigned char* const b = wanted.image.row(r) + at;
             if (got.same(a, b)) continue;
-            std::uint64_t gotBits = 0, wantedBits = 0;
-            std::memcpy(&gotBits, a, static_cast<std::size_t>(geometry.elementBytes));
-            std::memcpy(&wantedBits, b, static_cast<std::size_t>(geometry.elementBytes));
-            std::ostringstream text;
-            text << got.image.name() << ", row " << r << " element " << at / geometry.elementBytes << ": got " << gotBits << " (0x"
-                 << std::hex << gotBits << "), wanted " << std::dec << wantedBits << " (0x" << std::hex << wantedBits << ")";
-            return text.str();
+            return got.image.name() + ", row " + std::to_string(r) + " element " + std::to_string(at / geometry.elementBytes) + ": " +
+                   gotAndWanted(a, b, geometry.elementBytes);
         }
     }
     return {};

@@ -6,6 +6,8 @@
 
 #include <cstddef>
 
+#include "support/distant.hpp"
+
 namespace kuvtest {
 
 class AliasedMemory {

@@ -1,6 +1,8 @@
 // An address range of any size of which only the touched pages cost memory: for rows that lie further apart than 32 bits can tell.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <sys/mman.h>
 
 #include <cstddef>
@@ -25,5 +27,9 @@ private:
     std::size_t bytes_;
     char* memory_ = nullptr;
 };
+
+// Skips the test if the system gives no such address range.
+#define KUV_NEEDS(range) \
+    if ((range).memory() == nullptr) GTEST_SKIP() << "the system gives no such address range"
 
 }  // namespace kuvtest

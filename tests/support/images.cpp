@@ -25,6 +25,16 @@ std::ostream& operator<<(std::ostream& stream, const Geometry& g) {
                   << (g.guard == Guard::end ? "end" : "begin") << ", gap " << g.gap;
 }
 
+std::string gotAndWanted(const void* got, const void* wanted, int elementBytes) {
+    std::uint64_t gotBits = 0, wantedBits = 0;
+    std::memcpy(&gotBits, got, static_cast<std::size_t>(elementBytes));
+    std::memcpy(&wantedBits, wanted, static_cast<std::size_t>(elementBytes));
+    std::ostringstream text;
+    text << "got " << gotBits << " (0x" << std::hex << gotBits << "), wanted " << std::dec << wantedBits << " (0x" << std::hex << wantedBits
+         << ")";
+    return text.str();
+}
+
 Image::Image(std::string name, const Geometry& geometry, std::uint64_t seed) : name_(std::move(name)), geometry_(geometry) {
     const std::size_t span = geometry.rows > 0 ? static_cast<std::size_t>(highest(geometry) - lowest(geometry)) : 0;
     size_ = (span + static_cast<std::size_t>(geometry.gap) + pageBytes - 1) / pageBytes * pageBytes;
@@ -79,13 +89,7 @@ std::string Image::describe(std::ptrdiff_t offset, const Bytes& wanted) const {
     const Place place = placeOf(offset);
     const int bytes = place.row < 0 ? 1 : geometry_.elementBytes;
     if (place.row >= 0) offset = firstRow_ + place.row * geometry_.step + place.element * bytes;
-    std::uint64_t gotBits = 0, wantedBits = 0;
-    std::memcpy(&gotBits, memory_ + offset, static_cast<std::size_t>(bytes));
-    std::memcpy(&wantedBits, wanted.data() + offset, static_cast<std::size_t>(bytes));
-    std::ostringstream text;
-    text << position(offset) << ": got " << gotBits << std::hex << " (0x" << gotBits << "), wanted " << std::dec << wantedBits
-         << std::hex << " (0x" << wantedBits << ")";
-    return text.str();
+    return position(offset) + ": " + gotAndWanted(memory_ + offset, wanted.data() + offset, bytes);
 }
 
 std::string Image::difference(const Bytes& wanted) const {

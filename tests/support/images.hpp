@@ -27,6 +27,9 @@ void store(void* address, std::ptrdiff_t index, T value) {
 // The side of the image on which the unmapped page begins.
 enum class Guard { end, begin };
 
+// "got 255 (0xff), wanted 0 (0x0)", of an element of up to 8 bytes.
+std::string gotAndWanted(const void* got, const void* wanted, int elementBytes);
+
 struct Geometry {
     int rowBytes = 0;
     int rows = 0;
