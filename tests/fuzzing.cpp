@@ -2,6 +2,7 @@
 #include "support/fuzzing.hpp"
 
 #include <cfenv>
+#include <filesystem>
 #include <regex>
 #include <set>
 
@@ -20,6 +21,13 @@ TEST(Fuzzing, EachTabledCallIsInOneFamily) {
         count += callsOf(family).size();
     }
     EXPECT_EQ(count, tabledCalls().size());
+}
+
+TEST(Fuzzing, EachFamilyHasACorpus) {
+    std::set<std::string> families, corpora;
+    for (const FuzzFamily& each : fuzzFamilies) families.insert(each.name);
+    for (const auto& each : std::filesystem::directory_iterator(KUV_FUZZ_CORPUS)) corpora.insert(each.path().filename());
+    EXPECT_EQ(corpora, families);
 }
 
 TEST(Fuzzing, EachExportThatTakesDataIsTabled) {

@@ -3,8 +3,8 @@
 usage: documents.py C_COMPILER SOURCE LIBRARY DIRECTORY [OPTION...]
 
 A block of C with a main function is a program. It must run without an error, and print what a block of text right behind it shows. Any
-other block of C must stand literally in the header or in the list of exports. The families' pages list all functions in tables, whose first cell is what names begin
-with and whose second cell is what they end with."""
+other block of C must stand literally in the header or in the list of exports. The families' pages list all functions in tables, whose first
+cell is what names begin with and whose second cell is what they end with."""
 import pathlib
 import re
 import subprocess
@@ -15,7 +15,7 @@ from binaries import exports, finish
 compiler, source, library, directory = sys.argv[1], *(pathlib.Path(each).resolve() for each in sys.argv[2:5])
 options = sys.argv[5:]
 directory.mkdir(parents=True, exist_ok=True)
-families = "arith", "colour", "filter", "move", "resize", "segment", "stats", "tone", "transform"
+families = {each.name for each in (source / "src").iterdir() if each.is_dir()} - {"core", "simd"}
 complaints = []
 listed = set()
 
