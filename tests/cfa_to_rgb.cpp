@@ -1,9 +1,9 @@
 // Quick interpolation of mosaics.
 #include <algorithm>
-#include <limits>
 
 #include "support/agreement.hpp"
 #include "support/distant.hpp"
+#include "support/mosaics.hpp"
 #include "support/statuses.hpp"
 
 namespace {
@@ -16,8 +16,6 @@ KuvStatus interpolate(const Kuv8u* src, KuviRect roi, KuviSize size, Kuv32s srcS
 KuvStatus interpolate(const Kuv16u* src, KuviRect roi, KuviSize size, Kuv32s srcStep, Kuv16u* dst, Kuv32s dstStep, KuvCfaLayout layout, Kuv32s kind = 0) {
     return kuviCFAToRGB_16u_C1C3R(src, roi, size, srcStep, dst, dstStep, layout, kind);
 }
-
-constexpr KuvCfaLayout layouts[] = {kuvCfaBGGR, kuvCfaRGGB, kuvCfaGBRG, kuvCfaGRBG};
 
 // Cut off at the far edges only.
 KuviRect clipped(KuviRect roi, KuviSize image) {
@@ -32,14 +30,7 @@ struct Reference {
     KuviSize size;
     KuvCfaLayout layout;
 
-    static int reflected(int index, int count) { return index < 0 ? -index : index >= count ? 2 * (count - 1) - index : index; }
     int at(int r, int c) const { return load<T>(src.row(reflected(r, size.height)), reflected(c, size.width)); }
-
-    // Of B G R, in reading order of the two by two period.
-    char colourAt(int r, int c) const {
-        constexpr const char* periods[] = {"BGGR", "RGGB", "GBRG", "GRBG"};
-        return periods[layout][(r & 1) * 2 + (c & 1)];
-    }
 
     bool inRing(int r, int c) const { return r < 2 || c < 2 || r >= size.height - 2 || c >= size.width - 2; }
 
@@ -47,9 +38,9 @@ struct Reference {
         const int horizontal = (at(r, c - 1) + at(r, c + 1) + 1) >> 1, vertical = (at(r - 1, c) + at(r + 1, c) + 1) >> 1;
         const int around = (at(r - 1, c) + at(r + 1, c) + at(r, c - 1) + at(r, c + 1) + 2) >> 2;
         const int diagonals = (at(r - 1, c - 1) + at(r - 1, c + 1) + at(r + 1, c - 1) + at(r + 1, c + 1) + 2) >> 2;
-        const char site = colourAt(r, c);
-        if (site == 'G') {
-            const bool redInRow = colourAt(r, c + 1) == 'R';
+        const Colour site = colourAt(layout, r, c);
+        if (site == Colour::green) {
+            const bool redInRow = colourAt(layout, r, c + 1) == Colour::red;
             return {redInRow ? horizontal : vertical, at(r, c), redInRow ? vertical : horizontal};
         }
         int green = around;
@@ -58,7 +49,7 @@ struct Reference {
             if (dv < dh) green = vertical;
             if (dh < dv) green = horizontal;
         }
-        return site == 'R' ? std::array{at(r, c), green, diagonals} : std::array{diagonals, green, at(r, c)};
+        return site == Colour::red ? std::array{at(r, c), green, diagonals} : std::array{diagonals, green, at(r, c)};
     }
 };
 
@@ -87,23 +78,8 @@ struct InterpolationArguments {
 KUV_INTERPOLATION(8u);
 KUV_INTERPOLATION(16u);
 
-enum class Pattern { random, faint, extremes, smooth, diagonals, flat, count };
-
 class CfaToRgb : public VariantTest {
 protected:
-    template <class T>
-    static T sample(Pattern pattern, Random& random, int r, int c) {
-        constexpr T highest = std::numeric_limits<T>::max();
-        switch (pattern) {
-            case Pattern::faint: return static_cast<T>(highest / 2 + below(random, 3));
-            case Pattern::extremes: return oneIn(random, 2) ? highest : static_cast<T>(below(random, 2));
-            case Pattern::smooth: return static_cast<T>(r * 5 + c * 3);
-            case Pattern::diagonals: return (r + c) % 5 < 2 ? highest : static_cast<T>(17);
-            case Pattern::flat: return static_cast<T>(highest - 4);
-            default: return static_cast<T>(random());
-        }
-    }
-
     struct Options {
         std::ptrdiff_t srcPadding = 0, dstPadding = 0;  // bytes
         bool upward = false;
@@ -117,8 +93,10 @@ protected:
         const KuviRect region = clipped(roi, size);
         const std::ptrdiff_t srcStep = size.width * bytes + options.srcPadding, dstStep = region.width * 3 * bytes + options.dstPadding;
         const Image src("src", {size.width * bytes, size.height, options.upward ? -srcStep : srcStep, options.guard, options.gap, bytes}, random_());
+        std::array<T, 8> drawn;
+        for (T& each : drawn) each = random_.bits<T>();
         for (int r = 0; r < size.height; ++r) {
-            for (int c = 0; c < size.width; ++c) store(src.row(r), c, sample<T>(pattern, random_, r, c));
+            for (int c = 0; c < size.width; ++c) store(src.row(r), c, sampleOf<T>(pattern, random_, drawn, r, c));
         }
         const Image dst("dst", {region.width * 3 * bytes, region.height, options.upward ? -dstStep : dstStep, options.guard, options.gap, bytes}, random_());
         const Bytes before = src.bytes();
@@ -151,7 +129,7 @@ protected:
         expectBoth(size, {0, 0, size.width, size.height}, layout, pattern, options);
     }
 
-    KuvCfaLayout anyLayout() { return layouts[below(random_, 4)]; }
+    KuvCfaLayout anyLayout() { return cfaLayouts[below(random_, 4)]; }
     Pattern anyPattern() { return static_cast<Pattern>(below(random_, static_cast<int>(Pattern::count))); }
 
     Random random_{1};
@@ -163,19 +141,19 @@ KUV_FOR_EACH_VARIANT(CfaToRgb);
 TEST_P(CfaToRgb, EverySmallSize) {
     for (int height = 2; height <= 12; ++height) {
         for (int width = 2; width <= 80; ++width) {
-            expectWhole({width, height}, layouts[(width + height) % 4], Pattern::random, {});
+            expectWhole({width, height}, cfaLayouts[(width + height) % 4], Pattern::random, {});
             expectWhole({width, height}, anyLayout(), anyPattern(), {.srcPadding = 1, .dstPadding = 3, .upward = oneIn(random_, 2), .guard = Guard::begin});
             if (HasFailure()) return;
         }
     }
     for (const KuviSize size : {KuviSize{333, 7}, {1001, 6}, {7, 333}, {128, 30}, {2049, 5}, {4096, 5}, {4097, 6}, {8300, 5}}) {
-        for (const KuvCfaLayout layout : layouts) expectWhole(size, layout, Pattern::random, {.dstPadding = 5});
+        for (const KuvCfaLayout layout : cfaLayouts) expectWhole(size, layout, Pattern::random, {.dstPadding = 5});
     }
 }
 
 TEST_P(CfaToRgb, EveryPatternInEveryLayout) {
     for (int pattern = 0; pattern < static_cast<int>(Pattern::count); ++pattern) {
-        for (const KuvCfaLayout layout : layouts) {
+        for (const KuvCfaLayout layout : cfaLayouts) {
             for (const KuviSize size : {KuviSize{64, 20}, KuviSize{75, 21}}) expectWhole(size, layout, static_cast<Pattern>(pattern), {});
         }
     }
@@ -248,7 +226,7 @@ TEST_P(CfaToRgb, PastAFarEdge) {
 }
 
 TEST_P(CfaToRgb, AFlatImageStaysFlat) {
-    for (const KuvCfaLayout layout : layouts) {
+    for (const KuvCfaLayout layout : cfaLayouts) {
         std::vector<Kuv16u> src(31 * 23, 65535), dst(src.size() * 3);
         EXPECT_EQ(interpolate(src.data(), {0, 0, 31, 23}, {31, 23}, 62, dst.data(), 186, layout), kuvStatusOk);
         EXPECT_EQ(std::count(dst.begin(), dst.end(), 65535), static_cast<std::ptrdiff_t>(dst.size()));

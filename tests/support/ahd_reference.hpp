@@ -10,6 +10,7 @@
 
 #include "kuvcv.h"
 #include "support/images.hpp"
+#include "support/mosaics.hpp"
 
 namespace kuvtest {
 
@@ -32,8 +33,6 @@ private:
     int width_;
     std::vector<Kuv32s> values_;
 };
-
-enum class Colour { red, green, blue };
 
 template <class T>
 class AhdReference {
@@ -138,24 +137,17 @@ private:
         Plane green, red, blue, y, u, v;
     };
 
-    static int reflected(int index, int last) { return index < 0 ? -index : index > last ? 2 * last - index : index; }
-
     Kuv32s E(int r, int c) const {
-        return load<T>(source_ + reflected(r, image_.height - 1) * sourceStep_, reflected(c, image_.width - 1));
+        return load<T>(source_ + reflected(r, image_.height) * sourceStep_, reflected(c, image_.width));
     }
 
-    Colour colourAt(int r, int c) const {
-        using enum Colour;
-        static constexpr Colour period[4][2][2] = {
-            {{blue, green}, {green, red}}, {{red, green}, {green, blue}}, {{green, blue}, {red, green}}, {{green, red}, {blue, green}}};
-        return period[layout_][r & 1][c & 1];
-    }
+    Colour colourOf(int r, int c) const { return colourAt(layout_, r, c); }
 
     void interpolateGreen(Direction& d, bool alongRow) {
         const int dr = alongRow ? 0 : 1, dc = alongRow ? 1 : 0;
         for (int r = -3; r < image_.height + 3; ++r) {
             for (int c = -3; c < image_.width + 3; ++c) {
-                if (colourAt(r, c) == Colour::green) {
+                if (colourOf(r, c) == Colour::green) {
                     d.green(r, c) = E(r, c);
                     continue;
                 }
@@ -168,14 +160,14 @@ private:
 
     Kuv32s colourValue(const Direction& d, Colour wanted, int r, int c) const {
         const Plane& G = d.green;
-        const Colour here = colourAt(r, c);
+        const Colour here = colourOf(r, c);
         if (here == wanted) return E(r, c);
         Kuv32s value;
         if (here != Colour::green) {
             const Kuv32s samples = E(r - 1, c - 1) + E(r - 1, c + 1) + E(r + 1, c - 1) + E(r + 1, c + 1);
             const Kuv32s greens = G(r - 1, c - 1) + G(r - 1, c + 1) + G(r + 1, c - 1) + G(r + 1, c + 1);
             value = G(r, c) + ((samples - greens) >> 2);
-        } else if (colourAt(r, c + 1) == wanted) {
+        } else if (colourOf(r, c + 1) == wanted) {
             value = G(r, c) + ((E(r, c - 1) + E(r, c + 1) - G(r, c - 1) - G(r, c + 1)) >> 1);
         } else {
             value = G(r, c) + ((E(r - 1, c) + E(r + 1, c) - G(r - 1, c) - G(r + 1, c)) >> 1);

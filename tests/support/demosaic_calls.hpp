@@ -7,6 +7,7 @@
 
 #include "support/ahd_reference.hpp"
 #include "support/calls.hpp"
+#include "support/mosaics.hpp"
 #include "support/variants.hpp"
 
 namespace kuvtest {
@@ -18,60 +19,6 @@ inline KuvStatus demosaic(const Kuv8u* src, KuviRect roi, KuviSize size, Kuv32s 
 inline KuvStatus demosaic(const Kuv16u* src, KuviRect roi, KuviSize size, Kuv32s srcStep, Kuv16u* dst, Kuv32s dstStep,
                           KuvCfaLayout layout, Kuv16u* tmp, Kuv32s tmpStep) {
     return kuviDemosaicAHD_16u_C1C3R(src, roi, size, srcStep, dst, dstStep, layout, tmp, tmpStep);
-}
-
-inline constexpr KuvCfaLayout cfaLayouts[] = {kuvCfaBGGR, kuvCfaRGGB, kuvCfaGBRG, kuvCfaGRBG};
-
-// Pictures on which such a kernel tends to break.
-enum class Pattern {
-    random,
-    faintNoise,      // differences of one: many ties
-    extremes,        // each sample 0 or the maximum, so that 16-bit chrominance wraps
-    flat,
-    zero,
-    maximum,
-    rowStripes,
-    columnStripes,
-    checkerboard,
-    diagonals,
-    siteColours,     // 0 or the maximum by place in the 2 by 2 period
-    saturatedBlocks, // of those
-    ramp,
-    smooth,
-    blocks,          // straight edges
-    sparseNoise,     // on flat ground
-    unequalGreens,   // S is 0 while the directions differ: the running value shows
-    sparseImpulses,  // on that ground: it is carried far, across every border inside a kernel
-    rareImpulses,
-    count
-};
-
-template <class T>
-T sampleOf(Pattern pattern, Random& random, const std::array<T, 8>& drawn, int r, int c) {
-    constexpr T highest = std::numeric_limits<T>::max();
-    const auto any = [&] { return static_cast<T>(random()); };
-    const auto site = [&] { return drawn[static_cast<std::size_t>((r & 1) * 2 + (c & 1))]; };
-    switch (pattern) {
-        case Pattern::faintNoise: return static_cast<T>(drawn[0] + (random() & 1));
-        case Pattern::extremes: return random() & 1 ? highest : T{0};
-        case Pattern::flat: return drawn[0];
-        case Pattern::zero: return 0;
-        case Pattern::maximum: return highest;
-        case Pattern::rowStripes: return r % 2 ? highest : T{0};
-        case Pattern::columnStripes: return c % 2 ? highest : T{0};
-        case Pattern::checkerboard: return (r + c) % 2 ? highest : T{0};
-        case Pattern::diagonals: return (r + c) % 4 < 2 ? drawn[0] : drawn[1];
-        case Pattern::siteColours: return site() & 1 ? highest : T{0};
-        case Pattern::saturatedBlocks: return drawn[static_cast<std::size_t>((r / 6 * 3 + c / 6) & 7)] >> ((r & 1) * 2 + (c & 1)) & 1 ? highest : T{0};
-        case Pattern::ramp: return static_cast<T>(drawn[0] + (drawn[1] % 16) * r + (drawn[2] % 16) * c);
-        case Pattern::smooth: return static_cast<T>(highest / 2 * (1 + std::sin(0.1 * r + 0.02 * drawn[0]) * std::cos(0.07 * c)));
-        case Pattern::blocks: return drawn[static_cast<std::size_t>((r / 7 * 3 + c / 9) & 7)];
-        case Pattern::sparseNoise: return oneIn(random, 40) ? any() : drawn[0];
-        case Pattern::unequalGreens: return site();
-        case Pattern::sparseImpulses: return oneIn(random, 80) ? any() : site();
-        case Pattern::rareImpulses: return oneIn(random, 1500) ? any() : site();
-        default: return any();
-    }
 }
 
 struct MosaicOptions {
