@@ -1,4 +1,4 @@
-// Floating-point arithmetic on images, against the formulas of the header. kuviAdd_32f_C1IR has tests of its own.
+// Floating-point arithmetic on images, against the formulas of the header. add.cpp has more about sums.
 #include <xmmintrin.h>
 
 #include <algorithm>
@@ -82,7 +82,6 @@ Bits root(const Operands& of, KuvStatus& status) {
     return rounded(of.dst, one, [](double x, double) { return std::sqrt(x); });
 }
 
-
 struct Function {
     const char* name;
     int sources;  // images beside the destination
@@ -105,6 +104,7 @@ struct Function {
 #define OF(...) [](const Operands& of, KuvStatus&) { return __VA_ARGS__; }
 
 constexpr Function functions[] = {
+    {"Add", 1, 1, StepClass::C, false, true, OF(sum(of.dst, of.src1)), TWO_IMAGES(kuviAdd_32f_C1IR)},
     {"Sub", 1, 1, StepClass::C, false, false, OF(difference(of.dst, of.src1)), TWO_IMAGES(kuviSub_32f_C1IR)},
     {"Sub_C1R", 2, 1, StepClass::C, false, false, OF(difference(of.src2, of.src1)), THREE_IMAGES(kuviSub_32f_C1R)},
     {"AddC", 0, 3, StepClass::C, false, true, OF(sum(of.dst, of.value)), CONSTANTS(kuviAddC_32f_C3IR)},
@@ -125,7 +125,8 @@ bool usesConstant(const Function& function) { return std::strchr(function.name, 
 class Real : public VariantTest {
 protected:
     // Computes as the library does and as the text says, on the same bytes; rows may lie on each other, and images may be one.
-    // Bits of the step that the function clears are set in what it is given.
+    // Bits of the step that the function clears are set in what it is given. Where two NaNs meet of which either may come out, nothing
+    // is compared.
     void expectResults(const Function& function, const Image& src1, const Image& src2, const Image& dst, KuviSize size) {
         SCOPED_TRACE(testing::Message() << GetParam() << ", " << function << ", " << size.width << " x " << size.height << ", src1: "
                                         << src1.geometry() << ", src2: " << src2.geometry() << ", dst: " << dst.geometry());
@@ -140,6 +141,7 @@ protected:
             for (int i = 0; i < samples; ++i) {
                 const Operands of = {load<Bits>(row, i), load<Bits>(first, function.sources > 0 ? i : 0),
                                      load<Bits>(second, function.sources > 1 ? i : 0), constant(function, i)};
+                if (function.commutes && isNaN(of.dst) && isNaN(function.sources > 0 ? of.src1 : of.value)) return;
                 store(row, i, function.wanted(of, status));
             }
         }
@@ -324,7 +326,6 @@ TEST_P(Real, SpecialValuesInEveryPlace) {
         for (const Bits a : specialValues) {
             for (const Bits b : specialValues) {
                 const bool isDivisor = std::strcmp(function.name, "DivC") == 0;
-                if (function.commutes && isNaN(a) && isNaN(b)) continue;
                 if (isDivisor && (b & ~sign) == 0) continue;
                 if (isDivisor) value_.fill(real(b));
                 else if (usesConstant(function)) value_ = {real(b), real(b), 2};
@@ -362,6 +363,7 @@ TEST_P(Real, RoundsAsTheCallerDoes) {
                 for (Kuv32f& each : value_) each = real(anyMagnitude(random));
                 std::fesetround(mode);
                 expectResults(function, on.src1, on.src2, on.dst, size);
+                EXPECT_EQ(sum(one, bitsOf(0x1p-30f)) != one, mode == FE_UPWARD) << "the reference follows the mode";
                 std::fesetround(before);
                 if (HasFailure()) return;
             }
