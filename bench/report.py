@@ -376,7 +376,8 @@ def main(arguments):
     rows = [r for r in rows if not is_signal(r)]
     parts |= {"machine": machine(facts), "aims": aims(rows), "peers": peers(rows), "variants": variants(rows),
              "slower": slower(rows), "copies": copies(rows), "threads": threads(rows), "calls": calls(rows)}
-    titles = {"machine": "Machine", "aims": "Aims", "families": "Aims by family", "peers": "Against other libraries", "signals": "Transforms by length", "variants": "Variants against px",
+    titles = {"machine": "Machine", "aims": "Aims", "families": "Aims by family", "peers": "Against other libraries",
+              "signals": "Transforms by length", "variants": "Variants against px",
               "slower": "Where it is slower", "copies": "Against a copy", "threads": "Two threads against one",
               "calls": "Cost of a call, in ns"}
     for key, text in parts.items():

@@ -68,9 +68,11 @@ TEST_P(Add, NaNs) {
         std::array<Kuv32u, 19> src, srcDst;
         src.fill(b);
         srcDst.fill(a);
-        EXPECT_EQ(watched([&] {
-                      return kuviAdd_32f_C1IR(reinterpret_cast<Kuv32f*>(src.data()), 76, reinterpret_cast<Kuv32f*>(srcDst.data()), 76, {19, 1});
-                  }), kuvStatusOk);
+        EXPECT_EQ(
+            watched([&] {
+                return kuviAdd_32f_C1IR(reinterpret_cast<Kuv32f*>(src.data()), 76, reinterpret_cast<Kuv32f*>(srcDst.data()), 76, {19, 1});
+            }),
+            kuvStatusOk);
         for (const Kuv32u each : srcDst) EXPECT_EQ(each, srcDst[0]);
         return srcDst[0];
     };

@@ -10,16 +10,20 @@ namespace {
 
 using namespace kuvtest;
 
-KuvStatus interpolate(const Kuv8u* src, KuviRect roi, KuviSize size, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuvCfaLayout layout, Kuv32s kind = 0) {
+KuvStatus interpolate(const Kuv8u* src, KuviRect roi, KuviSize size, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep, KuvCfaLayout layout,
+                      Kuv32s kind = 0) {
     return kuviCFAToRGB_8u_C1C3R(src, roi, size, srcStep, dst, dstStep, layout, kind);
 }
-KuvStatus interpolate(const Kuv16u* src, KuviRect roi, KuviSize size, Kuv32s srcStep, Kuv16u* dst, Kuv32s dstStep, KuvCfaLayout layout, Kuv32s kind = 0) {
+KuvStatus interpolate(const Kuv16u* src, KuviRect roi, KuviSize size, Kuv32s srcStep, Kuv16u* dst, Kuv32s dstStep, KuvCfaLayout layout,
+                      Kuv32s kind = 0) {
     return kuviCFAToRGB_16u_C1C3R(src, roi, size, srcStep, dst, dstStep, layout, kind);
 }
 
 // Cut off at the far edges only.
 KuviRect clipped(KuviRect roi, KuviSize image) {
-    const auto side = [](int first, int count, int all) { return static_cast<int>(std::min<std::int64_t>(count, std::int64_t{all} - first)); };
+    const auto side = [](int first, int count, int all) {
+        return static_cast<int>(std::min<std::int64_t>(count, std::int64_t{all} - first));
+    };
     return {roi.x, roi.y, side(roi.x, roi.width, image.width), side(roi.y, roi.height, image.height)};
 }
 
@@ -60,20 +64,22 @@ struct InterpolationArguments {
         Random& random = draw.random;
         const KuviSize image = {std::max(draw.size.width, 2), std::max(draw.size.height, 2)};
         const int x = below(random, image.width), y = below(random, image.height);
-        const KuviRect roi = {oneIn(random, 2) ? 0 : x, oneIn(random, 2) ? 0 : y, between(random, 1, image.width + 3), between(random, 1, image.height + 3)};
+        const KuviRect roi = {oneIn(random, 2) ? 0 : x, oneIn(random, 2) ? 0 : y, between(random, 1, image.width + 3),
+                              between(random, 1, image.height + 3)};
         const KuviRect region = clipped(roi, image);
         const int bytes = sizeof(T);
         const Image& src = draw.image<T>(Role::source, image.width, image.height, drawStep(random, StepClass::D, image.width * bytes));
-        const Image& dst = draw.image<T>(Role::output, region.width * 3, region.height, drawStep(random, StepClass::C, region.width * 3 * bytes));
+        const Image& dst =
+            draw.image<T>(Role::output, region.width * 3, region.height, drawStep(random, StepClass::C, region.width * 3 * bytes));
         return {src.row<T>(), roi, image, src.step(), dst.row<T>(), dst.step(), below(random, 4), static_cast<Kuv32s>(random())};
     }
 };
 
-#define KUV_INTERPOLATION(depth)                                                                                                            \
-    KUV_AGREES(kuviCFAToRGB_##depth##_C1C3R, InterpolationArguments<Kuv##depth>{});                                                         \
-    KUV_CHECKS(kuviCFAToRGB_##depth##_C1C3R, call(InterpolationArguments<Kuv##depth>{}), check(kuvStatusNullPtr, null<0>(), null<4>()),     \
-               check(kuvStatusBadSize, width<2>(1), width<2>(0), width<2>(-1), width<2>(INT32_MIN)),                                        \
-               check(kuvStatusBadSize, height<2>(1), height<2>(0), height<2>(-1), height<2>(INT32_MIN)),                                    \
+#define KUV_INTERPOLATION(depth)                                                                                                          \
+    KUV_AGREES(kuviCFAToRGB_##depth##_C1C3R, InterpolationArguments<Kuv##depth>{});                                                       \
+    KUV_CHECKS(kuviCFAToRGB_##depth##_C1C3R, call(InterpolationArguments<Kuv##depth>{}), check(kuvStatusNullPtr, null<0>(), null<4>()),   \
+               check(kuvStatusBadSize, width<2>(1), width<2>(0), width<2>(-1), width<2>(INT32_MIN)),                                      \
+               check(kuvStatusBadSize, height<2>(1), height<2>(0), height<2>(-1), height<2>(INT32_MIN)),                                  \
                check(kuvStatusBadArg, set<6>(-1), set<6>(4), set<6>(INT32_MIN), set<6>(INT32_MAX)))
 KUV_INTERPOLATION(8u);
 KUV_INTERPOLATION(16u);
@@ -92,28 +98,34 @@ protected:
         const int bytes = sizeof(T);
         const KuviRect region = clipped(roi, size);
         const std::ptrdiff_t srcStep = size.width * bytes + options.srcPadding, dstStep = region.width * 3 * bytes + options.dstPadding;
-        const Image src("src", {size.width * bytes, size.height, options.upward ? -srcStep : srcStep, options.guard, options.gap, bytes}, random_());
+        const Image src("src", {size.width * bytes, size.height, options.upward ? -srcStep : srcStep, options.guard, options.gap, bytes},
+                        random_());
         std::array<T, 8> drawn;
         for (T& each : drawn) each = random_.bits<T>();
         for (int r = 0; r < size.height; ++r) {
             for (int c = 0; c < size.width; ++c) store(src.row(r), c, sampleOf<T>(pattern, random_, drawn, r, c));
         }
-        const Image dst("dst", {region.width * 3 * bytes, region.height, options.upward ? -dstStep : dstStep, options.guard, options.gap, bytes}, random_());
+        const Image dst("dst",
+                        {region.width * 3 * bytes, region.height, options.upward ? -dstStep : dstStep, options.guard, options.gap, bytes},
+                        random_());
         const Bytes before = src.bytes();
         Bytes wanted = dst.bytes();
         const Reference<T> reference = {src, size, layout};
-        SCOPED_TRACE(testing::Message() << GetParam() << ", " << 8 * bytes << " bits, image " << size.width << " x " << size.height << ", region "
-                                        << roi.x << " " << roi.y << " " << roi.width << " " << roi.height << ", layout " << layout << ", pattern "
-                                        << static_cast<int>(pattern) << "\n  src: " << src.geometry() << "\n  dst: " << dst.geometry());
+        SCOPED_TRACE(testing::Message() << GetParam() << ", " << 8 * bytes << " bits, image " << size.width << " x " << size.height
+                                        << ", region " << roi.x << " " << roi.y << " " << roi.width << " " << roi.height << ", layout "
+                                        << layout << ", pattern " << static_cast<int>(pattern) << "\n  src: " << src.geometry()
+                                        << "\n  dst: " << dst.geometry());
         const auto kind = static_cast<Kuv32s>(random_());
-        EXPECT_EQ(watched([&] { return interpolate(src.row<T>(), roi, size, src.step(), dst.row<T>(), dst.step(), layout, kind); }), kuvStatusOk);
+        EXPECT_EQ(watched([&] { return interpolate(src.row<T>(), roi, size, src.step(), dst.row<T>(), dst.step(), layout, kind); }),
+                  kuvStatusOk);
         for (int r = 0; r < region.height; ++r) {
             for (int c = 0; c < region.width; ++c) {
                 const bool inside = roi.y + r >= 0 && roi.x + c >= 0;  // what stands outside of the image is not stated
                 const auto pixel = inside ? reference.pixel(roi.y + r, roi.x + c) : std::array<int, 3>{};
                 for (int channel = 0; channel < 3; ++channel) {
                     const int i = 3 * c + channel;
-                    store(dst.row(wanted, r), i, inside ? static_cast<T>(pixel[static_cast<std::size_t>(channel)]) : load<T>(dst.row(r), i));
+                    store(dst.row(wanted, r), i,
+                          inside ? static_cast<T>(pixel[static_cast<std::size_t>(channel)]) : load<T>(dst.row(r), i));
                 }
             }
         }
@@ -142,7 +154,8 @@ TEST_P(CfaToRgb, EverySmallSize) {
     for (int height = 2; height <= 12; ++height) {
         for (int width = 2; width <= 80; ++width) {
             expectWhole({width, height}, cfaLayouts[(width + height) % 4], Pattern::random, {});
-            expectWhole({width, height}, anyLayout(), anyPattern(), {.srcPadding = 1, .dstPadding = 3, .upward = oneIn(random_, 2), .guard = Guard::begin});
+            expectWhole({width, height}, anyLayout(), anyPattern(),
+                        {.srcPadding = 1, .dstPadding = 3, .upward = oneIn(random_, 2), .guard = Guard::begin});
             if (HasFailure()) return;
         }
     }
@@ -163,8 +176,11 @@ TEST_P(CfaToRgb, EveryPatternInEveryLayout) {
 TEST_P(CfaToRgb, AnyRegion) {
     for (int i = 0; i < rounds(600) && !HasFailure(); ++i) {
         const KuviSize size = {between(random_, 2, 90), between(random_, 2, 24)};
-        const KuviRect roi = {between(random_, -5, size.width - 1), between(random_, -5, size.height - 1), between(random_, 6, 100), between(random_, 6, 30)};
-        expectBoth(size, roi, anyLayout(), anyPattern(), {.srcPadding = below(random_, 4), .dstPadding = below(random_, 4), .guard = oneIn(random_, 2) ? Guard::end : Guard::begin});
+        const KuviRect roi = {between(random_, -5, size.width - 1), between(random_, -5, size.height - 1), between(random_, 6, 100),
+                              between(random_, 6, 30)};
+        expectBoth(
+            size, roi, anyLayout(), anyPattern(),
+            {.srcPadding = below(random_, 4), .dstPadding = below(random_, 4), .guard = oneIn(random_, 2) ? Guard::end : Guard::begin});
     }
     const KuviSize size = {40, 20};
     for (int y = 0; y < 6; ++y) {
@@ -211,7 +227,10 @@ TEST_P(CfaToRgb, PastAFarEdge) {
     EXPECT_EQ(interpolate(src.row<Kuv8u>(), {x, y, 5, height}, size, 20, memory.data() + 100, step, kuvCfaRGGB), kuvStatusOk);
     for (int r = 2; r <= size.height - 3; ++r) {
         const auto pixel = reference.pixel(r, size.width - 1);
-        for (int c = 0; c < 3; ++c) wanted[static_cast<std::size_t>((r - y) * step + 100 + 3 * (size.width - 1 - x) + c)] = static_cast<Kuv8u>(pixel[static_cast<std::size_t>(c)]);
+        for (int c = 0; c < 3; ++c) {
+            wanted[static_cast<std::size_t>((r - y) * step + 100 + 3 * (size.width - 1 - x) + c)] =
+                static_cast<Kuv8u>(pixel[static_cast<std::size_t>(c)]);
+        }
     }
     EXPECT_EQ(memory, wanted);
 
@@ -220,7 +239,10 @@ TEST_P(CfaToRgb, PastAFarEdge) {
     EXPECT_EQ(interpolate(src.row<Kuv8u>(), {4, 15, 40, 3}, size, 20, memory.data() + above * step, step, kuvCfaRGGB), kuvStatusOk);
     for (int c = 4; c < size.width; ++c) {
         const auto pixel = reference.pixel(size.height - 1, c);
-        for (int i = 0; i < 3; ++i) wanted[static_cast<std::size_t>((above + size.height - 1 - 15) * step + 3 * (c - 4) + i)] = static_cast<Kuv8u>(pixel[static_cast<std::size_t>(i)]);
+        for (int i = 0; i < 3; ++i) {
+            wanted[static_cast<std::size_t>((above + size.height - 1 - 15) * step + 3 * (c - 4) + i)] =
+                static_cast<Kuv8u>(pixel[static_cast<std::size_t>(i)]);
+        }
     }
     EXPECT_EQ(memory, wanted);
 }
@@ -254,9 +276,10 @@ TEST_P(CfaToRgb, RowsFurtherApartThan32BitsTell) {
     for (int r = 0; r < size.height; ++r) std::copy_n(near.row(r), size.width, reinterpret_cast<unsigned char*>(from.memory()) + step * r);
     EXPECT_EQ(interpolate(near.row<Kuv8u>(), {0, 0, 70, 6}, size, size.width, wanted.data(), 210, kuvCfaRGGB), kuvStatusOk);
     EXPECT_EQ(watched([&] {
-                  return interpolate(reinterpret_cast<const Kuv8u*>(from.memory()), {0, 0, 70, 6}, size, step, reinterpret_cast<Kuv8u*>(to.memory()), step,
-                                     kuvCfaRGGB);
-              }), kuvStatusOk);
+                  return interpolate(reinterpret_cast<const Kuv8u*>(from.memory()), {0, 0, 70, 6}, size, step,
+                                     reinterpret_cast<Kuv8u*>(to.memory()), step, kuvCfaRGGB);
+              }),
+              kuvStatusOk);
     for (int r = 0; r < size.height; ++r) EXPECT_EQ(std::memcmp(to.memory() + step * r, wanted.data() + 210 * r, 210), 0);
 }
 

@@ -25,10 +25,12 @@ struct ValueRange {
     std::tuple<Kuv32f, Kuv32f> operator()(Draw& draw) const {
         constexpr Kuv32f huge = std::numeric_limits<Kuv32f>::max(), infinite = std::numeric_limits<Kuv32f>::infinity(), none = NAN;
         constexpr Kuv32f tiny = 1e-45f;
-        constexpr std::tuple<Kuv32f, Kuv32f> ranges[] = {
-            {0.0f, 1.0f}, {0.0f, 255.0f}, {-1.0f, 1.0f}, {-300.0f, 900.0f}, {0.0f, 65535.0f}, {16.0f, 235.0f}, {-huge, huge}, {0.0f, tiny}, {-tiny, tiny},
-            {1e6f, 1e6f + 1.0f}, {-700.0f, -100.0f}, {1e-30f, 3e-30f}, {0.0f, infinite}, {-infinite, 0.0f}, {-infinite, infinite}, {none, 1.0f},
-            {0.0f, none}, {none, none}, {infinite, infinite}, {-1e20f, 1e19f}, {99.99999f, 100.0f}};
+        constexpr std::tuple<Kuv32f, Kuv32f> ranges[] = {{0.0f, 1.0f},       {0.0f, 255.0f},      {-1.0f, 1.0f},         {-300.0f, 900.0f},
+                                                         {0.0f, 65535.0f},   {16.0f, 235.0f},     {-huge, huge},         {0.0f, tiny},
+                                                         {-tiny, tiny},      {1e6f, 1e6f + 1.0f}, {-700.0f, -100.0f},    {1e-30f, 3e-30f},
+                                                         {0.0f, infinite},   {-infinite, 0.0f},   {-infinite, infinite}, {none, 1.0f},
+                                                         {0.0f, none},       {none, none},        {infinite, infinite},  {-1e20f, 1e19f},
+                                                         {99.99999f, 100.0f}};
         return ranges[below(draw.random, std::size(ranges))];
     }
 };
@@ -163,15 +165,16 @@ const std::vector<Conversion>& conversions() {
 class Convert : public VariantTest {
 protected:
     // Random samples, those of single precision mostly where results are neither 0 nor 255.
-    void expectConversion(const Conversion& conversion, KuviSize size, std::ptrdiff_t srcStep, std::ptrdiff_t dstStep, Guard guard = Guard::end,
-                          int srcGap = 0, int dstGap = 0) {
+    void expectConversion(const Conversion& conversion, KuviSize size, std::ptrdiff_t srcStep, std::ptrdiff_t dstStep,
+                          Guard guard = Guard::end, int srcGap = 0, int dstGap = 0) {
         const int samples = size.width * conversion.channels;
         const Image src("src", {samples * conversion.srcBytes, size.height, srcStep, guard, srcGap, conversion.srcBytes}, random_());
         const Image dst("dst", {samples * conversion.dstBytes, size.height, dstStep, guard, dstGap, conversion.dstBytes}, random_());
         for (int r = 0; r < size.height && conversion.srcBytes == 4; ++r) {
             for (int i = 0; i < samples; ++i) {
                 if (oneIn(random_, 16)) continue;
-                const bool wide = conversion.name.find("Convert") != std::string::npos, far = conversion.name.find("1000000") != std::string::npos;
+                const bool wide = conversion.name.find("Convert") != std::string::npos,
+                           far = conversion.name.find("1000000") != std::string::npos;
                 const auto tenths = static_cast<Kuv32f>(below(random_, 3000) - 200);
                 store(src.row(r), i, wide ? tenths / 10.0f : far ? 1e6f + tenths / 800.0f : tenths / 500.0f - 3.6f);
             }
@@ -179,7 +182,9 @@ protected:
         const Bytes before = src.bytes();
         Bytes wanted = dst.bytes();
         for (int r = 0; r < size.height; ++r) {
-            for (int i = 0; i < samples; ++i) conversion.single(src.row(r) + i * conversion.srcBytes, dst.row(wanted, r) + i * conversion.dstBytes);
+            for (int i = 0; i < samples; ++i) {
+                conversion.single(src.row(r) + i * conversion.srcBytes, dst.row(wanted, r) + i * conversion.dstBytes);
+            }
         }
         SCOPED_TRACE(testing::Message() << GetParam() << ", " << conversion.name << ", " << size.width << " x " << size.height
                                         << "\n  src: " << src.geometry() << "\n  dst: " << dst.geometry());
@@ -199,8 +204,8 @@ protected:
             D wanted;
             conversion.single(&samples[i], &wanted);
             if (std::memcmp(&got[i], &wanted, sizeof(D)) == 0) continue;
-            ADD_FAILURE() << GetParam() << ", " << conversion.name << ", sample " << i << " = " << std::hexfloat << +samples[i] << ": got " << +got[i]
-                          << ", wanted " << +wanted;
+            ADD_FAILURE() << GetParam() << ", " << conversion.name << ", sample " << i << " = " << std::hexfloat << +samples[i] << ": got "
+                          << +got[i] << ", wanted " << +wanted;
             return;
         }
     }
@@ -228,7 +233,9 @@ TEST_P(Convert, EveryAlignment) {
     for (const Conversion& each : conversions()) {
         for (int dstGap = 0; dstGap < 65 && !HasFailure(); ++dstGap) {
             for (const int srcGap : {0, 1, 7, dstGap}) {
-                for (const int width : {5, 40, 133}) expectConversion(each, {width, 2}, width * 12, width * 12 + 32, Guard::begin, srcGap, dstGap);
+                for (const int width : {5, 40, 133}) {
+                    expectConversion(each, {width, 2}, width * 12, width * 12 + 32, Guard::begin, srcGap, dstGap);
+                }
             }
         }
     }
@@ -252,8 +259,12 @@ TEST_P(Convert, AnyStep) {
 
 // Past the caches or not, with each answer to the questions about them.
 TEST_P(Convert, LargeImages) {
-    for (const auto& [status, bytes, line] : {std::tuple{kuvStatusOk, 0x1000, 64}, {kuvStatusOk, 0x1000, 4000}, {kuvStatusOk, 0x7FFFFFFF, 64},
-                                              {kuvStatusNoCpuid, 0x1000, 64}, {kuvStatusNoCpuid, -1, 0}, {kuvStatusOk, 1, 1}}) {
+    for (const auto& [status, bytes, line] : {std::tuple{kuvStatusOk, 0x1000, 64},
+                                              {kuvStatusOk, 0x1000, 4000},
+                                              {kuvStatusOk, 0x7FFFFFFF, 64},
+                                              {kuvStatusNoCpuid, 0x1000, 64},
+                                              {kuvStatusNoCpuid, -1, 0},
+                                              {kuvStatusOk, 1, 1}}) {
         const PresetCache cache(status, bytes, line);
         for (const Conversion& each : conversions()) {
             for (const int gap : {0, 4, 18, 33}) {
@@ -331,7 +342,8 @@ TEST_P(Convert, RangesToBytes) {
             values.push_back(static_cast<Kuv32f>(vMin + width * place));
             if (oneIn(random_, 50)) append(values, neighbours(vMin + width * (below(random_, 255) + 0.5) / 255.0, 1));
         }
-        for (const Kuv32f special : {0.0f, -0.0f, infinite, -infinite, NAN, -NAN, huge, -huge, 1e-45f, -1e-45f, 3e9f, -3e9f, 1e20f, -1e20f}) {
+        for (const Kuv32f special :
+             {0.0f, -0.0f, infinite, -infinite, NAN, -NAN, huge, -huge, 1e-45f, -1e-45f, 3e9f, -3e9f, 1e20f, -1e20f}) {
             values.push_back(special);
             append(values, {vMin, vMax, vMin, vMax, vMin, vMax, vMin});
         }
@@ -360,7 +372,9 @@ TEST_P(Convert, Examples) {
     EXPECT_EQ(converted({0.5f, 1.5f, 2.5f, above, below, NAN}, 1), (B{0, 2, 2, 1, 0, 0}));
     EXPECT_EQ(converted({254.9f, 255.0f, -7.0f}, 0), (B{254, 255, 0}));
     EXPECT_EQ(converted({0.5f, 2.5f, below}, 2), (B{1, 3, 0}));
-    for (const Kuv32s mode : {0, 1, 2}) EXPECT_EQ(converted({-0.0f, -1.0f, -1e30f, INFINITY, -INFINITY, NAN}, mode), (B{0, 0, 0, 255, 0, 0}));
+    for (const Kuv32s mode : {0, 1, 2}) {
+        EXPECT_EQ(converted({-0.0f, -1.0f, -1e30f, INFINITY, -INFINITY, NAN}, mode), (B{0, 0, 0, 255, 0, 0}));
+    }
 
     const Kuv32f halves[] = {128.5f, 129.5f, 255.5f};
     Kuv8u scaled[3];
@@ -425,7 +439,8 @@ TEST_P(Convert, RowsFurtherApartThan32BitsTell) {
             for (int i = 0; i < samples; ++i) {
                 char wanted[4] = {};
                 each.single(from.memory() + step * r + i * each.srcBytes, wanted);
-                EXPECT_EQ(std::memcmp(to.memory() + step * r + i * each.dstBytes, wanted, static_cast<std::size_t>(each.dstBytes)), 0) << each.name;
+                EXPECT_EQ(std::memcmp(to.memory() + step * r + i * each.dstBytes, wanted, static_cast<std::size_t>(each.dstBytes)), 0)
+                    << each.name;
             }
         }
     }

@@ -111,7 +111,8 @@ TEST_P(Copy, PlannedRows) {
         for (const int padding : {0, 32, 64, 37}) {
             for (const int offset : {-64, -1, 0, 1, 32, 64, 128, 159, 160, 161, 192, 2048}) {
                 for (const int dstGap : {512, 544, 515}) {
-                    expectCopy(copies[0], {row, 3}, row + padding, row + padding, Guard::begin, dstGap - offset + (offset > 128 ? 4096 : 0), dstGap);
+                    expectCopy(copies[0], {row, 3}, row + padding, row + padding, Guard::begin, dstGap - offset + (offset > 128 ? 4096 : 0),
+                               dstGap);
                     if (HasFailure()) return;
                 }
             }
@@ -123,7 +124,8 @@ TEST_P(Copy, PlannedRuns) {
     for (const int bytes : {32766, 32767, 32768, 32769, 32831, 32832, 40000, 100003}) {
         for (const int offset : {0, 1, 63, 64, 159, 160, 500}) {
             for (const int dstGap : {512, 515, 575}) {
-                const Image src("src", {bytes, 1, 0, Guard::begin, dstGap + 4096 - offset, 1}, 1), dst("dst", {bytes, 1, 0, Guard::begin, dstGap, 1}, 2);
+                const Image src("src", {bytes, 1, 0, Guard::begin, dstGap + 4096 - offset, 1}, 1),
+                    dst("dst", {bytes, 1, 0, Guard::begin, dstGap, 1}, 2);
                 Bytes wanted = dst.bytes();
                 std::copy_n(src.row(), bytes, dst.row(wanted, 0));
                 EXPECT_EQ(watched([&] { return kuvsCopy_8u(src.row(), dst.row(), bytes); }), kuvStatusOk);
@@ -136,7 +138,8 @@ TEST_P(Copy, PlannedRuns) {
 
 // With each answer that the cache may give: streamed, not streamed, unknown.
 TEST_P(Copy, LargeImages) {
-    for (const auto& [status, bytes] : {std::pair{kuvStatusOk, 0x100000}, {kuvStatusOk, 0x7FFFFFFF}, {kuvStatusNoCpuid, 0x100000}, {kuvStatusOk, 0}}) {
+    for (const auto& [status, bytes] :
+         {std::pair{kuvStatusOk, 0x100000}, {kuvStatusOk, 0x7FFFFFFF}, {kuvStatusNoCpuid, 0x100000}, {kuvStatusOk, 0}}) {
         const PresetCache cache(status, bytes);
         for (const PlainCopy& copy : {copies[0], copies[6]}) {
             const int width = 2080 / copy.pixelBytes, row = width * copy.pixelBytes, rows = 0x480000 / 2080;
@@ -146,7 +149,9 @@ TEST_P(Copy, LargeImages) {
             expectCopy(copy, {width, rows}, row, row + 64);
             expectCopy(copy, {2048 / copy.pixelBytes, rows}, 2048 + 64, 2048 + 64, Guard::begin, 0, 64);
             // Just below and above the limits of the unasked kind: 0x100000 bytes.
-            for (const int width2 : {1023, 1024, 1025}) expectCopy(copy, {width2, 1024 / copy.pixelBytes}, width2 * copy.pixelBytes + 1, width2 * copy.pixelBytes);
+            for (const int width2 : {1023, 1024, 1025}) {
+                expectCopy(copy, {width2, 1024 / copy.pixelBytes}, width2 * copy.pixelBytes + 1, width2 * copy.pixelBytes);
+            }
             if (HasFailure()) return;
         }
         for (const int length : {0x400000, 0x400001, 0x480001}) {
@@ -187,13 +192,19 @@ TEST_P(Copy, RowsFurtherApartThan32BitsTell) {
     for (const int width : {40, 700}) {
         for (const bool upward : {false, true}) {
             const std::ptrdiff_t sign = upward ? -1 : 1, start = upward ? 2 * step : 0;
-            for (int r = 0; r < 3; ++r) std::memset(from.memory() + start + sign * step * r, 'a' + r + width % 7, static_cast<std::size_t>(width));
+            for (int r = 0; r < 3; ++r) {
+                std::memset(from.memory() + start + sign * step * r, 'a' + r + width % 7, static_cast<std::size_t>(width));
+            }
             EXPECT_EQ(watched([&] {
                           return kuviCopy_8u_C1R(reinterpret_cast<const Kuv8u*>(from.memory() + start), static_cast<Kuv32s>(sign * step),
-                                                 reinterpret_cast<Kuv8u*>(to.memory() + start), static_cast<Kuv32s>(sign * step), {width, 3});
-                      }), kuvStatusOk);
+                                                 reinterpret_cast<Kuv8u*>(to.memory() + start), static_cast<Kuv32s>(sign * step),
+                                                 {width, 3});
+                      }),
+                      kuvStatusOk);
             for (int r = 0; r < 3; ++r) {
-                EXPECT_EQ(std::memcmp(to.memory() + start + sign * step * r, from.memory() + start + sign * step * r, static_cast<std::size_t>(width)), 0);
+                EXPECT_EQ(std::memcmp(to.memory() + start + sign * step * r, from.memory() + start + sign * step * r,
+                                      static_cast<std::size_t>(width)),
+                          0);
             }
         }
     }

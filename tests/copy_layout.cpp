@@ -45,7 +45,9 @@ struct Planes {
 
     std::tuple<const Kuv8u* const*, Kuv32s> operator()(Draw& draw) const {
         const std::ptrdiff_t step = drawStep(draw.random, StepClass::C, draw.size.width);
-        for (const Kuv8u*& each : *planes) each = draw.image<Kuv8u>(Role::source, draw.size.width, draw.size.height, step).template row<Kuv8u>();
+        for (const Kuv8u*& each : *planes) {
+            each = draw.image<Kuv8u>(Role::source, draw.size.width, draw.size.height, step).template row<Kuv8u>();
+        }
         return {planes->data(), static_cast<Kuv32s>(step)};
     }
 };
@@ -62,9 +64,10 @@ struct LayoutCopy {
     KuvStatus (*call)(const void* src, Kuv32s srcStep, void* dst, Kuv32s dstStep, KuviSize size);
 };
 
-#define ENTRY(function, T, colours, srcSamples, dstSamples)                                                                   \
-    {#function, sizeof(T), colours, srcSamples, dstSamples, [](const void* src, Kuv32s srcStep, void* dst, Kuv32s dstStep, KuviSize size) { \
-         return function(static_cast<const T*>(src), srcStep, static_cast<T*>(dst), dstStep, size);                           \
+#define ENTRY(function, T, colours, srcSamples, dstSamples)                                                 \
+    {#function, sizeof(T), colours, srcSamples, dstSamples,                                                 \
+     [](const void* src, Kuv32s srcStep, void* dst, Kuv32s dstStep, KuviSize size) {                        \
+         return function(static_cast<const T*>(src), srcStep, static_cast<T*>(dst), dstStep, size);         \
      }}
 constexpr LayoutCopy layoutCopies[] = {
     ENTRY(kuviCopy_8u_AC4R, Kuv8u, 3, 4, 4),   ENTRY(kuviCopy_16u_AC4R, Kuv16u, 3, 4, 4),   ENTRY(kuviCopy_8u_C3AC4R, Kuv8u, 3, 3, 4),
@@ -83,7 +86,9 @@ protected:
         const Bytes before = src.bytes();
         Bytes wanted = dst.bytes();
         for (int r = 0; r < size.height; ++r) {
-            for (int i = 0; i < size.width; ++i) std::memcpy(dst.row(wanted, r) + i * dstPitch, src.row(r) + i * srcPitch, static_cast<std::size_t>(colourBytes));
+            for (int i = 0; i < size.width; ++i) {
+                std::memcpy(dst.row(wanted, r) + i * dstPitch, src.row(r) + i * srcPitch, static_cast<std::size_t>(colourBytes));
+            }
         }
         SCOPED_TRACE(testing::Message() << GetParam() << ", " << copy.name << ", " << size.width << " x " << size.height << "\n  src: "
                                         << src.geometry() << "\n  dst: " << dst.geometry());
@@ -97,15 +102,19 @@ protected:
         std::vector<std::unique_ptr<Image>> planes;
         const Kuv8u* addresses[count];
         for (int c = 0; c < count; ++c) {
-            planes.push_back(std::make_unique<Image>("plane", Geometry{size.width, size.height, size.width + padding, guard, 0, 1}, ++seed_));
+            planes.push_back(
+                std::make_unique<Image>("plane", Geometry{size.width, size.height, size.width + padding, guard, 0, 1}, ++seed_));
             addresses[c] = planes.back()->row();
         }
         const Image dst("dst", {size.width * count, size.height, (size.width + padding) * count, guard, gap, 1}, ++seed_);
         Bytes wanted = dst.bytes();
         for (int r = 0; r < size.height; ++r) {
-            for (int i = 0; i < size.width * count; ++i) dst.row(wanted, r)[i] = planes[static_cast<std::size_t>(i % count)]->row(r)[i / count];
+            for (int i = 0; i < size.width * count; ++i) {
+                dst.row(wanted, r)[i] = planes[static_cast<std::size_t>(i % count)]->row(r)[i / count];
+            }
         }
-        SCOPED_TRACE(testing::Message() << GetParam() << ", " << count << " planes, " << size.width << " x " << size.height << "\n  dst: " << dst.geometry());
+        SCOPED_TRACE(testing::Message() << GetParam() << ", " << count << " planes, " << size.width << " x " << size.height
+                                        << "\n  dst: " << dst.geometry());
         EXPECT_EQ(watched([&] { return function(addresses, planes[0]->step(), dst.row(), dst.step(), size); }), kuvStatusOk);
         EXPECT_EQ(dst.difference(wanted), "");
         for (int c = 0; c < count; ++c) {
@@ -119,20 +128,23 @@ protected:
     template <class T, class Function>
     void expectMasked(Function function, KuviSize size, int padding, int oneMaskIn, Guard guard) {
         const int row = size.width * static_cast<int>(sizeof(T));
-        const Image src("src", {row, size.height, row + padding, guard, 0, sizeof(T)}, ++seed_), dst("dst", {row, size.height, row + padding, guard, 0, sizeof(T)}, ++seed_);
+        const Image src("src", {row, size.height, row + padding, guard, 0, sizeof(T)}, ++seed_),
+            dst("dst", {row, size.height, row + padding, guard, 0, sizeof(T)}, ++seed_);
         const Image mask("mask", {size.width, size.height, size.width + padding, guard, 0, 1}, ++seed_);
         Random random(seed_);
         Bytes wanted = dst.bytes();
         for (int r = 0; r < size.height; ++r) {
             for (int i = 0; i < size.width; ++i) {
                 // Any bit counts.
-                const unsigned char element = oneMaskIn > 0 && oneIn(random, oneMaskIn) ? static_cast<unsigned char>(1u << below(random, 8)) : 0;
+                const unsigned char element =
+                    oneMaskIn > 0 && oneIn(random, oneMaskIn) ? static_cast<unsigned char>(1u << below(random, 8)) : 0;
                 mask.row(r)[i] = element;
                 if (element != 0) store(dst.row(wanted, r), i, load<T>(src.row(r), i));
             }
         }
         SCOPED_TRACE(testing::Message() << GetParam() << ", " << sizeof(T) << " bytes, " << size.width << " x " << size.height);
-        EXPECT_EQ(watched([&] { return function(src.row<T>(), src.step(), dst.row<T>(), dst.step(), size, mask.row(), mask.step()); }), kuvStatusOk);
+        EXPECT_EQ(watched([&] { return function(src.row<T>(), src.step(), dst.row<T>(), dst.step(), size, mask.row(), mask.step()); }),
+                  kuvStatusOk);
         EXPECT_EQ(dst.difference(wanted), "");
     }
 
@@ -157,7 +169,8 @@ TEST_P(CopyLayout, AnyStep) {
     for (const LayoutCopy& copy : layoutCopies) {
         for (const int width : {1, 7, 40, 70}) {
             const int row = width * copy.dstSamples * copy.sampleBytes;
-            for (const std::ptrdiff_t step : {std::ptrdiff_t{1}, std::ptrdiff_t{-1}, std::ptrdiff_t{row + 5}, std::ptrdiff_t{-row}, std::ptrdiff_t{-row - 3}, std::ptrdiff_t{row / 2 + 1}}) {
+            for (const std::ptrdiff_t step : {std::ptrdiff_t{1}, std::ptrdiff_t{-1}, std::ptrdiff_t{row + 5}, std::ptrdiff_t{-row},
+                                              std::ptrdiff_t{-row - 3}, std::ptrdiff_t{row / 2 + 1}}) {
                 expectLayout(copy, {width, 4}, 5, step, Guard::end);
                 expectLayout(copy, {width, 4}, 0, step, Guard::begin, 3);
                 if (HasFailure()) return;
@@ -183,7 +196,10 @@ TEST_P(CopyLayout, ColoursOntoThemselves) {
     for (const int width : {1, 9, 100}) {
         const Image image("image", {width * 8, 3, width * 8 + 3, Guard::end, 0, 2}, 1);
         const Bytes before = image.bytes();
-        EXPECT_EQ(watched([&] { return kuviCopy_16u_AC4R(image.row<Kuv16u>(), image.step(), image.row<Kuv16u>(), image.step(), {width, 3}); }), kuvStatusOk);
+        EXPECT_EQ(watched([&] {
+                      return kuviCopy_16u_AC4R(image.row<Kuv16u>(), image.step(), image.row<Kuv16u>(), image.step(), {width, 3});
+                  }),
+                  kuvStatusOk);
         EXPECT_EQ(watched([&] { return kuviCopy_8u_AC4R(image.row(), image.step(), image.row(), image.step(), {width, 3}); }), kuvStatusOk);
         EXPECT_EQ(image.difference(before), "");
     }
@@ -235,8 +251,13 @@ TEST_P(CopyLayout, RowsFurtherApartThan32BitsTell) {
             std::memset(from.memory() + step * r, 'a' + r, 500);
             std::memset(to.memory() + step * r, 0, 500);
         }
-        EXPECT_EQ(watched([&] { return copy.call(from.memory(), static_cast<Kuv32s>(step), to.memory(), static_cast<Kuv32s>(step), {width, 3}); }), kuvStatusOk);
-        for (int r = 0; r < 3; ++r) EXPECT_EQ(to.memory()[step * r + static_cast<std::ptrdiff_t>((width - 1) * pitch)], 'a' + r) << copy.name;
+        EXPECT_EQ(watched([&] {
+                      return copy.call(from.memory(), static_cast<Kuv32s>(step), to.memory(), static_cast<Kuv32s>(step), {width, 3});
+                  }),
+                  kuvStatusOk);
+        for (int r = 0; r < 3; ++r) {
+            EXPECT_EQ(to.memory()[step * r + static_cast<std::ptrdiff_t>((width - 1) * pitch)], 'a' + r) << copy.name;
+        }
     }
 }
 

@@ -54,7 +54,9 @@ RealBlock exactly(Direction direction, const Block& block) {
 }
 
 // px, literally, with 64-bit intermediates that are wrapped to 32 bits where they are shifted.
-std::int64_t shifted(std::int64_t v, int bits) { return static_cast<Kuv32s>(static_cast<Kuv32u>(v + (std::int64_t{1} << (bits - 1)))) >> bits; }
+std::int64_t shifted(std::int64_t v, int bits) {
+    return static_cast<Kuv32s>(static_cast<Kuv32u>(v + (std::int64_t{1} << (bits - 1)))) >> bits;
+}
 
 std::array<std::int64_t, 8> butterfly(Direction direction, const std::array<std::int64_t, 8>& x, int bits) {
     const auto r12 = [](std::int64_t v) { return shifted(v, 12); };
@@ -125,7 +127,8 @@ Block drawn(Random& random, int lowest, int highest) {
 Block coefficientsOf(const Block& samples) {
     Block result;
     const RealBlock exact = exactly(Direction::forward, samples);
-    std::transform(exact.begin(), exact.end(), result.begin(), [](double v) { return static_cast<Kuv16s>(std::clamp(std::nearbyint(v), -2048.0, 2047.0)); });
+    std::transform(exact.begin(), exact.end(), result.begin(),
+                   [](double v) { return static_cast<Kuv16s>(std::clamp(std::nearbyint(v), -2048.0, 2047.0)); });
     return result;
 }
 
@@ -148,7 +151,9 @@ TEST_P(Dct8x8, ArithmeticIsAsStated) {
         if (round % 5 == 0) {  // extremes alone
             for (Kuv16s& each : block) each = each < 0 ? static_cast<Kuv16s>(-range) : static_cast<Kuv16s>(range - 1);
         }
-        for (const Direction direction : both) EXPECT_EQ(transformed(direction, block), literally(direction, GetParam().isPx(), block)) << "range " << range;
+        for (const Direction direction : both) {
+            EXPECT_EQ(transformed(direction, block), literally(direction, GetParam().isPx(), block)) << "range " << range;
+        }
     }
 }
 

@@ -181,7 +181,9 @@ TEST_P(Demosaic, OneBrightSite) {
     Kuv8u src[side * side] = {}, dst[side * side * 3] = {}, tmp[30 * (side + 6)];
     src[6 * side + 6] = 200;
     EXPECT_EQ(kuviDemosaicAHD_8u_C1C3R(src, {0, 0, side, side}, {side, side}, side, dst, 3 * side, kuvCfaRGGB, tmp, side + 6), kuvStatusOk);
-    const auto pixel = [&](int r, int c) { return std::array<int, 3>{dst[(r * side + c) * 3], dst[(r * side + c) * 3 + 1], dst[(r * side + c) * 3 + 2]}; };
+    const auto pixel = [&](int r, int c) {
+        return std::array<int, 3>{dst[(r * side + c) * 3], dst[(r * side + c) * 3 + 1], dst[(r * side + c) * 3 + 2]};
+    };
     // Green between two zeros stays zero; red spreads by halves along its row and column and by quarters over the diagonals.
     EXPECT_EQ(pixel(6, 6), (std::array{200, 0, 0}));
     for (const int d : {-1, 1}) {

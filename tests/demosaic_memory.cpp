@@ -77,8 +77,9 @@ TEST_P(DemosaicMemory, AnyWorkingStepAndAddress) {
                 for (const bool upward : {false, true}) {
                     for (const int gap : {0, 1, 2, 3, 5, 16, 31}) {
                         ++seed;
-                        expectDemosaic(GetParam(), mosaic, mosaic.whole(), seed,
-                                       {.tmpPadding = padding, .tmpUpward = upward, .guard = seed % 2 ? Guard::end : Guard::begin, .tmpGap = gap});
+                        expectDemosaic(
+                            GetParam(), mosaic, mosaic.whole(), seed,
+                            {.tmpPadding = padding, .tmpUpward = upward, .guard = seed % 2 ? Guard::end : Guard::begin, .tmpGap = gap});
                         if (HasFailure()) return;
                     }
                 }
@@ -205,7 +206,8 @@ TEST_P(DemosaicMemory, StackUseIsBounded) {
         std::vector<T> src(700 * 30, T{9}), dst(700 * 30 * 3), tmp(30 * 706);
         const std::size_t idle = stackOf([] {});
         const std::size_t busy = stackOf([&] {
-            demosaic(src.data(), {0, 0, 700, 30}, size, 700 * sizeof(T), dst.data(), 2100 * sizeof(T), kuvCfaRGGB, tmp.data(), 706 * sizeof(T));
+            demosaic(src.data(), {0, 0, 700, 30}, size, 700 * sizeof(T), dst.data(), 2100 * sizeof(T), kuvCfaRGGB, tmp.data(),
+                     706 * sizeof(T));
         });
         EXPECT_LE(busy - idle, 33u << 10) << "32 KiB of working space, and a frame";
         EXPECT_EQ(dst[1000], T{9});

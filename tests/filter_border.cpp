@@ -23,7 +23,8 @@ struct FilterArguments {
         return most < 1e15 ? 2 * roundings * 0x1p-22 * sum * most + 1e-37 : HUGE_VAL;
     }
 
-    std::tuple<const Kuv32f*, Kuv32s, Kuv32f*, Kuv32s, KuviSize, Kuv32s, const Kuv32f*, const KuviBorderKernel*, Kuv8u*> operator()(Draw& draw) const {
+    std::tuple<const Kuv32f*, Kuv32s, Kuv32f*, Kuv32s, KuviSize, Kuv32s, const Kuv32f*, const KuviBorderKernel*, Kuv8u*> operator()(
+        Draw& draw) const {
         const KuviSize size = {between(draw.random, 1, 12), between(draw.random, 1, 12)};
         const bool whole = oneIn(draw.random, 2);
         const FilterCall call = {anyKernel(draw.random, size, whole), draw.size, border != 0 ? border : anyBorder(draw.random)};
@@ -41,7 +42,8 @@ struct FilterArguments {
         const Image& value = draw.image<Kuv32f>(Role::record, 1, 1, 0);
         store(value.row(), 0, wholeNumber(draw.random, 1000));
         const auto close = [limit = whole ? 0 : tolerance(call, most + 1000)](const void* got, const void* wanted) {
-            return limit == HUGE_VAL || sameBits<Kuv32f>(got, wanted) || std::abs(double(load<Kuv32f>(got)) - load<Kuv32f>(wanted)) <= limit;
+            return limit == HUGE_VAL || sameBits<Kuv32f>(got, wanted) ||
+                   std::abs(double(load<Kuv32f>(got)) - load<Kuv32f>(wanted)) <= limit;
         };
         const Image& dst = draw.image<Kuv32f>(Role::output, call.size.width, call.size.height, dstStep, close);
         Kuv32s specBytes = 0, bufferBytes = 0;
@@ -87,11 +89,14 @@ TEST_P(FilterBorder, EveryKernelSize) {
         for (int kh = 1; kh <= 20; ++kh) {
             if (kw > 9 && kh > 9 && !oneIn(random_, 8)) continue;
             const int width = oneIn(random_, 4) ? between(random_, 1, kw + 9) : between(random_, kw, 60);
-            expectFiltered(callOf({kw, kh}, {width, oneIn(random_, 4) ? between(random_, 1, kh + 1) : between(random_, kh, 28)}, anyBorder(random_)));
+            expectFiltered(
+                callOf({kw, kh}, {width, oneIn(random_, 4) ? between(random_, 1, kh + 1) : between(random_, kh, 28)}, anyBorder(random_)));
         }
     }
     for (const KuviSize kernel : {KuviSize{41, 3}, {3, 41}, {33, 35}, {100, 1}, {1, 100}}) {
-        for (const KuviSize size : {KuviSize{1, 1}, {50, 45}, {120, 7}, {7, 120}, {33, 3}}) expectFiltered(callOf(kernel, size, anyBorder(random_)));
+        for (const KuviSize size : {KuviSize{1, 1}, {50, 45}, {120, 7}, {7, 120}, {33, 3}}) {
+            expectFiltered(callOf(kernel, size, anyBorder(random_)));
+        }
     }
 }
 
@@ -106,8 +111,10 @@ TEST_P(FilterBorder, EveryAlignment) {
     for (int gap = 0; gap <= 64 && !HasFailure(); ++gap) {
         for (const Guard guard : {Guard::end, Guard::begin}) {
             const FilterPlace at = {below(random_, 70), guard, gap};
-            FilterCall call = callOf({between(random_, 1, 9), between(random_, 1, 9)}, {between(random_, 1, 70), between(random_, 1, 12)}, anyBorder(random_));
-            for (FilterPlace FilterCall::*const place : {&FilterCall::srcAt, &FilterCall::dstAt, &FilterCall::specAt, &FilterCall::bufferAt}) {
+            FilterCall call = callOf({between(random_, 1, 9), between(random_, 1, 9)}, {between(random_, 1, 70), between(random_, 1, 12)},
+                                     anyBorder(random_));
+            for (FilterPlace FilterCall::*const place :
+                 {&FilterCall::srcAt, &FilterCall::dstAt, &FilterCall::specAt, &FilterCall::bufferAt}) {
                 const FilterPlace before = call.*place;
                 call.*place = at;
                 expectFiltered(call);
@@ -120,7 +127,8 @@ TEST_P(FilterBorder, EveryAlignment) {
 // Asked for an integer kernel, too.
 TEST_P(FilterBorder, SizesOfAnIntegerKernel) {
     for (int i = 0; i < rounds(200) && !HasFailure(); ++i) {
-        FilterCall call = callOf({between(random_, 1, 9), between(random_, 1, 9)}, {between(random_, 1, 70), between(random_, 1, 12)}, anyBorder(random_));
+        FilterCall call = callOf({between(random_, 1, 9), between(random_, 1, 9)}, {between(random_, 1, 70), between(random_, 1, 12)},
+                                 anyBorder(random_));
         call.kernelType = kuvDataType16s;
         expectFiltered(call);
     }
@@ -130,7 +138,8 @@ TEST_P(FilterBorder, SpecialValues) {
     constexpr Kuv32f infinity = std::numeric_limits<Kuv32f>::infinity(), nan = std::numeric_limits<Kuv32f>::quiet_NaN();
     const Kuv32f special[] = {0, -0.0f, infinity, -infinity, nan, 3e38f, -3e38f, 1e-45f, -1e-40f, 1};
     for (int i = 0; i < rounds(300) && !HasFailure(); ++i) {
-        FilterCall call = callOf({between(random_, 1, 10), between(random_, 1, 6)}, {between(random_, 1, 60), between(random_, 1, 9)}, anyBorder(random_));
+        FilterCall call = callOf({between(random_, 1, 10), between(random_, 1, 6)}, {between(random_, 1, 60), between(random_, 1, 9)},
+                                 anyBorder(random_));
         const int kind = below(random_, 4);
         for (Kuv32f& each : call.kernel.coefficients) {
             if (kind == 0 || oneIn(random_, 3)) each = kind == 1 ? special[below(random_, 10)] : oneIn(random_, 2) ? 0 : -0.0f;
@@ -152,11 +161,13 @@ TEST_P(FilterBorder, ANaNReachesWhatCoversIt) {
         const KeptKernel kept(kernel, size);
         std::vector<Kuv8u> buffer(static_cast<std::size_t>(kept.bufferBytes));
         const Kuv32f zero = 0;
-        EXPECT_EQ(kuviFilterBorder_32f_C1R(src.data(), 200, dst.data(), 200, size, kuvBorderFill, &zero, kept.spec(), buffer.data()), kuvStatusOk);
+        EXPECT_EQ(kuviFilterBorder_32f_C1R(src.data(), 200, dst.data(), 200, size, kuvBorderFill, &zero, kept.spec(), buffer.data()),
+                  kuvStatusOk);
         for (int y = 0; y < 20; ++y) {
             for (int x = 0; x < 50; ++x) {
                 const bool covered = std::abs(x - at) <= 1 && row >= y - 1 && row <= y + 2;
-                EXPECT_EQ(std::isnan(dst[static_cast<std::size_t>(50 * y + x)]), covered) << GetParam() << ", NaN at " << at << ", " << x << ", " << y;
+                EXPECT_EQ(std::isnan(dst[static_cast<std::size_t>(50 * y + x)]), covered)
+                    << GetParam() << ", NaN at " << at << ", " << x << ", " << y;
             }
         }
     }
@@ -173,9 +184,11 @@ TEST_P(FilterBorder, ErrorsWithinTheBound) {
         std::vector<Kuv32f> src(static_cast<std::size_t>(size.width * size.height)), dst(src.size());
         for (Kuv32f& each : src) each = anyNumber(random_) * std::ldexp(1.0f, below(random_, 30) - 15);
         std::vector<Kuv8u> buffer(static_cast<std::size_t>(kept.bufferBytes));
-        EXPECT_EQ(kuviFilterBorder_32f_C1R(src.data(), 4 * size.width, dst.data(), 4 * size.width, size, kuvBorderReflect, nullptr, kept.spec(),
-                                           buffer.data()), kuvStatusOk);
-        const ContinuedImage continued(kernel, size, kuvBorderReflect, 0, [&](int x, int y) { return src[static_cast<std::size_t>(size.width * y + x)]; });
+        EXPECT_EQ(kuviFilterBorder_32f_C1R(src.data(), 4 * size.width, dst.data(), 4 * size.width, size, kuvBorderReflect, nullptr,
+                                           kept.spec(), buffer.data()),
+                  kuvStatusOk);
+        const ContinuedImage continued(kernel, size, kuvBorderReflect, 0,
+                                       [&](int x, int y) { return src[static_cast<std::size_t>(size.width * y + x)]; });
         for (int y = 0; y < size.height; ++y) {
             for (int x = 0; x < size.width; ++x) {
                 long double exact = 0, absolute = 0;
@@ -189,7 +202,8 @@ TEST_P(FilterBorder, ErrorsWithinTheBound) {
                 }
                 const Kuv32f got = dst[static_cast<std::size_t>(size.width * y + x)];
                 const double bound = n * u / (1 - n * u) * static_cast<double>(absolute) +
-                                     (GetParam().isPx() ? std::ldexp(std::abs(static_cast<double>(got)), -24) : 0) + 1e-18 * static_cast<double>(absolute);
+                                     (GetParam().isPx() ? std::ldexp(std::abs(static_cast<double>(got)), -24) : 0) +
+                                     1e-18 * static_cast<double>(absolute);
                 ASSERT_LE(std::abs(static_cast<double>(static_cast<long double>(got) - exact)), bound)
                     << GetParam() << ", kernel " << kernel.size.width << " x " << kernel.size.height << ", pixel " << x << ", " << y;
             }
@@ -239,7 +253,8 @@ TEST_P(FilterBorder, SmallestSteps) {
     const std::vector<Kuv32f> src = {1, 2, 3, 4, 5, 6, 7, 8, 9};
     std::vector<Kuv32f> dst(18);
     const auto status = [&](Kuv32s srcStep, Kuv32s dstStep, KuviSize size) {
-        return kuviFilterBorder_32f_C1R(src.data(), srcStep, dst.data(), dstStep, size, kuvBorderClamp, nullptr, kept.spec(), buffer.data());
+        return kuviFilterBorder_32f_C1R(src.data(), srcStep, dst.data(), dstStep, size, kuvBorderClamp, nullptr, kept.spec(),
+                                        buffer.data());
     };
     EXPECT_EQ(status(4, 31, {8, 2}), kuvStatusBadStep);
     for (const Kuv32s width : {1 << 30, (1 << 30) + 8, INT32_MAX}) EXPECT_EQ(status(4, INT32_MAX, {width, 1}), kuvStatusBadStep);
@@ -259,9 +274,11 @@ TEST_P(FilterBorder, SourceRowsThatLieOnEachOther) {
         std::vector<Kuv32f> dst(static_cast<std::size_t>(size.width * size.height));
         const KeptKernel kept(kernel, size);
         std::vector<Kuv8u> buffer(static_cast<std::size_t>(kept.bufferBytes));
-        EXPECT_EQ(kuviFilterBorder_32f_C1R(reinterpret_cast<const Kuv32f*>(src.data()), step, dst.data(), 4 * size.width, size, kuvBorderClamp, nullptr,
-                                           kept.spec(), buffer.data()), kuvStatusOk);
-        const ContinuedImage continued(kernel, size, kuvBorderClamp, 0, [&](int x, int y) { return load<Kuv32f>(src.data() + step * y, x); });
+        EXPECT_EQ(kuviFilterBorder_32f_C1R(reinterpret_cast<const Kuv32f*>(src.data()), step, dst.data(), 4 * size.width, size,
+                                           kuvBorderClamp, nullptr, kept.spec(), buffer.data()),
+                  kuvStatusOk);
+        const ContinuedImage continued(kernel, size, kuvBorderClamp, 0,
+                                       [&](int x, int y) { return load<Kuv32f>(src.data() + step * y, x); });
         for (int y = 0; y < size.height; ++y) {
             for (int x = 0; x < size.width; ++x) {
                 const Kuv32f wanted = filteredPixel(GetParam(), kernel, size.width, [&](int a, int b) {
@@ -290,10 +307,12 @@ TEST_P(FilterBorder, RowsFurtherApartThan32BitsTell) {
         const KeptKernel kept(kernel, size);
         std::vector<Kuv8u> buffer(static_cast<std::size_t>(kept.bufferBytes));
         EXPECT_EQ(watched([&] {
-                      return kuviFilterBorder_32f_C1R(reinterpret_cast<const Kuv32f*>(src), srcStep, reinterpret_cast<Kuv32f*>(to.memory()), dstStep,
-                                                      size, border, nullptr, kept.spec(), buffer.data());
-                  }), kuvStatusOk);
-        const ContinuedImage continued(kernel, size, border, 0, [&](int x, int y) { return load<Kuv32f>(src + std::ptrdiff_t{y} * srcStep, x); });
+                      return kuviFilterBorder_32f_C1R(reinterpret_cast<const Kuv32f*>(src), srcStep, reinterpret_cast<Kuv32f*>(to.memory()),
+                                                      dstStep, size, border, nullptr, kept.spec(), buffer.data());
+                  }),
+                  kuvStatusOk);
+        const ContinuedImage continued(kernel, size, border, 0,
+                                       [&](int x, int y) { return load<Kuv32f>(src + std::ptrdiff_t{y} * srcStep, x); });
         for (int y = 0; y < height; ++y) {
             for (int x = 0; x < width; ++x) {
                 ASSERT_EQ(load<Kuv32f>(to.memory() + std::ptrdiff_t{y} * dstStep, x),

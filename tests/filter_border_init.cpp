@@ -55,7 +55,9 @@ Sizes sizesOf(const Variant& variant, KuviSize kernel, KuviSize region, Kuv32s d
     const Wide kw = kernel.width, kh = kernel.height, rw = region.width, rh = region.height;
     bool integer = kernelType == kuvDataType16s;
     if (dataType == kuvDataType16u) integer = false;
-    if (dataType == kuvDataType16s && !((channels == 1 || channels == 2) && kw > 1 && kh > 1 && (channels != 1 || kw >= 3))) integer = false;
+    if (dataType == kuvDataType16s && !((channels == 1 || channels == 2) && kw > 1 && kh > 1 && (channels != 1 || kw >= 3))) {
+        integer = false;
+    }
     Sizes sizes;
     sizes.spec = roundedTo64(kw * kh * (integer ? 2 : 4)) + roundedTo64((kw + 1) / 2 * 32 * kh) + 191;
     const bool between = !variant.isPx() && !variant.hasAVX();
@@ -84,9 +86,9 @@ protected:
         const Sizes wanted = sizesOf(GetParam(), kernel, region, dataType, kernelType, channels);
         const bool fits = wanted.spec <= INT32_MAX && wanted.buffer <= INT32_MAX;
         Kuv32s spec = 77, buffer = 78;
-        SCOPED_TRACE(testing::Message() << GetParam() << ", kernel " << kernel.width << " x " << kernel.height << ", region " << region.width
-                                        << " x " << region.height << ", types " << dataType << " and " << kernelType << ", " << channels
-                                        << " channels");
+        SCOPED_TRACE(testing::Message() << GetParam() << ", kernel " << kernel.width << " x " << kernel.height << ", region "
+                                        << region.width << " x " << region.height << ", types " << dataType << " and " << kernelType << ", "
+                                        << channels << " channels");
         EXPECT_EQ(watched([&] { return kuviFilterBorderGetSize(kernel, region, dataType, kernelType, channels, &spec, &buffer); }),
                   fits ? kuvStatusOk : kuvStatusSizeOverflow);
         EXPECT_EQ(spec, fits ? static_cast<Kuv32s>(wanted.spec) : 77);
@@ -108,7 +110,8 @@ KUV_FOR_EACH_VARIANT(FilterBorderSize);
 TEST_P(FilterBorderSize, SmallKernelsAndRegions) {
     for (int kw = 1; kw <= 6; ++kw) {
         for (int kh = 1; kh <= 6; ++kh) {
-            for (const KuviSize region : {KuviSize{1, 1}, {2, 2}, {3, 7}, {7, 3}, {4, 4}, {5, 5}, {100, 3}, {3, 100}, {1920, 1080}, {9, 4000}}) {
+            for (const KuviSize region :
+                 {KuviSize{1, 1}, {2, 2}, {3, 7}, {7, 3}, {4, 4}, {5, 5}, {100, 3}, {3, 100}, {1920, 1080}, {9, 4000}}) {
                 expectSizes({kw, kh}, region);
             }
         }
@@ -180,11 +183,13 @@ protected:
         const Bytes kernelBefore = kernel.bytes();
         Bytes wanted = block.bytes();
         write(size, dataType, channels, roundMode, kernel.row(), block.row(), block.row(wanted, 0));
-        SCOPED_TRACE(testing::Message() << GetParam() << ", " << size.width << " x " << size.height << ", type " << dataType << ", " << channels
-                                        << " channels, block: " << block.geometry());
+        SCOPED_TRACE(testing::Message() << GetParam() << ", " << size.width << " x " << size.height << ", type " << dataType << ", "
+                                        << channels << " channels, block: " << block.geometry());
         EXPECT_EQ(watched([&] {
-                      return kuviFilterBorderInit_32f(kernel.row<Kuv32f>(), size, dataType, channels, roundMode, block.row<KuviBorderKernel>());
-                  }), roundMode & 16 ? kuvStatusRoundFlagSet : kuvStatusOk);
+                      return kuviFilterBorderInit_32f(kernel.row<Kuv32f>(), size, dataType, channels, roundMode,
+                                                      block.row<KuviBorderKernel>());
+                  }),
+                  roundMode & 16 ? kuvStatusRoundFlagSet : kuvStatusOk);
         EXPECT_EQ(block.difference(wanted), "");
         EXPECT_EQ(kernel.difference(kernelBefore), "");
     }
@@ -204,7 +209,8 @@ protected:
             store(record + 128, count - 1 - i, value);
             if (dataType == kuvDataType32f || channels == 2) continue;
             for (int k = 0; k < 4; ++k) {
-                store(record + lanes, 4 * i + k, dataType == kuvDataType16s ? static_cast<Kuv32f>(static_cast<double>(value) / 65536) : value);
+                store(record + lanes, 4 * i + k,
+                      dataType == kuvDataType16s ? static_cast<Kuv32f>(static_cast<double>(value) / 65536) : value);
             }
         }
     }

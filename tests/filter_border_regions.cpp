@@ -8,11 +8,13 @@ using namespace kuvtest;
 class FilterBorderRegions : public FilterTest {
 protected:
     // Of a kernel and samples that are easily told.
-    std::vector<Kuv32f> filtered(const FilterKernel& kernel, const std::vector<Kuv32f>& src, KuviSize size, Kuv32s border, Kuv32f value = 0) {
+    std::vector<Kuv32f> filtered(const FilterKernel& kernel, const std::vector<Kuv32f>& src, KuviSize size, Kuv32s border,
+                                 Kuv32f value = 0) {
         const KeptKernel kept(kernel, size);
         std::vector<Kuv32f> dst(src.size());
         std::vector<Kuv8u> buffer(static_cast<std::size_t>(kept.bufferBytes));
-        EXPECT_EQ(kuviFilterBorder_32f_C1R(src.data(), 4 * size.width, dst.data(), 4 * size.width, size, border, &value, kept.spec(), buffer.data()),
+        EXPECT_EQ(kuviFilterBorder_32f_C1R(src.data(), 4 * size.width, dst.data(), 4 * size.width, size, border, &value, kept.spec(),
+                                           buffer.data()),
                   kuvStatusOk);
         return dst;
     }
@@ -63,7 +65,9 @@ TEST_P(FilterBorderRegions, ASinglePixelOrColumn) {
     for (const Kuv32s rule : {kuvBorderClamp, kuvBorderReflect, kuvBorderFill}) {
         for (int kw = 1; kw <= 5; ++kw) {
             for (int kh = 1; kh <= 5; ++kh) {
-                for (const KuviSize size : {KuviSize{1, 1}, {1, 9}, {9, 1}, {1, 2}, {2, 1}, {2, 2}}) expectFiltered(callOf({kw, kh}, size, rule));
+                for (const KuviSize size : {KuviSize{1, 1}, {1, 9}, {9, 1}, {1, 2}, {2, 1}, {2, 2}}) {
+                    expectFiltered(callOf({kw, kh}, size, rule));
+                }
             }
         }
     }
@@ -139,15 +143,16 @@ TEST_P(FilterBorderRegions, TilesMakeTheWhole) {
                 const Image buffer("buffer", {kept.bufferBytes, 1, 0, Guard::end, below(random_, 65), 1}, random_());
                 const std::size_t first = static_cast<std::size_t>(y * size.width + x);
                 EXPECT_EQ(watched([&] {
-                              return kuviFilterBorder_32f_C1R(src.data() + first, 4 * size.width, tiled.data() + first, 4 * size.width, tile, rule + flags,
-                                                              &value, kept.spec(), buffer.row());
-                          }), kuvStatusOk);
+                              return kuviFilterBorder_32f_C1R(src.data() + first, 4 * size.width, tiled.data() + first, 4 * size.width,
+                                                              tile, rule + flags, &value, kept.spec(), buffer.row());
+                          }),
+                          kuvStatusOk);
             }
         }
         for (std::size_t k = 0; k < tiled.size(); ++k) {
-            ASSERT_EQ(tiled[k], wanted[k]) << GetParam() << ", kernel " << kernel.size.width << " x " << kernel.size.height << ", image " << size.width << " x "
-                                           << size.height << ", rule " << rule << ", pixel " << k % static_cast<std::size_t>(size.width) << ", "
-                                           << k / static_cast<std::size_t>(size.width);
+            ASSERT_EQ(tiled[k], wanted[k]) << GetParam() << ", kernel " << kernel.size.width << " x " << kernel.size.height << ", image "
+                                           << size.width << " x " << size.height << ", rule " << rule << ", pixel "
+                                           << k % static_cast<std::size_t>(size.width) << ", " << k / static_cast<std::size_t>(size.width);
         }
     }
 }
@@ -167,7 +172,8 @@ TEST_P(FilterBorderRegions, ABufferOfAnotherVariantsSize) {
         const Bytes before = buffer.bytes();
         std::vector<Kuv32f> src(static_cast<std::size_t>(size.width * size.height), 1), dst(src.size());
         const Kuv32f value = 1;
-        EXPECT_EQ(kuviFilterBorderInit_32f(kernel.coefficients.data(), kernel.size, kuvDataType32f, 1, 0, spec.row<KuviBorderKernel>()), kuvStatusOk);
+        EXPECT_EQ(kuviFilterBorderInit_32f(kernel.coefficients.data(), kernel.size, kuvDataType32f, 1, 0, spec.row<KuviBorderKernel>()),
+                  kuvStatusOk);
         EXPECT_EQ(watched([&] {
                       return kuviFilterBorder_32f_C1R(src.data(), 4 * size.width, dst.data(), 4 * size.width, size, kuvBorderFill, &value,
                                                       spec.row<KuviBorderKernel>(), buffer.row());
@@ -194,7 +200,8 @@ TEST_P(FilterBorderRegions, KernelsKeptForOtherSamples) {
             EXPECT_EQ(kuviFilterBorderGetSize({3, 3}, {5, 4}, kuvDataType32f, kuvDataType32f, 1, &specBytes, &bufferBytes), kuvStatusOk);
             std::vector<Kuv8u> buffer(static_cast<std::size_t>(bufferBytes));
             std::vector<Kuv32f> dst(20);
-            EXPECT_EQ(kuviFilterBorder_32f_C1R(src.data(), 20, dst.data(), 20, {5, 4}, kuvBorderReflect, nullptr, spec, buffer.data()), kuvStatusOk);
+            EXPECT_EQ(kuviFilterBorder_32f_C1R(src.data(), 20, dst.data(), 20, {5, 4}, kuvBorderReflect, nullptr, spec, buffer.data()),
+                      kuvStatusOk);
             EXPECT_EQ(dst, wanted);
         }
     }

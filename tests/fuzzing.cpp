@@ -57,7 +57,9 @@ KuvStatus copyWith(const Kuv8u* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep,
         if (isFaulty) dst[0] ^= 1;
         return kuvStatusBadArg;
     }
-    for (std::ptrdiff_t y = 0; y < size.height; ++y) std::memmove(dst + y * dstStep, src + y * srcStep, static_cast<std::size_t>(size.width));
+    for (std::ptrdiff_t y = 0; y < size.height; ++y) {
+        std::memmove(dst + y * dstStep, src + y * srcStep, static_cast<std::size_t>(size.width));
+    }
     if (!isFaulty) return kuvStatusOk;
     switch (fault) {
         case Fault::sample: lastRow(dst, dstStep)[size.width - 1] ^= 0x80; break;

@@ -163,7 +163,9 @@ protected:
             images.push_back(std::make_unique<Image>("hist", Geometry{bytes, 1, bytes, places.guard, places.hist, 4}, random_()));
             const Image& image = *images.back();
             wantedBytes.push_back(image.bytes());
-            if (used) std::memcpy(image.row(wantedBytes.back(), 0), wanted[static_cast<std::size_t>(c)].data(), static_cast<std::size_t>(bytes));
+            if (used) {
+                std::memcpy(image.row(wantedBytes.back(), 0), wanted[static_cast<std::size_t>(c)].data(), static_cast<std::size_t>(bytes));
+            }
             results[c] = image.row<Kuv32u>();
         }
         const int bufferBytes = std::max(form.bufferBytes(), 1);
@@ -187,7 +189,8 @@ protected:
     }
 
     Geometry geometry(const Form& form, KuviSize size, std::ptrdiff_t padding, Places places = {}) {
-        return {size.width * form.pixelBytes(), size.height, size.width * form.pixelBytes() + padding, places.guard, places.src, form.sampleBytes};
+        const int rowBytes = size.width * form.pixelBytes();
+        return {rowBytes, size.height, rowBytes + padding, places.guard, places.src, form.sampleBytes};
     }
     template <class Fill>
     void fillSrc(const Form& form, const Image& src, KuviSize size, Fill fill) {
@@ -330,7 +333,8 @@ TEST_P(Histogram, AllWords) {
         for (const int bins : {2, 64, 256, 512, 1024, 65536}) {
             const float first = static_cast<float>(form->lowest());
             for (const KuviSize size : {KuviSize{65536, 1}, {32768, 1}}) {
-                expectFilled(*form, {form->type, {Levels(first, first + 65536, bins + 1)}}, size, [&](int x, int) { return form->lowest() + x; });
+                expectFilled(*form, {form->type, {Levels(first, first + 65536, bins + 1)}}, size,
+                             [&](int x, int) { return form->lowest() + x; });
             }
         }
     }
@@ -372,7 +376,8 @@ TEST_P(Histogram, WhereThePathsPart) {
         for (const KuviSize size : {KuviSize{255, 257}, {257, 255}, {65535, 1}, {256, 256}, {65536, 1}, {300, 300}}) {
             const Image src("src", geometry(*form, size, 4), random_());
             // Even levels: the same. No multiple: never by division. Levels cut unevenly: not the same.
-            for (const PlanSource& each : {plan(-100, 20000, 68), plan(0, 30000, 257), plan(-1.9f, 4.1f, 6), plan(-20.9f, 4.1f, 25), plan(0, 10000, 10001)}) {
+            for (const PlanSource& each :
+                 {plan(-100, 20000, 68), plan(0, 30000, 257), plan(-1.9f, 4.1f, 6), plan(-20.9f, 4.1f, 25), plan(0, 10000, 10001)}) {
                 expectHistogram(*form, each, src, size);
             }
         }
@@ -397,7 +402,8 @@ TEST_P(Histogram, FarEvenLevels) {
             for (const float last : {-1.0f, 40000.0f, 65536.0f, 16777216.0f, 1073741824.0f, 2147483520.0f, 3e9f}) {
                 for (const int count : {2, 3, 4, 6, 18, 52, 258, 65538}) {
                     if (count > 300 && form == &words4) continue;
-                    PlanSource source = {form->type, std::vector<Levels>(static_cast<std::size_t>(form->channels), Levels(first, last, count))};
+                    PlanSource source = {form->type,
+                                         std::vector<Levels>(static_cast<std::size_t>(form->channels), Levels(first, last, count))};
                     const KuviSize size = {61, 3};
                     const Image src("src", geometry(*form, size, 1), random_());
                     expectHistogram(*form, source, src, size);
@@ -409,7 +415,8 @@ TEST_P(Histogram, FarEvenLevels) {
     // A step of 3 from a level that is far: quotients just below an integer.
     for (const float first : {-4128766.0f, -4128765.0f, -4128770.0f, -12000000.0f}) {
         const int bins = (65536 - static_cast<int>(first)) / 3;
-        expectFilled(words1, {kuvDataType16u, {Levels(first, first + 3.0f * static_cast<float>(bins), bins + 1)}}, {65535, 1}, [](int x, int) { return x; });
+        expectFilled(words1, {kuvDataType16u, {Levels(first, first + 3.0f * static_cast<float>(bins), bins + 1)}}, {65535, 1},
+                     [](int x, int) { return x; });
     }
 }
 
@@ -421,7 +428,9 @@ TEST_P(Histogram, PlansOfFewerChannels) {
             for (const KuviSize size : {KuviSize{40, 3}, {300, 250}}) {
                 for (const bool even : {false, true}) {
                     PlanSource source = {form.type, {}};
-                    for (int c = 0; c < channels; ++c) source.channels.push_back(even ? Levels(0, 240, 11) : freeLevels({3.0f, 50.0f, 200.0f}));
+                    for (int c = 0; c < channels; ++c) {
+                        source.channels.push_back(even ? Levels(0, 240, 11) : freeLevels({3.0f, 50.0f, 200.0f}));
+                    }
                     const Image src("src", geometry(form, size, 0), random_());
                     expectHistogram(form, source, src, size);
                 }
@@ -439,13 +448,15 @@ TEST_P(Histogram, PlansOfMoreChannels) {
 }
 
 const float tiny = std::numeric_limits<float>::denorm_min(), huge = std::numeric_limits<float>::max();
-const float specials[] = {nan, -nan, infinity, -infinity, 0.0f, -0.0f, tiny, -tiny, 1.17549435e-38f, huge, -huge, 1.0f, -1.0f, 1e30f, -1e-30f};
+const float specials[] = {nan,  -nan,  infinity, -infinity, 0.0f,  -0.0f,  tiny, -tiny, 1.17549435e-38f,
+                          huge, -huge, 1.0f,     -1.0f,     1e30f, -1e-30f};
 
 TEST_P(Histogram, SpecialReals) {
     std::vector<PlanSource> plans;
     for (const int count : {2, 3, 4, 5, 9, 30, 31, 32, 41, 42, 102, 103, 104, 257, 700}) {
-        for (const auto& [a, b] : {std::pair{-1.0f, 1.0f}, {0.0f, 1.0f}, {0.0f, tiny}, {-tiny, 9 * tiny}, {0.0f, 1e-36f}, {-huge, huge}, {0.0f, huge}, {1e30f, 2e30f},
-                                   {1.0f, std::nextafter(1.0f, 2.0f)}, {1e6f, 1000001.0f}, {-1e6f, -999999.0f}, {16777216.0f, 16777300.0f}, {-infinity, 1.0f}}) {
+        for (const auto& [a, b] : {std::pair{-1.0f, 1.0f}, {0.0f, 1.0f}, {0.0f, tiny}, {-tiny, 9 * tiny}, {0.0f, 1e-36f}, {-huge, huge},
+                                   {0.0f, huge}, {1e30f, 2e30f}, {1.0f, std::nextafter(1.0f, 2.0f)}, {1e6f, 1000001.0f},
+                                   {-1e6f, -999999.0f}, {16777216.0f, 16777300.0f}, {-infinity, 1.0f}}) {
             if (a == -infinity && count > 2) continue;
             plans.push_back({kuvDataType32f, {Levels(a, b, count)}});
         }
@@ -457,7 +468,8 @@ TEST_P(Histogram, SpecialReals) {
         plans.push_back({kuvDataType32f, {freeLevels(list)}});
     }
     for (const PlanSource& source : plans) {
-        const float a = source.channels[0].free.empty() ? source.channels[0].lower : -2, b = source.channels[0].free.empty() ? source.channels[0].upper : 300;
+        const float a = source.channels[0].free.empty() ? source.channels[0].lower : -2,
+                    b = source.channels[0].free.empty() ? source.channels[0].upper : 300;
         expectFilled(reals, source, {213, 2}, [&](int, int) {
             if (oneIn(random_, 3)) return specials[below(random_, 15)];
             if (oneIn(random_, 2)) return atOrBeside(source.level(0, below(random_, source.bins(0) + 1)));
@@ -486,7 +498,10 @@ TEST_P(Histogram, InfiniteBounds) {
             fillSrc(reals, src, {90, 1}, [&](int x, int) { return x % 2 == 0 ? nan : 1.0f; });
             const Image hist("hist", {4 * (count - 1), 1, 0, Guard::end, 0, 4}, 3);
             const BinPlan plan(source);
-            EXPECT_EQ(watched([&] { return kuviHistogram_32f_C1R(src.row<Kuv32f>(), src.step(), {90, 1}, hist.row<Kuv32u>(), plan.get(), nullptr); }), kuvStatusOk);
+            EXPECT_EQ(watched([&] {
+                          return kuviHistogram_32f_C1R(src.row<Kuv32f>(), src.step(), {90, 1}, hist.row<Kuv32u>(), plan.get(), nullptr);
+                      }),
+                      kuvStatusOk);
             const Kuv32u first = load<Kuv32u>(hist.row(), 0), last = load<Kuv32u>(hist.row(), count - 2);
             EXPECT_TRUE(first == 45 || last == 45) << count << " " << a << " " << b << " " << first << " " << last;
         }
@@ -498,8 +513,10 @@ TEST_P(Histogram, StepsOfSixteenWidths) {
     for (const int width : {1, 2, 5, 7, 8, 9, 31, 100}) {
         for (const int height : {1, 2, 7, 40}) {
             for (const int extra : {-1, 0, 1, 5, 15, 16}) {
-                for (const PlanSource& source : {PlanSource{kuvDataType32f, {Levels(-900, 900, 4)}}, {kuvDataType32f, {Levels(-900, 900, 3)}},
-                                                 {kuvDataType32f, {Levels(-900, 900, 200)}}, {kuvDataType32f, {Levels(1e6f, 1000001.0f, 99)}},
+                for (const PlanSource& source : {PlanSource{kuvDataType32f, {Levels(-900, 900, 4)}},
+                                                 {kuvDataType32f, {Levels(-900, 900, 3)}},
+                                                 {kuvDataType32f, {Levels(-900, 900, 200)}},
+                                                 {kuvDataType32f, {Levels(1e6f, 1000001.0f, 99)}},
                                                  {kuvDataType32f, {freeLevels({-900, -100, 50, 60, 1000})}}}) {
                     const KuviSize size = {width, height};
                     const Image src("src", geometry(reals, size, 12 * width + extra), random_());
@@ -520,11 +537,13 @@ TEST_P(Histogram, PlansOfOtherTypes) {
                 const PlanSource source = drawPlan(random_, other, form.channels);
                 const BinPlan plan(source);
                 const KuviSize size = {67, 3};
-                const Image src("src", geometry(form, size, 5), random_()), buffer("buffer", {std::max(form.bufferBytes(), 1), 1, 0, Guard::end, 0, 1}, 1);
+                const Image src("src", geometry(form, size, 5), random_()),
+                    buffer("buffer", {std::max(form.bufferBytes(), 1), 1, 0, Guard::end, 0, 1}, 1);
                 std::vector<std::unique_ptr<Image>> images;
                 Kuv32u* results[4];
                 for (int c = 0; c < form.channels; ++c) {
-                    images.push_back(std::make_unique<Image>("hist", Geometry{4 * source.bins(c), 1, 0, i % 2 == 0 ? Guard::end : Guard::begin, 0, 4}, 2));
+                    images.push_back(std::make_unique<Image>(
+                        "hist", Geometry{4 * source.bins(c), 1, 0, i % 2 == 0 ? Guard::end : Guard::begin, 0, 4}, 2));
                     results[c] = images.back()->row<Kuv32u>();
                 }
                 EXPECT_EQ(watched([&] { return form.call(src.row(), src.step(), size, results, plan.get(), buffer.row()); }), kuvStatusOk);
@@ -543,7 +562,8 @@ TEST_P(Histogram, HugeImages) {
     const BinPlan plan({kuvDataType16u, {Levels(-1.9f, 4.1f, 6)}});
     std::vector<Kuv32u> counts(5);
     std::vector<Kuv8u> buffer(0x40000);
-    EXPECT_EQ(kuviHistogram_16u_C1R(reinterpret_cast<const Kuv16u*>(memory.memory()), 2 * size.width, size, counts.data(), plan.get(), buffer.data()),
+    EXPECT_EQ(kuviHistogram_16u_C1R(reinterpret_cast<const Kuv16u*>(memory.memory()), 2 * size.width, size, counts.data(), plan.get(),
+                                    buffer.data()),
               kuvStatusOk);
     EXPECT_EQ(counts, (std::vector<Kuv32u>{0, 0x80000000, 0, 0, 0}));
 }
@@ -558,7 +578,9 @@ TEST_P(Histogram, DistantRows) {
         Counts counts(4, std::vector<Kuv32u>(10));
         Kuv32u* const results[4] = {counts[0].data(), counts[1].data(), counts[2].data(), counts[3].data()};
         EXPECT_EQ(form.call(memory.memory(), INT32_MAX, {2, 3}, results, plan.get(), buffer.data()), kuvStatusOk);
-        for (int c = 0; c < form.channels; ++c) EXPECT_EQ(counts[static_cast<std::size_t>(c)], (std::vector<Kuv32u>{0, 6, 0, 0, 0, 0, 0, 0, 0, 0}));
+        for (int c = 0; c < form.channels; ++c) {
+            EXPECT_EQ(counts[static_cast<std::size_t>(c)], (std::vector<Kuv32u>{0, 6, 0, 0, 0, 0, 0, 0, 0, 0}));
+        }
         if (form.pixelBytes() == 1) continue;
         const KuviSize wide = {INT32_MAX / form.pixelBytes() + 1, 1};
         EXPECT_EQ(form.call(memory.memory(), INT32_MAX, wide, results, plan.get(), buffer.data()), kuvStatusBadStep);

@@ -16,7 +16,9 @@ template <class T>
 struct OneOf {
     std::vector<T> values;
 
-    std::tuple<T> operator()(Draw& draw) const { return {values[static_cast<std::size_t>(below(draw.random, static_cast<int>(values.size())))]}; }
+    std::tuple<T> operator()(Draw& draw) const {
+        return {values[static_cast<std::size_t>(below(draw.random, static_cast<int>(values.size())))]};
+    }
 };
 template <class T>
 struct Fixed {
@@ -40,11 +42,14 @@ const float lower[4] = {1, 2, 3, 4}, upper[4] = {101, 102, 103, 104};
 const float notAbove[4][4] = {{1, 102, 103, 104}, {101, 1, 103, 104}, {101, 102, nan, 104}, {101, 102, 103, -infinity}};
 
 struct PlanBlock {
-    std::tuple<KuviBinPlan*> operator()(Draw& draw) const { return {draw.image<Kuv8u>(Role::output, 64 + 4 * 13, 1, 0).row<KuviBinPlan>()}; }
+    std::tuple<KuviBinPlan*> operator()(Draw& draw) const {
+        return {draw.image<Kuv8u>(Role::output, 64 + 4 * 13, 1, 0).row<KuviBinPlan>()};
+    }
 };
 
 KUV_CHECKS(kuviHistogramGetBufferSize,
-           call(anyType, Fixed<KuviSize>{{3, 3}}, Fixed<const Kuv32s*>{enough}, four, OneOf<Kuv32s>{{0, 1, 7}}, Results<Kuv32s>{}, Results<Kuv32s>{}),
+           call(anyType, Fixed<KuviSize>{{3, 3}}, Fixed<const Kuv32s*>{enough}, four, OneOf<Kuv32s>{{0, 1, 7}}, Results<Kuv32s>{},
+                Results<Kuv32s>{}),
            check(kuvStatusNullPtr, null<2>(), null<5>(), null<6>()), badSize<1>(),
            check(kuvStatusBadChannelCount, set<3>(0), set<3>(2), set<3>(5), set<3>(9), set<3>(-1), set<3>(INT32_MIN)),
            check(kuvStatusBadHistLevels, set<2>(tooFew[0]), set<2>(tooFew[1]), set<2>(tooFew[2]), set<2>(tooFew[3])));
@@ -121,7 +126,8 @@ protected:
             const Image& array = *arrays[static_cast<std::size_t>(c)];
             for (int k = 0; k <= source.bins(c); ++k) {
                 const float wanted = static_cast<float>(source.level(c, k));
-                EXPECT_TRUE(sameOrBothNaN<float>(array.row<float>() + k, &wanted)) << c << " " << k << " " << load<float>(array.row(), k) << " " << wanted;
+                EXPECT_TRUE(sameOrBothNaN<float>(array.row<float>() + k, &wanted))
+                    << c << " " << k << " " << load<float>(array.row(), k) << " " << wanted;
             }
         }
     }
@@ -141,7 +147,9 @@ protected:
             return {a, a + 0.01f + static_cast<float>(below(random_, 70000)) / static_cast<float>(scale), count};
         }
         std::vector<float> list = {any()};
-        while (static_cast<int>(list.size()) < count) list.push_back(list.back() + 0.1f + static_cast<float>(below(random_, 5000)) / static_cast<float>(scale));
+        while (static_cast<int>(list.size()) < count) {
+            list.push_back(list.back() + 0.1f + static_cast<float>(below(random_, 5000)) / static_cast<float>(scale));
+        }
         return freeLevels(list);
     }
 

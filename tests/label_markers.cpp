@@ -303,7 +303,8 @@ TEST_P(LabelMarkers, LabelsAreUsedAgain) {
     Kuv16u wanted[] = {5, 5, 0, 0, 5, 0, 0, 0, 0, 5, 5, 0, 0, 0, 5};
     EXPECT_TRUE(std::equal(std::begin(wanted), std::end(wanted), joined(three, {.first = 5, .last = 5}).pixels.begin()));
     EXPECT_EQ(joined(three, {.first = 5, .last = 5}).groups, 3);
-    for (const Labelling with : {Labelling{5, 5, 0}, {1, 2, 0}, {65533, 65534, 1}, {65534, 65534, 1}, {1, 1, 1}, {1, 3, 0}, {100, 141, 1}}) {
+    for (const Labelling with :
+         {Labelling{5, 5, 0}, {1, 2, 0}, {65533, 65534, 1}, {65534, 65534, 1}, {1, 1, 1}, {1, 3, 0}, {100, 141, 1}}) {
         expectLabels(three, with);
         expectLabels(noise({150, 40}, 20), with);
         expectLabels(noise({1, 300}, 40), with);

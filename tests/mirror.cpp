@@ -128,8 +128,8 @@ void reverseRow(const Form& form, unsigned char* row, int width) {
 
 class Mirror : public VariantTest {
 protected:
-    void expectMirror(const Form& form, KuviSize size, Kuv32s axis, std::ptrdiff_t srcStep, std::ptrdiff_t dstStep, Guard guard = Guard::end,
-                      int srcGap = 0, int dstGap = 0) {
+    void expectMirror(const Form& form, KuviSize size, Kuv32s axis, std::ptrdiff_t srcStep, std::ptrdiff_t dstStep,
+                      Guard guard = Guard::end, int srcGap = 0, int dstGap = 0) {
         const KuviSize from = sourceSize(size, axis);
         const Image src("src", {from.width * form.pixelBytes(), from.height, srcStep, guard, srcGap, form.sampleBytes}, random_());
         const Image dst("dst", {size.width * form.pixelBytes(), size.height, dstStep, guard, dstGap, form.sampleBytes}, random_());
@@ -142,8 +142,8 @@ protected:
                             static_cast<std::size_t>(form.pixelBytes()));
             }
         }
-        SCOPED_TRACE(testing::Message() << GetParam() << ", " << form.name << ", axis " << axis << ", " << size.width << " x " << size.height
-                                        << "\n  src: " << src.geometry() << "\n  dst: " << dst.geometry());
+        SCOPED_TRACE(testing::Message() << GetParam() << ", " << form.name << ", axis " << axis << ", " << size.width << " x "
+                                        << size.height << "\n  src: " << src.geometry() << "\n  dst: " << dst.geometry());
         EXPECT_EQ(watched([&] { return form.between(src.row(), src.step(), dst.row(), dst.step(), size, axis); }), kuvStatusOk);
         EXPECT_EQ(dst.difference(wanted), "");
         EXPECT_EQ(src.difference(srcBefore), "");
@@ -160,12 +160,13 @@ protected:
             if (axis == kuvAxisVertical || r >= size.height / 2) continue;
             for (int i = 0; i < size.width; ++i) {
                 const int other = axis == kuvAxisBoth ? size.width - 1 - i : i;
-                exchange(form, image.row(wanted, r) + i * form.pixelBytes(), image.row(wanted, size.height - 1 - r) + other * form.pixelBytes());
+                exchange(form, image.row(wanted, r) + i * form.pixelBytes(),
+                         image.row(wanted, size.height - 1 - r) + other * form.pixelBytes());
             }
         }
         const bool alone = oneIn(random_, 2);
-        SCOPED_TRACE(testing::Message() << GetParam() << ", " << form.name << (alone ? " in place" : " onto itself") << ", axis " << axis << ", "
-                                        << size.width << " x " << size.height << "\n  srcDst: " << image.geometry());
+        SCOPED_TRACE(testing::Message() << GetParam() << ", " << form.name << (alone ? " in place" : " onto itself") << ", axis " << axis
+                                        << ", " << size.width << " x " << size.height << "\n  srcDst: " << image.geometry());
         EXPECT_EQ(watched([&] {
                       return alone ? form.inPlace(image.row(), image.step(), size, axis)
                                    : form.between(image.row(), image.step(), image.row(), image.step(), size, axis);
@@ -185,7 +186,8 @@ protected:
     void expectDiagonals(const Form& form, KuviSize size, int padding, Guard guard, int srcGap = 0, int dstGap = 0) {
         const int even = padding * form.sampleBytes;
         for (const Kuv32s axis : diagonals) {
-            expectMirror(form, size, axis, size.height * form.sampleBytes + even, size.width * form.sampleBytes + even, guard, srcGap, dstGap);
+            expectMirror(form, size, axis, size.height * form.sampleBytes + even, size.width * form.sampleBytes + even, guard, srcGap,
+                         dstGap);
         }
     }
 
@@ -253,7 +255,8 @@ TEST_P(Mirror, AnyStep) {
     for (const Form& form : forms) {
         for (const int width : {1, 2, 9, 17, 40, 75}) {
             const int row = width * form.pixelBytes();
-            const std::ptrdiff_t steps[] = {row, row + 1, row + 64, 0, 1, 3, row - 1, row / 2 + 1, -1, -row / 2 - 1, -row + 1, -row, -row - 5};
+            const std::ptrdiff_t steps[] = {row,         row + 1, row + 64,     0,        1,    3,       row - 1,
+                                            row / 2 + 1, -1,      -row / 2 - 1, -row + 1, -row, -row - 5};
             for (const Kuv32s axis : plainAxes) {
                 for (const std::ptrdiff_t srcStep : steps) {
                     for (const std::ptrdiff_t dstStep : steps) {
@@ -291,7 +294,9 @@ TEST_P(Mirror, InPlaceWithStep0) {
             for (int i = 0; i < 40; ++i) row[i] = static_cast<Kuv8u>(i);
             EXPECT_EQ(kuviMirror_8u_C1IR(row, 0, {40, height}, axis), kuvStatusOk);
             const bool reversed = axis != kuvAxisHorizontal && height % 2 != 0;
-            for (int i = 0; i < 40; ++i) EXPECT_EQ(row[i], reversed ? 39 - i : i) << GetParam() << ", axis " << axis << ", height " << height;
+            for (int i = 0; i < 40; ++i) {
+                EXPECT_EQ(row[i], reversed ? 39 - i : i) << GetParam() << ", axis " << axis << ", height " << height;
+            }
         }
     }
 }
@@ -345,7 +350,8 @@ TEST_P(Mirror, NoTranspositionInPlace) {
     Kuv16u image[64 * 64];
     for (const Kuv32s axis : diagonals) {
         for (const int side : {1, 2, 16, 64}) {
-            EXPECT_EQ(kuviMirror_8u_C1R(reinterpret_cast<Kuv8u*>(image), 64, reinterpret_cast<Kuv8u*>(image), 64, {side, side}, axis), kuvStatusInternal);
+            EXPECT_EQ(kuviMirror_8u_C1R(reinterpret_cast<Kuv8u*>(image), 64, reinterpret_cast<Kuv8u*>(image), 64, {side, side}, axis),
+                      kuvStatusInternal);
             EXPECT_EQ(kuviMirror_16u_C1R(image, 128, image, 128, {side, side}, axis), kuvStatusInternal);
         }
         EXPECT_EQ(kuviMirror_16u_C1R(nullptr, 0, nullptr, 0, {0, 0}, axis), kuvStatusNullPtr);
@@ -406,13 +412,15 @@ TEST_P(Mirror, OverlapIsWhatTheCornersTell) {
         const Kuv32s axis = diagonals[trial % 2];
         const auto srcStep = static_cast<Kuv32s>(src.step), dstStep = static_cast<Kuv32s>(dst.step);
         const Bytes before = memory;
-        const KuvStatus status = sampleBytes == 1
-            ? kuviMirror_8u_C1R(&memory[static_cast<std::size_t>(src.first)], srcStep, &memory[static_cast<std::size_t>(dst.first)], dstStep, size, axis)
-            : kuviMirror_16u_C1R(reinterpret_cast<const Kuv16u*>(&memory[static_cast<std::size_t>(src.first)]), srcStep,
-                                 reinterpret_cast<Kuv16u*>(&memory[static_cast<std::size_t>(dst.first)]), dstStep, size, axis);
+        const KuvStatus status =
+            sampleBytes == 1
+                ? kuviMirror_8u_C1R(&memory[static_cast<std::size_t>(src.first)], srcStep, &memory[static_cast<std::size_t>(dst.first)],
+                                    dstStep, size, axis)
+                : kuviMirror_16u_C1R(reinterpret_cast<const Kuv16u*>(&memory[static_cast<std::size_t>(src.first)]), srcStep,
+                                     reinterpret_cast<Kuv16u*>(&memory[static_cast<std::size_t>(dst.first)]), dstStep, size, axis);
         ASSERT_EQ(status, overlap ? kuvStatusInternal : kuvStatusOk)
-            << GetParam() << ", " << sampleBytes << "-byte samples, " << size.width << " x " << size.height << ", src at " << src.first << " by "
-            << src.step << ", dst at " << dst.first << " by " << dst.step;
+            << GetParam() << ", " << sampleBytes << "-byte samples, " << size.width << " x " << size.height << ", src at " << src.first
+            << " by " << src.step << ", dst at " << dst.first << " by " << dst.step;
         if (overlap) {
             ASSERT_EQ(memory, before);
         }
@@ -429,7 +437,9 @@ TEST_P(Mirror, LargeImages) {
             for (const int row : {2048, 2076}) {
                 for (const int gap : {0, 3}) {
                     const int width = row / form.pixelBytes(), height = 0x301000 / row;
-                    for (const Kuv32s axis : {kuvAxisHorizontal, kuvAxisBoth}) expectMirror(form, {width, height}, axis, row, row + gap, Guard::begin, 1, gap);
+                    for (const Kuv32s axis : {kuvAxisHorizontal, kuvAxisBoth}) {
+                        expectMirror(form, {width, height}, axis, row, row + gap, Guard::begin, 1, gap);
+                    }
                     if (form.hasDiagonals()) expectDiagonals(form, {width, height / 2}, gap, Guard::begin);
                     if (HasFailure()) return;
                 }
@@ -465,8 +475,10 @@ TEST_P(Mirror, RowsFurtherApartThan32BitsTell) {
                 EXPECT_EQ(watched([&] { return form.between(rowOf(from, 0), step32, rowOf(to, 0), step32, size, axis); }), kuvStatusOk);
                 EXPECT_EQ(watched([&] { return form.inPlace(rowOf(from, 0), step32, size, axis); }), kuvStatusOk);
                 for (int r = 0; r < 3; ++r) {
-                    EXPECT_EQ(std::memcmp(rowOf(to, r), wanted[r].data(), bytes), 0) << GetParam() << ", " << form.name << ", axis " << axis;
-                    EXPECT_EQ(std::memcmp(rowOf(from, r), wanted[r].data(), bytes), 0) << GetParam() << ", " << form.name << ", axis " << axis;
+                    EXPECT_EQ(std::memcmp(rowOf(to, r), wanted[r].data(), bytes), 0)
+                        << GetParam() << ", " << form.name << ", axis " << axis;
+                    EXPECT_EQ(std::memcmp(rowOf(from, r), wanted[r].data(), bytes), 0)
+                        << GetParam() << ", " << form.name << ", axis " << axis;
                 }
             }
         }
@@ -487,15 +499,19 @@ TEST_P(Mirror, DiagonalsWithRowsFurtherApartThan32BitsTell) {
         for (int c = 0; c < size.height; ++c) store(const_cast<char*>(at(src, r, c)), 0, static_cast<Kuv16u>(random_()));
     }
     for (const Kuv32s axis : diagonals) {
-        EXPECT_EQ(watched([&] { return kuviMirror_16u_C1R(src, static_cast<Kuv32s>(step), dst, static_cast<Kuv32s>(step), size, axis); }), kuvStatusOk);
+        EXPECT_EQ(watched([&] { return kuviMirror_16u_C1R(src, static_cast<Kuv32s>(step), dst, static_cast<Kuv32s>(step), size, axis); }),
+                  kuvStatusOk);
         for (int r = 0; r < size.width; ++r) {
             for (int c = 0; c < size.height; ++c) {
                 const KuviPoint to = placeOf(r, c, size, axis);
-                ASSERT_EQ(load<Kuv16u>(at(dst, to.y, to.x)), load<Kuv16u>(at(src, r, c))) << GetParam() << ", axis " << axis << ", row " << r << ", column " << c;
+                ASSERT_EQ(load<Kuv16u>(at(dst, to.y, to.x)), load<Kuv16u>(at(src, r, c)))
+                    << GetParam() << ", axis " << axis << ", row " << r << ", column " << c;
             }
         }
-        EXPECT_EQ(kuviMirror_16u_C1R(src, static_cast<Kuv32s>(step), reinterpret_cast<Kuv16u*>(memory.memory() + 33 * step + 73), static_cast<Kuv32s>(step),
-                                     size, axis), kuvStatusInternal) << "the destination's first row begins within a late row of the source";
+        EXPECT_EQ(kuviMirror_16u_C1R(src, static_cast<Kuv32s>(step), reinterpret_cast<Kuv16u*>(memory.memory() + 33 * step + 73),
+                                     static_cast<Kuv32s>(step), size, axis),
+                  kuvStatusInternal)
+            << "the destination's first row begins within a late row of the source";
     }
 }
 

@@ -186,9 +186,12 @@ const Form forms[] = {
     FORM("deviation, 8u", Kuv8u, 1, 2, true, wantDeviation<Kuv8u>, kuviMean_StdDev_8u_C1R(samples, srcStep, size, to, to + 1)),
     FORM("deviation, 16u", Kuv16u, 1, 2, true, wantDeviation<Kuv16u>, kuviMean_StdDev_16u_C1R(samples, srcStep, size, to, to + 1)),
     FORM("deviation, 32f", Kuv32f, 1, 2, true, wantRealDeviation, kuviMean_StdDev_32f_C1R(samples, srcStep, size, to, to + 1)),
-    FORM("deviation, 8u C3, 1", Kuv8u, 3, 2, true, (wantDeviation<Kuv8u, 3, 0>), kuviMean_StdDev_8u_C3CR(samples, srcStep, size, 1, to, to + 1)),
-    FORM("deviation, 8u C3, 2", Kuv8u, 3, 2, true, (wantDeviation<Kuv8u, 3, 1>), kuviMean_StdDev_8u_C3CR(samples, srcStep, size, 2, to, to + 1)),
-    FORM("deviation, 8u C3, 3", Kuv8u, 3, 2, true, (wantDeviation<Kuv8u, 3, 2>), kuviMean_StdDev_8u_C3CR(samples, srcStep, size, 3, to, to + 1))};
+    FORM("deviation, 8u C3, 1", Kuv8u, 3, 2, true, (wantDeviation<Kuv8u, 3, 0>),
+         kuviMean_StdDev_8u_C3CR(samples, srcStep, size, 1, to, to + 1)),
+    FORM("deviation, 8u C3, 2", Kuv8u, 3, 2, true, (wantDeviation<Kuv8u, 3, 1>),
+         kuviMean_StdDev_8u_C3CR(samples, srcStep, size, 2, to, to + 1)),
+    FORM("deviation, 8u C3, 3", Kuv8u, 3, 2, true, (wantDeviation<Kuv8u, 3, 2>),
+         kuviMean_StdDev_8u_C3CR(samples, srcStep, size, 3, to, to + 1))};
 
 class Moments : public VariantTest {
 protected:
@@ -374,10 +377,13 @@ TEST_P(Moments, ConstantRealsHaveNoDeviation) {
 
 // Both sides of the test for the second pass.
 TEST_P(Moments, SecondPass) {
-    const Form& form = *std::find_if(std::begin(forms), std::end(forms), [](const Form& each) { return each.isReal() && each.results == 2; });
+    const Form& form =
+        *std::find_if(std::begin(forms), std::end(forms), [](const Form& each) { return each.isReal() && each.results == 2; });
     int second = 0, cases = 0;
     for (Kuv32f amplitude = 0.05f; amplitude < 0.6f; amplitude += 0.001f, ++cases) {
-        const auto wave = [&](int i, int r) { return 1 + ((i + r) % 2 == 0 ? amplitude : -amplitude) + static_cast<Kuv32f>(i % 7) * 1e-5f; };
+        const auto wave = [&](int i, int r) {
+            return 1 + ((i + r) % 2 == 0 ? amplitude : -amplitude) + static_cast<Kuv32f>(i % 7) * 1e-5f;
+        };
         const Image src("src", {64 * 4, 2, 64 * 4, Guard::end, 0, 4}, 1);
         for (int r = 0; r < 2; ++r) {
             for (int i = 0; i < 64; ++i) store(src.row(r), i, wave(i, r));

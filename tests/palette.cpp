@@ -101,7 +101,9 @@ protected:
     }
 
     // All three on the same side of their pages.
-    void expectExpansion(const Expansion& expansion, KuviSize size, int bits, Place at) { expectExpansion(expansion, size, bits, at, at, at); }
+    void expectExpansion(const Expansion& expansion, KuviSize size, int bits, Place at) {
+        expectExpansion(expansion, size, bits, at, at, at);
+    }
 
     int anyBits(const Expansion& expansion) { return between(random_, 1, expansion.mostBits()); }
 

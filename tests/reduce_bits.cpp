@@ -2,9 +2,9 @@
 #include <algorithm>
 #include <vector>
 
-#include "support/reduce_bits_reference.hpp"
 #include "support/agreement.hpp"
 #include "support/distant.hpp"
+#include "support/reduce_bits_reference.hpp"
 #include "support/statuses.hpp"
 
 namespace {

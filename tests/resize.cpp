@@ -65,10 +65,9 @@ constexpr FieldSetting<4, KuviPoint, Kuv32s> offsetY(Kuv32s value) { return {&Ku
 
 KUV_AGREES(kuviResizeLinear_16s_C3R, Tile{.same = withinOne});
 KUV_CHECKS(kuviResizeLinear_16s_C3R, call(Tile{.ownPlan = false}),
-           check(kuvStatusBadBorder, set<6>(256u), set<6>(257u), set<6>(0xFFFFFFF1u), set<6>(0u), set<6>(2u), set<6>(3u), set<6>(6u), set<6>(15u),
-                 set<6>(16u), set<6>(224u), set<6>(242u), set<6>(255u), set<6>(496u)),
-           check(kuvStatusNullPtr, null<0>(), null<2>(), null<8>(), null<9>()),
-           check(kuvStatusNoOperation, width<5>(0), height<5>(0)),
+           check(kuvStatusBadBorder, set<6>(256u), set<6>(257u), set<6>(0xFFFFFFF1u), set<6>(0u), set<6>(2u), set<6>(3u), set<6>(6u),
+                 set<6>(15u), set<6>(16u), set<6>(224u), set<6>(242u), set<6>(255u), set<6>(496u)),
+           check(kuvStatusNullPtr, null<0>(), null<2>(), null<8>(), null<9>()), check(kuvStatusNoOperation, width<5>(0), height<5>(0)),
            check(kuvStatusBadContext, planWith(0, 0x4B617388), planWith(0, 0)),
            check(kuvStatusBadSize, width<5>(-1), width<5>(INT32_MIN), height<5>(-1), height<5>(INT32_MIN)),
            check(kuvStatusBadStep, set<1>(541), set<1>(-541), set<1>(1), set<3>(541), set<3>(-1), set<3>(INT32_MAX)),
@@ -99,7 +98,9 @@ TEST_P(Resize, EveryWidth) {
 // Many destination rows and columns between two of the source.
 TEST_P(Resize, Enlarges) {
     for (const KuviSize src : {KuviSize{2, 2}, {3, 2}, {2, 3}, {5, 4}}) {
-        for (const KuviSize dst : {KuviSize{200, 3}, {3, 200}, {130, 90}, {61, 61}}) expectTile(PlanBlock(src, dst), anyScene(), {{0, 0}, dst});
+        for (const KuviSize dst : {KuviSize{200, 3}, {3, 200}, {130, 90}, {61, 61}}) {
+            expectTile(PlanBlock(src, dst), anyScene(), {{0, 0}, dst});
+        }
     }
 }
 
@@ -150,7 +151,8 @@ TEST_P(Resize, TilesAndFlags) {
 }
 
 TEST_P(Resize, EveryCombinationOfFlags) {
-    for (const auto& [src, dst] : {std::pair<KuviSize, KuviSize>{{9, 8}, {31, 29}}, {{31, 29}, {9, 8}}, {{20, 20}, {20, 20}}, {{2, 2}, {37, 9}}}) {
+    for (const auto& [src, dst] :
+         {std::pair<KuviSize, KuviSize>{{9, 8}, {31, 29}}, {{31, 29}, {9, 8}}, {{20, 20}, {20, 20}}, {{2, 2}, {37, 9}}}) {
         const PlanBlock plan(src, dst);
         for (Kuv32u flags = 0; flags < 16; ++flags) expectTile(plan, anyScene(), {{0, 0}, dst, 16 * flags + kuvBorderClamp});
         expectTile(plan, anyScene(), {{0, 0}, dst, 240});

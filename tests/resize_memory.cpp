@@ -1,7 +1,7 @@
 // Where resized tiles read and write: every address and every step.
 
-#include "support/resize_tiles.hpp"
 #include "support/distant.hpp"
+#include "support/resize_tiles.hpp"
 
 namespace {
 

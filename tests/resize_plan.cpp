@@ -24,14 +24,13 @@ struct Antialiasing {
 };
 
 KUV_AGREES(kuviResizeGetSize_16s, SourceSize{}, RoiSize{}, Filter{}, Antialiasing{}, Results<Kuv32s>{}, Results<Kuv32s>{});
-KUV_CHECKS(kuviResizeGetSize_16s, call(SourceSize{}, RoiSize{}, Filter{.known = true}, Antialiasing{}, Results<Kuv32s>{}, Results<Kuv32s>{}),
-           check(kuvStatusNullPtr, null<4>(), null<5>()),
-           check(kuvStatusNoOperation, width<0>(0), height<0>(0), width<1>(0), height<1>(0)),
+KUV_CHECKS(kuviResizeGetSize_16s,
+           call(SourceSize{}, RoiSize{}, Filter{.known = true}, Antialiasing{}, Results<Kuv32s>{}, Results<Kuv32s>{}),
+           check(kuvStatusNullPtr, null<4>(), null<5>()), check(kuvStatusNoOperation, width<0>(0), height<0>(0), width<1>(0), height<1>(0)),
            check(kuvStatusBadSize, width<0>(-1), height<0>(-1), width<1>(-1), height<1>(-1), width<0>(INT32_MIN), height<1>(INT32_MIN)),
-           check(kuvStatusBadInterpolation, set<2>(3), set<2>(-1), set<2>(4), set<2>(5), set<2>(7), set<2>(9), set<2>(17), set<2>(INT32_MIN),
-                 set<2>(INT32_MAX)),
-           check(kuvStatusInternal, set<2>(0)),
-           check(kuvStatusBadSize, width<0>(1), height<0>(1)),
+           check(kuvStatusBadInterpolation, set<2>(3), set<2>(-1), set<2>(4), set<2>(5), set<2>(7), set<2>(9), set<2>(17),
+                 set<2>(INT32_MIN), set<2>(INT32_MAX)),
+           check(kuvStatusInternal, set<2>(0)), check(kuvStatusBadSize, width<0>(1), height<0>(1)),
            check(kuvStatusSizeOverflow, width<1>(INT32_MAX), height<1>(INT32_MAX), width<1>(0x10000000), height<1>(0x10000000)));
 
 struct PlanMemory {
@@ -214,8 +213,12 @@ TEST_P(ResizePlan, TablesOfSmallSizes) {
 }
 
 TEST_P(ResizePlan, TablesOfLargeSizes) {
-    for (const auto& [src, dst] : {std::pair<KuviSize, KuviSize>{{1920, 1080}, {1344, 756}}, {{1200, 675}, {1920, 1080}}, {{4000, 3000}, {61, 7}},
-                                   {{2147483647, 2147483646}, {1000, 77}}, {{2, 3}, {50021, 70000}}, {{65537, 65536}, {65536, 65537}}}) {
+    for (const auto& [src, dst] : {std::pair<KuviSize, KuviSize>{{1920, 1080}, {1344, 756}},
+                                   {{1200, 675}, {1920, 1080}},
+                                   {{4000, 3000}, {61, 7}},
+                                   {{2147483647, 2147483646}, {1000, 77}},
+                                   {{2, 3}, {50021, 70000}},
+                                   {{65537, 65536}, {65536, 65537}}}) {
         expectPlan(src, dst);
     }
 }

@@ -82,7 +82,9 @@ Kuv64s scaledSquare(Kuv64s a, Kuv32s f) {
 
 // What all of them come to.
 TEST(Scaled, TheRulesGiveTheNearestIntegerAndOfTwoTheEvenOne) {
-    const auto nearest = [](Kuv64s v, Kuv32s f) { return std::clamp(std::nearbyint(std::ldexp(static_cast<double>(v), -f)), -32768.0, 32767.0); };
+    const auto nearest = [](Kuv64s v, Kuv32s f) {
+        return std::clamp(std::nearbyint(std::ldexp(static_cast<double>(v), -f)), -32768.0, 32767.0);
+    };
     for (Kuv32s f = -20; f <= 35; ++f) {
         for (Kuv64s v = -65535; v <= 65535; ++v) ASSERT_EQ(static_cast<double>(scaled(v, f)), nearest(v, f)) << v << " by " << f;
         for (Kuv64s a = -32768; a <= 32767; ++a) ASSERT_EQ(static_cast<double>(scaledSquare(a, f)), nearest(a * a, f)) << a << " by " << f;
@@ -107,7 +109,9 @@ struct Operation {
     bool subtracts;
     KuvStatus (*call)(const Arguments&);
 
-    Kuv64s result(Kuv64s a, Kuv64s b, Kuv32s f) const { return kind == Kind::square ? scaledSquare(a, f) : scaled(subtracts ? a - b : a + b, f); }
+    Kuv64s result(Kuv64s a, Kuv64s b, Kuv32s f) const {
+        return kind == Kind::square ? scaledSquare(a, f) : scaled(subtracts ? a - b : a + b, f);
+    }
 };
 
 #define OPERATION(function, kind, channels, subtracts, ...) \
@@ -124,7 +128,8 @@ constexpr Operation operations[] = {
 
 using Values = std::array<Kuv16s, 3>;
 
-constexpr Kuv16s someValues[] = {-32768, -32767, -16385, -16384, -257, -182, -181, -3, -2, -1, 0, 1, 2, 3, 5, 181, 182, 255, 256, 16383, 16384, 32766, 32767};
+constexpr Kuv16s someValues[] = {-32768, -32767, -16385, -16384, -257, -182, -181, -3,    -2,    -1,    0,    1,
+                                 2,      3,      5,      181,    182,  255,  256,  16383, 16384, 32766, 32767};
 
 // Each of the paths, at both of its ends.
 constexpr Kuv32s someFactors[] = {-17, -16, -15, -14, -3, -1, 0, 1, 2, 5, 15, 16, 17, 30, 31};
@@ -132,11 +137,12 @@ constexpr Kuv32s someFactors[] = {-17, -16, -15, -14, -3, -1, 0, 1, 2, 5, 15, 16
 class ScaledArithmetic : public VariantTest {
 protected:
     // `src1` and `src2` may be `dst`; what the operation does not have is not looked at.
-    void expectResult(const Operation& operation, const Image& src1, const Image& src2, const Image& dst, KuviSize size, Kuv32s f, const Values& values) {
+    void expectResult(const Operation& operation, const Image& src1, const Image& src2, const Image& dst, KuviSize size, Kuv32s f,
+                      const Values& values) {
         expectResult(operation, src1, src2, dst, size, f, values, dst.step());
     }
-    void expectResult(const Operation& operation, const Image& src1, const Image& src2, const Image& dst, KuviSize size, Kuv32s f, const Values& values,
-                      Kuv32s dstStep) {
+    void expectResult(const Operation& operation, const Image& src1, const Image& src2, const Image& dst, KuviSize size, Kuv32s f,
+                      const Values& values, Kuv32s dstStep) {
         const Image table("value", {2 * operation.channels, 1, 0, oneIn(random_, 2) ? Guard::end : Guard::begin, below(random_, 2), 2}, 1);
         std::memcpy(table.row(), values.data(), 2 * static_cast<std::size_t>(operation.channels));
         const Bytes src1Before = src1.bytes(), src2Before = src2.bytes();
@@ -151,10 +157,11 @@ protected:
                 store(to, i, static_cast<Kuv16s>(operation.result(load<Kuv16s>(first, i), b, f)));
             }
         }
-        SCOPED_TRACE(testing::Message() << GetParam() << ", " << operation.name << ", " << size.width << " x " << size.height << ", by " << f << ", value "
-                                        << values[0] << ", " << values[1] << ", " << values[2] << "\n  src1: " << src1.geometry()
-                                        << "\n  src2: " << src2.geometry() << "\n  dst: " << dst.geometry());
-        const Arguments arguments = {src1.row<Kuv16s>(), src2.row<Kuv16s>(), table.row<Kuv16s>(), src1.step(), src2.step(), dst.row<Kuv16s>(), dstStep, size, f};
+        SCOPED_TRACE(testing::Message() << GetParam() << ", " << operation.name << ", " << size.width << " x " << size.height << ", by "
+                                        << f << ", value " << values[0] << ", " << values[1] << ", " << values[2] << "\n  src1: "
+                                        << src1.geometry() << "\n  src2: " << src2.geometry() << "\n  dst: " << dst.geometry());
+        const Arguments arguments = {
+            src1.row<Kuv16s>(), src2.row<Kuv16s>(), table.row<Kuv16s>(), src1.step(), src2.step(), dst.row<Kuv16s>(), dstStep, size, f};
         EXPECT_EQ(watched([&] { return operation.call(arguments); }), kuvStatusOk);
         EXPECT_EQ(dst.difference(wanted), "");
         if (&src1 != &dst) {
@@ -179,11 +186,14 @@ protected:
         }
     }
     Values drawValues() {
-        const auto one = [&] { return oneIn(random_, 2) ? someValues[below(random_, std::size(someValues))] : static_cast<Kuv16s>(random_()); };
+        const auto one = [&] {
+            return oneIn(random_, 2) ? someValues[below(random_, std::size(someValues))] : static_cast<Kuv16s>(random_());
+        };
         return {one(), one(), one()};
     }
 
-    void expectOnFreshImages(const Operation& operation, KuviSize size, Kuv32s f, const Geometry& src1At, const Geometry& src2At, const Geometry& dstAt) {
+    void expectOnFreshImages(const Operation& operation, KuviSize size, Kuv32s f, const Geometry& src1At, const Geometry& src2At,
+                             const Geometry& dstAt) {
         const auto filled = [&](const char* name, const Geometry& at) {
             auto image = std::make_unique<Image>(name, at, random_());
             fill(*image, size.width * operation.channels);
@@ -286,11 +296,14 @@ TEST_P(ScaledArithmetic, AnyStep) {
         for (const int width : {1, 2, 9, 17, 40, 75}) {
             const KuviSize size = {width, 5};
             const int row = rowBytes(operation, width);
-            for (const std::ptrdiff_t dstStep : {row, row - 1, row + 1, row + 60, 0, 1, 2, 3, 7, 16, 31, row / 2, -1, -2, -5, -row, -row - 3}) {
-                for (const std::ptrdiff_t srcStep : {std::ptrdiff_t{row}, std::ptrdiff_t{0}, std::ptrdiff_t{-row - 1}, std::ptrdiff_t{1}, dstStep}) {
+            for (const std::ptrdiff_t dstStep :
+                 {row, row - 1, row + 1, row + 60, 0, 1, 2, 3, 7, 16, 31, row / 2, -1, -2, -5, -row, -row - 3}) {
+                for (const std::ptrdiff_t srcStep :
+                     {std::ptrdiff_t{row}, std::ptrdiff_t{0}, std::ptrdiff_t{-row - 1}, std::ptrdiff_t{1}, dstStep}) {
                     for (const Kuv32s f : {0, 1, 2, -1, -16, 17}) {
                         const Guard guard = oneIn(random_, 2) ? Guard::end : Guard::begin;
-                        expectOnFreshImages(operation, size, f, geometry(operation, size, srcStep, guard), geometry(operation, size, srcStep, guard),
+                        expectOnFreshImages(operation, size, f, geometry(operation, size, srcStep, guard),
+                                            geometry(operation, size, srcStep, guard),
                                             geometry(operation, size, dstStep, guard, below(random_, 3)));
                     }
                 }
@@ -307,7 +320,8 @@ TEST_P(ScaledArithmetic, AnyStepOfSquares) {
         const int row = rowBytes(square, width);
         for (const Kuv32s step : {1, 2, 3, 4, 7, 16, 31, 32, row - 1, row, row + 1, row + 2, row + 63}) {
             for (const Kuv32s f : someFactors) {
-                const Image dst("dst", geometry(square, size, step & ~1, oneIn(random_, 2) ? Guard::end : Guard::begin, below(random_, 3)), random_());
+                const Image dst("dst", geometry(square, size, step & ~1, oneIn(random_, 2) ? Guard::end : Guard::begin, below(random_, 3)),
+                                random_());
                 fill(dst, width);
                 expectResult(square, dst, dst, dst, size, f, {}, step);
             }
@@ -368,7 +382,10 @@ TEST_P(ScaledArithmetic, WhereNothingIsLeftNoSourceIsRead) {
             image.fill(-1);
             const KuviSize size = {37, 3};
             const Kuv32s step = 74 * operation.channels;
-            EXPECT_EQ(watched([&] { return operation.call({nowhere, nowhere, nullptr, 1 << 20, 1 << 20, image.data(), step, size, f}); }), kuvStatusOk);
+            EXPECT_EQ(watched([&] {
+                          return operation.call({nowhere, nowhere, nullptr, 1 << 20, 1 << 20, image.data(), step, size, f});
+                      }),
+                      kuvStatusOk);
             const auto end = image.begin() + 111 * operation.channels;
             EXPECT_EQ(std::count(image.begin(), end, 0), 111 * operation.channels) << operation.name << " by " << f;
             EXPECT_EQ(*end, -1);
@@ -382,11 +399,25 @@ TEST_P(ScaledArithmetic, ResultsAtTheLimits) {
         int a, b;
         Kuv32s f;
         int sum, difference;
-    } cases[] = {{32767, 32767, 16, 1, 0},        {32767, 32767, 17, 0, 0},       {0, 1, -16, 32767, -32768},     {0, 0, -16, 0, 0},
-                 {-1, 0, -16, -32768, -32768},    {1, 0, -15, 32767, 32767},      {0, 0, -15, 0, 0},              {-32768, -32768, 1, -32768, 0},
-                 {32767, -32768, 1, 0, 32767},    {-32768, 32767, 1, 0, -32768},  {2, 1, 1, 2, 0},                {-2, -1, 1, -2, 0},
-                 {32767, 32767, 0, 32767, 0},     {-32768, 1, 0, -32767, -32768}, {32767, -32768, 2, 0, 16384},   {32767, -32768, 16, 0, 1},
-                 {-32768, -32768, 16, -1, 0},     {-32768, -32768, 17, 0, 0},     {3, 0, INT32_MIN, 32767, 32767}};
+    } cases[] = {{32767, 32767, 16, 1, 0},
+                 {32767, 32767, 17, 0, 0},
+                 {0, 1, -16, 32767, -32768},
+                 {0, 0, -16, 0, 0},
+                 {-1, 0, -16, -32768, -32768},
+                 {1, 0, -15, 32767, 32767},
+                 {0, 0, -15, 0, 0},
+                 {-32768, -32768, 1, -32768, 0},
+                 {32767, -32768, 1, 0, 32767},
+                 {-32768, 32767, 1, 0, -32768},
+                 {2, 1, 1, 2, 0},
+                 {-2, -1, 1, -2, 0},
+                 {32767, 32767, 0, 32767, 0},
+                 {-32768, 1, 0, -32767, -32768},
+                 {32767, -32768, 2, 0, 16384},
+                 {32767, -32768, 16, 0, 1},
+                 {-32768, -32768, 16, -1, 0},
+                 {-32768, -32768, 17, 0, 0},
+                 {3, 0, INT32_MIN, 32767, 32767}};
     for (const auto& each : cases) {
         for (const int width : {1, 7, 50}) {
             const auto count = static_cast<std::size_t>(width);
@@ -443,7 +474,8 @@ TEST_P(ScaledArithmetic, ConstantsWithinTheImage) {
 TEST_P(ScaledArithmetic, RowsFurtherApartThan32BitsTell) {
     constexpr std::ptrdiff_t step = 0x7FFFFFF1;
     constexpr KuviSize size = {41, 3};
-    const DistantMemory src1(3 * static_cast<std::size_t>(step)), src2(3 * static_cast<std::size_t>(step)), dst(3 * static_cast<std::size_t>(step));
+    const DistantMemory src1(3 * static_cast<std::size_t>(step)), src2(3 * static_cast<std::size_t>(step)),
+        dst(3 * static_cast<std::size_t>(step));
     KUV_NEEDS(src1);
     KUV_NEEDS(src2);
     KUV_NEEDS(dst);
@@ -470,8 +502,10 @@ TEST_P(ScaledArithmetic, RowsFurtherApartThan32BitsTell) {
                 const auto first = [&](const DistantMemory& memory) { return reinterpret_cast<Kuv16s*>(at(memory, 0)); };
                 const auto signedStep = static_cast<Kuv32s>(upward ? -step : step);
                 EXPECT_EQ(watched([&] {
-                              return operation.call({first(src1), first(src2), values.data(), signedStep, signedStep, first(dst), signedStep, size, f});
-                          }), kuvStatusOk);
+                              return operation.call(
+                                  {first(src1), first(src2), values.data(), signedStep, signedStep, first(dst), signedStep, size, f});
+                          }),
+                          kuvStatusOk);
                 for (int r = 0; r < 3; ++r) {
                     EXPECT_EQ(std::memcmp(at(dst, r), wanted[r].data(), 2 * count), 0) << operation.name << " by " << f << ", row " << r;
                 }

@@ -30,8 +30,8 @@ protected:
         for (int r = 0; r < size.height; ++r) {
             for (int i = 0; i < size.width; ++i) store(dst.row(wanted, r), i * pitch, value);
         }
-        SCOPED_TRACE(testing::Message() << GetParam() << ", " << sizeof(T) << "-byte samples, " << size.width << " x " << size.height << "\n  dst: "
-                                        << dst.geometry());
+        SCOPED_TRACE(testing::Message() << GetParam() << ", " << sizeof(T) << "-byte samples, " << size.width << " x " << size.height
+                                        << "\n  dst: " << dst.geometry());
         EXPECT_EQ(watched([&] { return function(value, dst.row<T>(), dst.step(), size); }), kuvStatusOk);
         EXPECT_EQ(dst.difference(wanted), "");
     }
@@ -78,7 +78,8 @@ TEST_P(Set, AnyStep) {
 
 // With each answer that the cache may give, around the sizes from which on it is asked.
 TEST_P(Set, LargeFills) {
-    for (const auto& [status, bytes] : {std::pair{kuvStatusOk, 0x10000}, {kuvStatusOk, 0x80004}, {kuvStatusOk, 0x7FFFFFFF}, {kuvStatusNoCpuid, 0x10000}}) {
+    for (const auto& [status, bytes] :
+         {std::pair{kuvStatusOk, 0x10000}, {kuvStatusOk, 0x80004}, {kuvStatusOk, 0x7FFFFFFF}, {kuvStatusNoCpuid, 0x10000}}) {
         const PresetCache cache(status, bytes);
         for (const int gap : {0, 18}) {
             for (const int width : {0x1FFFF, 0x20000, 0x20001}) expectSets({width, 1}, 0, Guard::end, gap);
@@ -110,8 +111,10 @@ TEST_P(Set, MoreThan2GiB) {
         std::memset(memory.memory(), 0, AliasedMemory::period);
         EXPECT_EQ(kuviSet_8u_C1R(0x5A, memory.memory(), size.width, size), kuvStatusOk);
         EXPECT_EQ(memory.memory()[bytes - 1], 0x5A);
-        EXPECT_EQ(std::count(memory.memory(), memory.memory() + AliasedMemory::period, 0x5A), static_cast<std::ptrdiff_t>(AliasedMemory::period));
-        EXPECT_EQ(kuviSet_32s_C1R(0x01010101, reinterpret_cast<Kuv32s*>(memory.memory()), size.width, {size.width / 4, size.height}), kuvStatusOk);
+        EXPECT_EQ(std::count(memory.memory(), memory.memory() + AliasedMemory::period, 0x5A),
+                  static_cast<std::ptrdiff_t>(AliasedMemory::period));
+        EXPECT_EQ(kuviSet_32s_C1R(0x01010101, reinterpret_cast<Kuv32s*>(memory.memory()), size.width, {size.width / 4, size.height}),
+                  kuvStatusOk);
         EXPECT_EQ(memory.memory()[bytes - 1], 1);
     }
 }

@@ -127,8 +127,8 @@ protected:
         const Bytes tableBefore = table.bytes();
         Bytes wanted = srcDst.bytes();
         for (int r = 0; r < size.height; ++r) shift.shiftRow(srcDst.row(wanted, r), size.width, counts);
-        SCOPED_TRACE(testing::Message() << GetParam() << ", " << shift.name << ", " << size.width << " x " << size.height << ", by " << counts[0] << ", "
-                                        << counts[1] << ", " << counts[2] << "\n  srcDst: " << srcDst.geometry());
+        SCOPED_TRACE(testing::Message() << GetParam() << ", " << shift.name << ", " << size.width << " x " << size.height << ", by "
+                                        << counts[0] << ", " << counts[1] << ", " << counts[2] << "\n  srcDst: " << srcDst.geometry());
         EXPECT_EQ(watched([&] { return shift.call(table.row<const Kuv32u>(), srcDst.row<Kuv16u>(), srcDst.step(), size); }), kuvStatusOk);
         EXPECT_EQ(srcDst.difference(wanted), "");
         EXPECT_EQ(table.difference(tableBefore), "");
@@ -199,7 +199,9 @@ TEST_P(ShiftC, EveryTripleOfCounts) {
         for (const Kuv32u first : some) {
             for (const Kuv32u second : some) {
                 for (const Kuv32u third : some) {
-                    for (const int width : {1, 2, 7, 37, 71}) expectShift(shift, {first, second, third}, {width, 2}, width * shift.pixelBytes() + 2);
+                    for (const int width : {1, 2, 7, 37, 71}) {
+                        expectShift(shift, {first, second, third}, {width, 2}, width * shift.pixelBytes() + 2);
+                    }
                     expectShift(shift, {first, second, third}, {19, 4}, 19 * shift.pixelBytes(), Guard::begin, 2);
                 }
             }
@@ -387,7 +389,9 @@ TEST_P(ShiftC, RowsFurtherApartThan32BitsTell) {
                 wanted[r].assign(row, row + bytes);
                 shift.shiftRow(wanted[r].data(), size.width, counts);
             }
-            EXPECT_EQ(watched([&] { return shift.call(counts.data(), reinterpret_cast<Kuv16u*>(memory.memory()), static_cast<Kuv32s>(step), size); }),
+            EXPECT_EQ(watched([&] {
+                          return shift.call(counts.data(), reinterpret_cast<Kuv16u*>(memory.memory()), static_cast<Kuv32s>(step), size);
+                      }),
                       kuvStatusOk);
             for (int r = 0; r < 3; ++r) EXPECT_EQ(std::memcmp(memory.memory() + step * r, wanted[r].data(), bytes), 0) << shift.name;
         }
@@ -402,7 +406,10 @@ TEST_P(ShiftC, MoreThan31BitsOfSamplesInOneRun) {
         const Shift& shift;
         Counts counts;
         KuviSize size;
-    } cases[] = {{shifts[3], {3, 1, 16}, three}, {shifts[4], {3, 1, 16}, four}, {shifts[5], {16, 16, 16}, four}, {shifts[2], {3, 3, 3}, row},
+    } cases[] = {{shifts[3], {3, 1, 16}, three},
+                 {shifts[4], {3, 1, 16}, four},
+                 {shifts[5], {16, 16, 16}, four},
+                 {shifts[2], {3, 3, 3}, row},
                  {shifts[3], {16, 17, 18}, row}};
     const AliasedMemory image(LongRun::most);
     KUV_NEEDS(image);

@@ -181,9 +181,13 @@ constexpr SimdOperation operations[] = {
     OPERATION("toReals", Kuv32s, toReals(a))
     OPERATION("truncated", Kuv32s, truncated(get<Vector<Kuv32f, V::bytes>>(first)))
     OPERATION("rounded", Kuv32s, rounded(get<Vector<Kuv32f, V::bytes>>(first)))
-    RUN("asIntegers of atLeast", Kuv32s, put(result, fromHalves<V>([&](int lane) { return asIntegers(atLeast(four<Kuv32f>(first, lane), four<Kuv32f>(second, lane))); })))
+    RUN("asIntegers of atLeast", Kuv32s, put(result, fromHalves<V>([&](int lane) {
+            return asIntegers(atLeast(four<Kuv32f>(first, lane), four<Kuv32f>(second, lane)));
+        })))
     RUN("inDoubles from integers", Kuv32s, putReals<V::bytes>(result, [&](int lane) {
-            return inDoubles(four<Kuv32s>(first, lane), [](Doubles x) { return toSingles(add(multiply(x, fill<Doubles>(0.1)), fill<Doubles>(-7))); });
+            return inDoubles(four<Kuv32s>(first, lane), [](Doubles x) {
+                return toSingles(add(multiply(x, fill<Doubles>(0.1)), fill<Doubles>(-7)));
+            });
         }))
     RUN("inDoubles to integers", Kuv32s, put(result, fromHalves<V>([&](int lane) {
             return inDoubles(four<Kuv32f>(first, lane), [](Doubles x) {

@@ -21,8 +21,10 @@ struct Order {
     }
 };
 
-constexpr Kuv32s badThree[][3] = {{3, 0, 0}, {0, 3, 1}, {2, 1, 3}, {-1, 0, 0}, {0, -1, 2}, {0, 1, INT32_MIN}, {0, 256, 0}, {INT32_MAX, 0, 0}};
-constexpr Kuv32s badFour[][4] = {{4, 0, 0, 0}, {0, 4, 0, 0}, {0, 0, 4, 0}, {3, 2, 1, 4}, {-1, 0, 0, 0}, {0, 1, 2, -1}, {0, 0, INT32_MIN, 0}, {0, 0, 0, 256}};
+constexpr Kuv32s badThree[][3] = {{3, 0, 0},  {0, 3, 1},         {2, 1, 3},   {-1, 0, 0},
+                                  {0, -1, 2}, {0, 1, INT32_MIN}, {0, 256, 0}, {INT32_MAX, 0, 0}};
+constexpr Kuv32s badFour[][4] = {{4, 0, 0, 0},  {0, 4, 0, 0},  {0, 0, 4, 0},         {3, 2, 1, 4},
+                                 {-1, 0, 0, 0}, {0, 1, 2, -1}, {0, 0, INT32_MIN, 0}, {0, 0, 0, 256}};
 
 template <int argument, class Table>
 constexpr auto badOrders(const Table& bad) {
@@ -117,9 +119,9 @@ protected:
         for (int r = 0; r < size.height; ++r) {
             swapRow(swap, inPlace ? dst.row(wanted, r) : src.row(r), dst.row(wanted, r), size.width, order);
         }
-        SCOPED_TRACE(testing::Message() << GetParam() << ", " << swap.name << ", " << size.width << " x " << size.height << ", order {" << order[0]
-                                        << ", " << order[1] << ", " << order[2] << ", " << order[3] << "}\n  src: " << src.geometry()
-                                        << "\n  dst: " << dst.geometry());
+        SCOPED_TRACE(testing::Message() << GetParam() << ", " << swap.name << ", " << size.width << " x " << size.height << ", order {"
+                                        << order[0] << ", " << order[1] << ", " << order[2] << ", " << order[3]
+                                        << "}\n  src: " << src.geometry() << "\n  dst: " << dst.geometry());
         EXPECT_EQ(watched([&] {
                       return swap.call(src.row(), static_cast<Kuv32s>(srcStep), dst.row(), dst.step(), size, entries.row<const Kuv32s>());
                   }), kuvStatusOk);
@@ -150,8 +152,12 @@ TEST_P(SwapChannels, EveryWidth) {
             }
             if (HasFailure()) return;
         }
-        for (int width = 111; width <= 340; ++width) expectSwap(swap, {width, 2}, anyOrder(swap), swap.rowBytes(width), swap.rowBytes(width) + 3);
-        for (const int width : {1000, 4099, 30001}) expectSwap(swap, {width, 2}, anyOrder(swap), swap.rowBytes(width), swap.rowBytes(width) + 3);
+        for (int width = 111; width <= 340; ++width) {
+            expectSwap(swap, {width, 2}, anyOrder(swap), swap.rowBytes(width), swap.rowBytes(width) + 3);
+        }
+        for (const int width : {1000, 4099, 30001}) {
+            expectSwap(swap, {width, 2}, anyOrder(swap), swap.rowBytes(width), swap.rowBytes(width) + 3);
+        }
     }
 }
 
@@ -217,7 +223,8 @@ TEST_P(SwapChannels, OntoItselfTheDestinationsStepCounts) {
     const Swap& swap = swaps[0];
     for (const int width : {1, 5, 16, 33, 70}) {
         const int row = 3 * width;
-        for (const std::ptrdiff_t srcStep : {std::ptrdiff_t{1}, std::ptrdiff_t{-7}, std::ptrdiff_t{row}, std::ptrdiff_t{INT32_MAX}, std::ptrdiff_t{INT32_MIN}}) {
+        for (const std::ptrdiff_t srcStep :
+             {std::ptrdiff_t{1}, std::ptrdiff_t{-7}, std::ptrdiff_t{row}, std::ptrdiff_t{INT32_MAX}, std::ptrdiff_t{INT32_MIN}}) {
             for (const std::ptrdiff_t dstStep : {row, row + 4, -row, -row - 1}) {
                 const Image image("srcDst", {row, 4, dstStep, Guard::end, 0, 1}, random_());
                 expectSwap(swap, {width, 4}, anyOrder(swap), image, srcStep, image, true);
@@ -308,7 +315,8 @@ TEST_P(SwapChannels, RowsFurtherApartThan32BitsTell) {
                                            static_cast<Kuv32s>(signedStep), {width, 3}, order.data());
                       }), kuvStatusOk);
             for (int r = 0; r < 3; ++r) {
-                EXPECT_EQ(std::memcmp(to.memory() + start + signedStep * r, wanted[r].data(), static_cast<std::size_t>(bytes)), 0) << swap.name;
+                EXPECT_EQ(std::memcmp(to.memory() + start + signedStep * r, wanted[r].data(), static_cast<std::size_t>(bytes)), 0)
+                    << swap.name;
             }
         }
     }

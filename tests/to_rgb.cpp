@@ -19,7 +19,8 @@ Kuv8u saturated(int v) { return static_cast<Kuv8u>(std::clamp(v, 0, 255)); }
 // The formulae with 16 fraction bits.
 Pixel exactly(int luma, int cb, int cr) {
     const int b = cb - 128, r = cr - 128;
-    return {saturated((76282 * luma + 104593 * r - 1187744) >> 16), saturated((76282 * luma - 25689 * b - 53279 * r - 1220512 + 32768) >> 16),
+    return {saturated((76282 * luma + 104593 * r - 1187744) >> 16),
+            saturated((76282 * luma - 25689 * b - 53279 * r - 1220512 + 32768) >> 16),
             saturated((76282 * luma + 132184 * b - 1187744) >> 16)};
 }
 
@@ -30,7 +31,8 @@ Pixel quickly(int luma, int cb, int cr) {
     const int b = cb - 128, r = cr - 128;
     const int y = mulhi(limited((luma - 16) * 128), 4769);
     const int red = mulhi(r * 128, 6537), blue = mulhi(b * 128, 8263), green = limited(mulhi(b * 128, 1605) + mulhi(r * 128, 3330));
-    return {saturated(limited(limited(y + red) + 4) >> 3), saturated(limited(limited(y - green) + 4) >> 3), saturated(limited(limited(y + blue) + 4) >> 3)};
+    return {saturated(limited(limited(y + red) + 4) >> 3), saturated(limited(limited(y - green) + 4) >> 3),
+            saturated(limited(limited(y + blue) + 4) >> 3)};
 }
 
 bool isQuick(const Variant& variant) { return variant.index >= 2; }
@@ -94,8 +96,8 @@ protected:
         const Bytes srcBefore = src.bytes();
         Bytes wanted = dst.bytes();
         for (int r = 0; r < size.height; ++r) reference(src.row(r) + before, dst.row(wanted, r));
-        SCOPED_TRACE(testing::Message() << GetParam() << ", " << size.width << " x " << size.height << "\n  src: " << src.geometry() << "\n  dst: "
-                                        << dst.geometry());
+        SCOPED_TRACE(testing::Message() << GetParam() << ", " << size.width << " x " << size.height << "\n  src: " << src.geometry()
+                                        << "\n  dst: " << dst.geometry());
         EXPECT_EQ(watched([&] { return function(src.row() + before, src.step(), dst.row(), dst.step(), size); }), kuvStatusOk);
         EXPECT_EQ(dst.difference(wanted), "");
         EXPECT_EQ(src.difference(srcBefore), "");
@@ -152,8 +154,9 @@ protected:
                 convertRow(GetParam(), &src[srcStep * static_cast<std::size_t>(row)], width, wanted.data());
                 const auto first = dst.begin() + static_cast<std::ptrdiff_t>(dstStep) * row;
                 const auto [got, expected] = std::mismatch(first, first + 3 * width, wanted.begin());
-                ASSERT_TRUE(expected == wanted.end()) << "Cb " << cb << ", row " << row << " of width " << width << ", byte " << expected - wanted.begin()
-                                                      << ": got " << int{*got} << ", wanted " << int{*expected};
+                ASSERT_TRUE(expected == wanted.end())
+                    << "Cb " << cb << ", row " << row << " of width " << width << ", byte " << expected - wanted.begin() << ": got "
+                    << int{*got} << ", wanted " << int{*expected};
             }
         }
     }
@@ -235,7 +238,8 @@ TEST_P(ToRGB, AllColoursInShortRows) { expectAllColours(0, 6); }
 TEST(ToRGBFormulae, DifferBy1AtMost) {
     int differing = 0;
     for (int colour = 0; colour < 1 << 24; colour += sanitized ? 7 : 1) {
-        const Pixel exact = exactly(colour & 0xFF, colour >> 8 & 0xFF, colour >> 16), quick = quickly(colour & 0xFF, colour >> 8 & 0xFF, colour >> 16);
+        const Pixel exact = exactly(colour & 0xFF, colour >> 8 & 0xFF, colour >> 16),
+                    quick = quickly(colour & 0xFF, colour >> 8 & 0xFF, colour >> 16);
         for (std::size_t c = 0; c < 3; ++c) {
             ASSERT_LE(std::abs(exact[c] - quick[c]), 1) << std::hex << colour;
             differing += exact[c] != quick[c];
@@ -296,13 +300,19 @@ TEST_P(ToRGB, RowsFurtherApartThan32BitsTell) {
     for (int r = 0; r < 3; ++r) {
         for (int i = 0; i < 2 * width; ++i) src[step * r + i] = static_cast<Kuv8u>(i % 2 == 0 ? 128 : 60 + 60 * r);
     }
-    EXPECT_EQ(watched([&] { return kuviCbYCr422ToRGB_8u_C2C3R(src, static_cast<Kuv32s>(step), dst, static_cast<Kuv32s>(step), {width, 3}); }), kuvStatusOk);
+    EXPECT_EQ(watched([&] {
+                  return kuviCbYCr422ToRGB_8u_C2C3R(src, static_cast<Kuv32s>(step), dst, static_cast<Kuv32s>(step), {width, 3});
+              }),
+              kuvStatusOk);
     for (int r = 0; r < 3; ++r) {
         Kuv8u wanted[3 * width];
         convertRow(GetParam(), src + step * r, width, wanted);
         EXPECT_EQ(std::memcmp(dst + step * r, wanted, sizeof wanted), 0);
     }
-    EXPECT_EQ(watched([&] { return kuviGrayToRGB_8u_C1C3R(src, static_cast<Kuv32s>(step), dst, static_cast<Kuv32s>(step), {width, 3}); }), kuvStatusOk);
+    EXPECT_EQ(watched([&] {
+                  return kuviGrayToRGB_8u_C1C3R(src, static_cast<Kuv32s>(step), dst, static_cast<Kuv32s>(step), {width, 3});
+              }),
+              kuvStatusOk);
     for (int r = 0; r < 3; ++r) {
         for (int i = 0; i < 3 * width; ++i) ASSERT_EQ(dst[step * r + i], src[step * r + i / 3]);
     }

@@ -186,7 +186,9 @@ protected:
         Steps all;
         all.map = std::make_unique<Map>(MapSource{kuvLutStep, application.selector, application.sampleBytes, curves});
         all.search = [curves](int channel, int sample) { return searched(curves[static_cast<std::size_t>(channel)], sample); };
-        all.table = [tables](int channel, int sample) { return tables[static_cast<std::size_t>(channel)][static_cast<std::size_t>(sample)]; };
+        all.table = [tables](int channel, int sample) {
+            return tables[static_cast<std::size_t>(channel)][static_cast<std::size_t>(sample)];
+        };
         return all;
     }
 
@@ -224,7 +226,8 @@ TEST_P(ToneMap, EveryAlignment) {
             const Tables tables = anyTables(application, alike);
             for (int gap = 0; gap <= 64 && !HasFailure(); ++gap) {
                 for (const KuviSize size : {KuviSize{9, 2}, {45, 7}, {131, 3}, manyRowsOf(131), manyRowsOf(303)}) {
-                    expectMapped(application, size, imageOf(application, size, {below(random_, 65), Guard::begin, gap}), *tables.map, tables.lookup);
+                    expectMapped(application, size, imageOf(application, size, {below(random_, 65), Guard::begin, gap}), *tables.map,
+                                 tables.lookup);
                 }
             }
         }
@@ -249,7 +252,9 @@ TEST_P(ToneMap, EverySample) {
             for (const int first : {0, 1, 2, 3, 5, 7}) {
                 const KuviSize size = {application.entries() * (application.sampleBytes == 1 ? 8 : 1) + 5, 1};
                 const Image image = imageOf(application, size, {});
-                for (int i = 0; i < size.width * application.samples; ++i) application.setSample(image.row(), i, i / application.samples + first + 3 * (i % application.samples));
+                for (int i = 0; i < size.width * application.samples; ++i) {
+                    application.setSample(image.row(), i, i / application.samples + first + 3 * (i % application.samples));
+                }
                 expectMapped(application, size, image, *tables.map, tables.lookup);
             }
         }
@@ -266,7 +271,9 @@ TEST_P(ToneMap, AnyStep) {
                 for (const int step : {1, 2, 3, 5, 7, 31, 32, 33, rowBytes / 2, rowBytes - 1, rowBytes, rowBytes + 1, rowBytes + 3, 4099}) {
                     if (step < 1) continue;
                     const KuviSize size = manyRowsOf(width);
-                    expectMapped(application, size, imageOf(application, size, {step - rowBytes, oneIn(random_, 2) ? Guard::end : Guard::begin, below(random_, 3)}),
+                    expectMapped(application, size,
+                                 imageOf(application, size,
+                                         {step - rowBytes, oneIn(random_, 2) ? Guard::end : Guard::begin, below(random_, 3)}),
                                  *tables.map, tables.lookup);
                 }
             }
@@ -280,9 +287,11 @@ TEST_P(ToneMap, StepsSearchedAndFromTheTable) {
         for (int round = 0; round < 40 && !HasFailure(); ++round) {
             const bool sorted = round % 2 == 0;
             const Steps steps = stepsMap(application, sorted, 2, round < 10 ? 3 : round < 30 ? 16 : 60);
-            for (const KuviSize size : {KuviSize{1, 1}, {1, 31}, {3, 7}, {64, 64}, {4096, 1}, {1, 4096}, {4097, 1}, {17, 241}, {683, 6}, {90, 100}}) {
+            for (const KuviSize size :
+                 {KuviSize{1, 1}, {1, 31}, {3, 7}, {64, 64}, {4096, 1}, {1, 4096}, {4097, 1}, {17, 241}, {683, 6}, {90, 100}}) {
                 const bool search = searches(application) && size.width * size.height <= 4096;
-                const Image image = imageOf(application, size, {oneIn(random_, 2) ? 0 : 3, oneIn(random_, 2) ? Guard::end : Guard::begin, 0});
+                const Image image =
+                    imageOf(application, size, {oneIn(random_, 2) ? 0 : 3, oneIn(random_, 2) ? Guard::end : Guard::begin, 0});
                 expectMapped(application, size, image, *steps.map, search ? steps.search : steps.table);
             }
         }
@@ -310,13 +319,17 @@ TEST_P(ToneMap, EverySampleSearched) {
         if (!searches(application)) continue;
         for (std::size_t first = 0; first < curves.size(); ++first) {
             std::vector<Curve> chosen;
-            for (int c = 0; c < application.mapped(); ++c) chosen.push_back(curves[(first + 4 * static_cast<std::size_t>(c)) % curves.size()]);
+            for (int c = 0; c < application.mapped(); ++c) {
+                chosen.push_back(curves[(first + 4 * static_cast<std::size_t>(c)) % curves.size()]);
+            }
             const Map map({kuvLutStep, application.selector, 2, chosen});
             const Lookup lookup = [&](int channel, int sample) { return searched(chosen[static_cast<std::size_t>(channel)], sample); };
             for (int part = 0; part < 16 && !HasFailure(); ++part) {
                 const KuviSize size = {4096, 1};
                 const Image image = imageOf(application, size, {});
-                for (int i = 0; i < 4096 * application.samples; ++i) application.setSample(image.row(), i, part * 4096 + i / application.samples);
+                for (int i = 0; i < 4096 * application.samples; ++i) {
+                    application.setSample(image.row(), i, part * 4096 + i / application.samples);
+                }
                 expectMapped(application, size, image, map, lookup);
             }
         }
@@ -355,7 +368,9 @@ TEST_P(ToneMap, OnlyStepsAreSearched) {
             const MapSource source = {interpolation, application.selector, application.sampleBytes, curves};
             const Map map(source);
             std::vector<std::vector<Kuv32s>> tables;
-            for (const Curve& each : curves) tables.push_back(ToneTableReference(application.sampleBytes, false).table(source.rule(), each));
+            for (const Curve& each : curves) {
+                tables.push_back(ToneTableReference(application.sampleBytes, false).table(source.rule(), each));
+            }
             for (const KuviSize size : {KuviSize{20, 3}, {300, 20}}) {
                 expectMapped(application, size, imageOf(application, size, {}), map, [&](int channel, int sample) {
                     return tables[static_cast<std::size_t>(channel)][static_cast<std::size_t>(sample)];
@@ -385,7 +400,8 @@ TEST_P(ToneMap, OnlyItsOwnMaps) {
     for (const Kuv32s interpolation : {kuvLutStep, kuvLutLinear, kuvLutCubic}) {
         for (const int sampleBytes : {1, 2}) {
             for (const Kuv32s selector : {kuvChannelsC1, kuvChannelsC3, kuvChannelsC4, kuvChannelsAC4}) {
-                const Map map({interpolation, selector, sampleBytes, std::vector<Curve>(static_cast<std::size_t>(usedChannels(selector)), curve)});
+                const Map map(
+                    {interpolation, selector, sampleBytes, std::vector<Curve>(static_cast<std::size_t>(usedChannels(selector)), curve)});
                 for (const Application& application : applications) {
                     const KuviSize size = {7, 2};
                     const Image image = imageOf(application, size, {});
@@ -406,11 +422,14 @@ TEST_P(ToneMap, TheLastLevelIsKept) {
     for (const Application& application : applications) {
         for (const Kuv32s interpolation : {kuvLutStep, kuvLutLinear, kuvLutCubic}) {
             const Curve curve = {{10, 20, 30, 40}, {111, 111, 111, 111}};
-            const Map map({interpolation, application.selector, application.sampleBytes, std::vector<Curve>(static_cast<std::size_t>(application.mapped()), curve)});
+            const Map map({interpolation, application.selector, application.sampleBytes,
+                           std::vector<Curve>(static_cast<std::size_t>(application.mapped()), curve)});
             for (const KuviSize size : {KuviSize{52, 1}, {52, 200}}) {
                 const Image image = imageOf(application, size, {});
                 for (int r = 0; r < size.height; ++r) {
-                    for (int i = 0; i < size.width * application.samples; ++i) application.setSample(image.row(r), i, i / application.samples);
+                    for (int i = 0; i < size.width * application.samples; ++i) {
+                        application.setSample(image.row(r), i, i / application.samples);
+                    }
                 }
                 expectMapped(application, size, image, map, [](int, int x) { return x < 10 || x >= 40 ? x : 111; });
             }
@@ -435,14 +454,18 @@ TEST_P(ToneMap, RowsFurtherApartThan32BitsTell) {
                 wanted.emplace_back(row, row + width * application.pixelBytes());
                 for (int i = 0; i < count; ++i) {
                     const int channel = i % application.samples;
-                    if (channel < application.mapped()) application.setSample(wanted.back().data(), i, lookup(channel, application.sampleAt(row, i)));
+                    if (channel < application.mapped()) {
+                        application.setSample(wanted.back().data(), i, lookup(channel, application.sampleAt(row, i)));
+                    }
                 }
             }
             EXPECT_EQ(watched([&] {
                           return application.call(memory.memory(), step, {width, 3}, steps ? searchedMap.map->get() : tables.map->get());
                       }), kuvStatusOk);
             for (int r = 0; r < 3; ++r) {
-                EXPECT_EQ(std::memcmp(memory.memory() + step * r, wanted[static_cast<std::size_t>(r)].data(), wanted[static_cast<std::size_t>(r)].size()), 0)
+                EXPECT_EQ(std::memcmp(memory.memory() + step * r, wanted[static_cast<std::size_t>(r)].data(),
+                                      wanted[static_cast<std::size_t>(r)].size()),
+                          0)
                     << application.name;
             }
         }

@@ -70,7 +70,8 @@ KUV_FOR_EACH_VARIANT(ToneMapSize);
 
 TEST_P(ToneMapSize, EveryCell) {
     const auto roundedUp = [](Kuv32s bytes) { return (bytes + 63) / 64 * 64; };
-    const std::vector<std::vector<Kuv32s>> lists = {{2, 2, 2, 2}, {4, 4, 4, 4}, {3, 4, 5, 6}, {7, 3, 9, 8}, {5, 6, 2, 9}, {8, 8, 8, 3}, {1000, 17, 64, 5}, {65536, 65537, 8, 40}};
+    const std::vector<std::vector<Kuv32s>> lists = {{2, 2, 2, 2}, {4, 4, 4, 4}, {3, 4, 5, 6},      {7, 3, 9, 8},
+                                                    {5, 6, 2, 9}, {8, 8, 8, 3}, {1000, 17, 64, 5}, {65536, 65537, 8, 40}};
     for (const std::vector<Kuv32s>& n : lists) {
         for (const Kuv32s channels : selectors) {
             const int used = usedChannels(channels);
@@ -111,7 +112,10 @@ TEST_P(ToneMapSize, ReadsTheCountsInUse) {
         const Image counts("counts", {.rowBytes = 4 * used, .rows = 1, .step = 4 * used}, 1);
         for (int c = 0; c < used; ++c) store(counts.row(), c, 5);
         Kuv32s bytes = 0;
-        EXPECT_EQ(watched([&] { return kuviLUT_GetSize(kuvLutStep, kuvDataType8u, channels, {1, 1}, counts.row<Kuv32s>(), &bytes); }), kuvStatusOk);
+        EXPECT_EQ(watched([&] {
+                      return kuviLUT_GetSize(kuvLutStep, kuvDataType8u, channels, {1, 1}, counts.row<Kuv32s>(), &bytes);
+                  }),
+                  kuvStatusOk);
         EXPECT_EQ(bytes, 184 + 256 * used);
     }
 }
@@ -195,7 +199,8 @@ protected:
                                    : kind == Kind::close  ? entries / 2 + below(random_, 3 * n)
                                    : kind == Kind::sorted ? below(random_, entries + 1)
                                                           : between(random_, -entries / 4, entries + entries / 4));
-            curve.values.push_back(oneIn(random_, 6) && kind == Kind::anything ? any() : between(random_, -entries / 4, entries + entries / 4));
+            curve.values.push_back(oneIn(random_, 6) && kind == Kind::anything ? any()
+                                                                               : between(random_, -entries / 4, entries + entries / 4));
         }
         if (kind == Kind::sorted || kind == Kind::close) std::sort(curve.levels.begin(), curve.levels.end());
         return curve;
@@ -253,8 +258,10 @@ TEST_P(ToneMapInit, TablesBeginOn64ByteBoundaries) {
 
 // All other values are as in the caller's mode: the tables of px to g9 agree in each.
 TEST_P(ToneMapInit, InEveryRoundingMode) {
-    const MapSource sources[] = {drawSource(1, kuvLutLinear, kuvChannelsC3, Kind::sorted), drawSource(1, kuvLutCubic, kuvChannelsC3, Kind::close),
-                                 drawSource(2, kuvLutLinear, kuvChannelsC1, Kind::sorted), drawSource(2, kuvLutCubic, kuvChannelsC1, Kind::sorted)};
+    const MapSource sources[] = {drawSource(1, kuvLutLinear, kuvChannelsC3, Kind::sorted),
+                                 drawSource(1, kuvLutCubic, kuvChannelsC3, Kind::close),
+                                 drawSource(2, kuvLutLinear, kuvChannelsC1, Kind::sorted),
+                                 drawSource(2, kuvLutCubic, kuvChannelsC1, Kind::sorted)};
     for (const int mode : {FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO, FE_TONEAREST}) {
         for (const MapSource& each : sources) {
             std::fesetround(mode);
@@ -291,7 +298,8 @@ TEST_P(ToneMapInit, TheMapDoesNotNeedTheArrays) {
 
 TEST_P(ToneMapInit, AnotherMapOnTheSameBlock) {
     Kuv32s bytes = 0;
-    const MapSource largest = {kuvLutStep, kuvChannelsC3, 2, {drawCurve(2, Kind::sorted, 9), drawCurve(2, Kind::sorted, 9), drawCurve(2, Kind::sorted, 9)}};
+    const MapSource largest = {
+        kuvLutStep, kuvChannelsC3, 2, {drawCurve(2, Kind::sorted, 9), drawCurve(2, Kind::sorted, 9), drawCurve(2, Kind::sorted, 9)}};
     ASSERT_EQ(largest.size(&bytes), kuvStatusOk);
     const Image block("block", geometryOf(bytes, Place()), 7);
     ASSERT_EQ(largest.init(block.row()), kuvStatusOk);
@@ -379,7 +387,9 @@ TEST_P(ToneMapInit, LevelsFarOutside) {
             for (const Curve& each : {Curve{{1 << 20, 1 << 21}, {1, 2}}, Curve{{-70000, -1}, {1, 2}}, Curve{{INT32_MAX, INT32_MIN}, {1, 2}},
                                       Curve{{INT32_MIN, INT32_MAX}, {-40, 90}}, Curve{{INT32_MIN, INT32_MIN + 1}, {1, 2}},
                                       Curve{{INT32_MIN, 5, INT32_MAX, 7, 100}, {INT32_MIN, INT32_MAX, 0, INT32_MAX, INT32_MIN}}}) {
-                for (const Guard guard : {Guard::end, Guard::begin}) expectMap({interpolation, kuvChannelsC1, sampleBytes, {each}}, {guard, 0});
+                for (const Guard guard : {Guard::end, Guard::begin}) {
+                    expectMap({interpolation, kuvChannelsC1, sampleBytes, {each}}, {guard, 0});
+                }
             }
         }
     }
@@ -454,7 +464,8 @@ TEST_P(ToneMapInit, CubicOfFewLevels) {
     for (const int sampleBytes : {1, 2}) {
         for (const Kuv32s selector : {kuvChannelsC3, kuvChannelsAC4, kuvChannelsC4}) {
             for (int c = 0; c < usedChannels(selector); ++c) {
-                MapSource source = {kuvLutCubic, selector, sampleBytes, std::vector<Curve>(static_cast<std::size_t>(usedChannels(selector)), curved)};
+                MapSource source = {kuvLutCubic, selector, sampleBytes,
+                                    std::vector<Curve>(static_cast<std::size_t>(usedChannels(selector)), curved)};
                 source.curves[static_cast<std::size_t>(c)] = few;
                 ASSERT_EQ(source.rule(), kuvLutLinear);
                 expectMap(source);
@@ -505,7 +516,8 @@ TEST_P(ToneMapInit, TheOrderOfChannels) {
                 for (int count = 0; count < usedChannels(selector); ++count) {
                     for (int pointer = 0; pointer < usedChannels(selector); ++pointer) {
                         const KuvStatus wanted = byChannel && count < pointer ? kuvStatusBadLutLevels : kuvStatusNullPtr;
-                        SCOPED_TRACE(testing::Message() << sampleBytes << " " << interpolation << " " << selector << " " << count << " " << pointer);
+                        SCOPED_TRACE(testing::Message()
+                                     << sampleBytes << " " << interpolation << " " << selector << " " << count << " " << pointer);
                         EXPECT_EQ(function(interpolation, selector, {1, 1}, without[pointer], pointers, tooFew[count], spec), wanted);
                         EXPECT_EQ(function(interpolation, selector, {1, 1}, pointers, without[pointer], tooFew[count], spec), wanted);
                     }
@@ -557,9 +569,11 @@ TEST_P(ToneMapInit, ReadsWhatItMay) {
                     }
                     const auto function = sampleBytes == 1 ? kuviLUT_Init_8u : kuviLUT_Init_16u;
                     EXPECT_EQ(watched([&] {
-                                  return function(interpolation, selector, {1, 1}, valuePointers.row<const Kuv32s*>(), levelPointers.row<const Kuv32s*>(),
-                                                  counts.row<const Kuv32s>(), reinterpret_cast<KuviToneMapSpec*>(memory.data()));
-                              }), kuvStatusOk);
+                                  return function(interpolation, selector, {1, 1}, valuePointers.row<const Kuv32s*>(),
+                                                  levelPointers.row<const Kuv32s*>(), counts.row<const Kuv32s>(),
+                                                  reinterpret_cast<KuviToneMapSpec*>(memory.data()));
+                              }),
+                              kuvStatusOk);
                 }
             }
         }

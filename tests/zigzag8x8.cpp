@@ -8,7 +8,8 @@ namespace {
 using namespace kuvtest;
 
 KUV_AGREES(kuviZigzagInv8x8_16s_C1, SourceSignal<Kuv16s>{64}, OutputSignal<Kuv16s>{64});
-KUV_CHECKS(kuviZigzagInv8x8_16s_C1, call(SourceSignal<Kuv16s>{64}, OutputSignal<Kuv16s>{64}), check(kuvStatusNullPtr, null<0>(), null<1>()));
+KUV_CHECKS(kuviZigzagInv8x8_16s_C1, call(SourceSignal<Kuv16s>{64}, OutputSignal<Kuv16s>{64}),
+           check(kuvStatusNullPtr, null<0>(), null<1>()));
 
 // Walks the scan: along the diagonals, up the even ones and down the odd ones.
 std::array<int, 64> positions() {

@@ -26,7 +26,8 @@ bool addOpenCV(const char* function, Prepare prepare) {
 
 template <class T>
 cv::Mat matrixOf(Image<T>& image, KuviSize size, int channels = 1) {
-    return cv::Mat(size.height, size.width, CV_MAKETYPE(cv::DataType<T>::depth, channels), image.row(), static_cast<std::size_t>(image.step()));
+    return cv::Mat(size.height, size.width, CV_MAKETYPE(cv::DataType<T>::depth, channels), image.row(),
+                   static_cast<std::size_t>(image.step()));
 }
 
 auto sum = [](auto& form) {
@@ -103,7 +104,9 @@ bool addLimitedInPlace(const char* function, Work work) {
 template <class T, int channels>
 bool addCopy(const char* function) {
     const auto copy = [](auto& form) {
-        return [src = matrixOf(form.src, form.size, channels), dst = matrixOf(form.dst, form.size, channels)]() mutable { src.copyTo(dst); };
+        return [src = matrixOf(form.src, form.size, channels), dst = matrixOf(form.dst, form.size, channels)]() mutable {
+            src.copyTo(dst);
+        };
     };
     return addOpenCV<FromTo<T, channels>>(function, copy) && addOpenCV<FromTo<T, channels, channels, false>>(function, copy);
 }
@@ -124,10 +127,10 @@ bool addLayout(const char* function) {
         return mixing(matrixOf(form.src, form.size, srcChannels), matrixOf(form.dst, form.size, dstChannels), pairs);
     });
 }
-[[maybe_unused]] const bool layouts[] = {
-    addLayout<Kuv8u, 4, 4>("kuviCopy_8u_AC4R"),   addLayout<Kuv16u, 4, 4>("kuviCopy_16u_AC4R"),   addLayout<Kuv8u, 3, 4>("kuviCopy_8u_C3AC4R"),
-    addLayout<Kuv16u, 3, 4>("kuviCopy_16u_C3AC4R"), addLayout<Kuv8u, 4, 3>("kuviCopy_8u_AC4C3R"), addLayout<Kuv16u, 4, 3>("kuviCopy_16u_AC4C3R"),
-    addLayout<Kuv8u, 1, 3>("kuviCopy_8u_C1C3R")};
+[[maybe_unused]] const bool layouts[] = {addLayout<Kuv8u, 4, 4>("kuviCopy_8u_AC4R"),   addLayout<Kuv16u, 4, 4>("kuviCopy_16u_AC4R"),
+                                         addLayout<Kuv8u, 3, 4>("kuviCopy_8u_C3AC4R"), addLayout<Kuv16u, 3, 4>("kuviCopy_16u_C3AC4R"),
+                                         addLayout<Kuv8u, 4, 3>("kuviCopy_8u_AC4C3R"), addLayout<Kuv16u, 4, 3>("kuviCopy_16u_AC4C3R"),
+                                         addLayout<Kuv8u, 1, 3>("kuviCopy_8u_C1C3R")};
 
 template <int channels>
 bool addPlanes(const char* function) {
@@ -295,7 +298,8 @@ auto largest = [](const cv::Mat& src) {
 template <int kernelWidth, int kernelHeight>
 bool addFilter() {
     return addOpenCV<Filtered<kernelWidth, kernelHeight>>("kuviFilterBorder_32f_C1R", [](auto& form) {
-        const cv::Mat src = matrixOf(form.src, form.size), dst = matrixOf(form.dst, form.size), kernel = matrixOf(form.kernel, form.kernelSize);
+        const cv::Mat src = matrixOf(form.src, form.size), dst = matrixOf(form.dst, form.size),
+                      kernel = matrixOf(form.kernel, form.kernelSize);
         return [src, dst, kernel]() mutable { cv::filter2D(src, dst, CV_32F, kernel, cv::Point(-1, -1), 0, cv::BORDER_REPLICATE); };
     });
 }
@@ -305,7 +309,9 @@ bool addFilter() {
 template <int channels, bool aligned>
 bool addColourSpace(const char* function, int code) {
     return addOpenCV<FromTo<Kuv8u, channels, 3, aligned>>(function, [code](auto& form) {
-        return [src = matrixOf(form.src, form.size, channels), dst = matrixOf(form.dst, form.size, 3), code]() mutable { cv::cvtColor(src, dst, code); };
+        return [src = matrixOf(form.src, form.size, channels), dst = matrixOf(form.dst, form.size, 3), code]() mutable {
+            cv::cvtColor(src, dst, code);
+        };
     });
 }
 

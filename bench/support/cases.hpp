@@ -68,7 +68,8 @@ struct Case {
 };
 
 // One in the first-level cache, a small odd one for what a call costs, and three of pictures.
-inline constexpr KuviSize cacheSize = {128, 24}, oddSize = {61, 7}, smallSize = {320, 240}, videoSize = {1920, 1080}, photoSize = {4000, 3000};
+inline constexpr KuviSize cacheSize = {128, 24}, oddSize = {61, 7}, smallSize = {320, 240}, videoSize = {1920, 1080},
+                          photoSize = {4000, 3000};
 constexpr bool isLarge(KuviSize size) { return size.width >= videoSize.width; }
 
 // All cases, with the peers of each: what this processor cannot run is left out.

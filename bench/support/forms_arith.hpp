@@ -45,7 +45,9 @@ struct RealInPlace {
 
     auto call(KuvStatus (*function)(Kuv32f*, Kuv32s, KuviSize)) { return function(srcDst.row(), srcDst.step(), size); }
     auto call(KuvStatus (*function)(Kuv32f, Kuv32f*, Kuv32s, KuviSize)) { return function(value[0], srcDst.row(), srcDst.step(), size); }
-    auto call(KuvStatus (*function)(const Kuv32f*, Kuv32f*, Kuv32s, KuviSize)) { return function(value, srcDst.row(), srcDst.step(), size); }
+    auto call(KuvStatus (*function)(const Kuv32f*, Kuv32f*, Kuv32s, KuviSize)) {
+        return function(value, srcDst.row(), srcDst.step(), size);
+    }
 };
 
 // One, two or three images of signed samples with a scale factor: the last one is changed, or written.
@@ -59,7 +61,9 @@ struct ScaledSamples {
 
     explicit ScaledSamples(KuviSize wanted) : size(wanted) {
         unsigned seed = 0;
-        for (Image<Kuv16s>* each : {&src1, &src2, &srcDst}) fillWithValues(*each, {size.width * channels, size.height}, ++seed, -20000, 20000);
+        for (Image<Kuv16s>* each : {&src1, &src2, &srcDst}) {
+            fillWithValues(*each, {size.width * channels, size.height}, ++seed, -20000, 20000);
+        }
     }
 
     auto call(decltype(kuviAdd_16s_C1RSfs)* function) {

@@ -4,12 +4,14 @@ import sys
 from instructions import set_of, trouble
 
 KNOWN = [
-    ("addss", "%xmm1,%xmm0", "SSE2"), ("movdqu", "(%rsi),%xmm0", "SSE2"), ("cvtsi2sd", "%eax,%xmm0", "SSE2"), ("pmovmskb", "%xmm0,%eax", "SSE2"),
+    ("addss", "%xmm1,%xmm0", "SSE2"), ("movdqu", "(%rsi),%xmm0", "SSE2"), ("cvtsi2sd", "%eax,%xmm0", "SSE2"),
+    ("pmovmskb", "%xmm0,%eax", "SSE2"),
     ("pshufb", "%xmm1,%xmm0", "SSSE3"), ("palignr", "$0x4,%xmm1,%xmm0", "SSSE3"), ("haddps", "%xmm1,%xmm0", "SSE3"),
     ("pmulld", "%xmm1,%xmm0", "SSE4.1"), ("pminud", "%xmm1,%xmm0", "SSE4.1"), ("pmovzxbw", "(%rsi),%xmm0", "SSE4.1"),
     ("pcmpgtq", "%xmm1,%xmm0", "SSE4.2"), ("crc32l", "%eax,%ecx", "SSE4.2"), ("popcnt", "%eax,%ecx", "POPCNT"),
     ("vaddps", "%ymm1,%ymm0,%ymm2", "AVX"), ("vpaddd", "%xmm1,%xmm0,%xmm2", "AVX"), ("vmovdqu", "%ymm0,(%rdi)", "AVX"),
-    ("vzeroupper", "", "AVX"), ("vldmxcsr", "0x3c(%rsp)", "AVX"), ("vbroadcastss", "(%rsi),%ymm0", "AVX"), ("vcmpltps", "%ymm1,%ymm0,%ymm2", "AVX"),
+    ("vzeroupper", "", "AVX"), ("vldmxcsr", "0x3c(%rsp)", "AVX"), ("vbroadcastss", "(%rsi),%ymm0", "AVX"),
+    ("vcmpltps", "%ymm1,%ymm0,%ymm2", "AVX"),
     ("vbroadcastss", "%xmm1,%ymm0", "AVX2"), ("vpaddd", "%ymm1,%ymm0,%ymm2", "AVX2"), ("vpermq", "$0xd8,%ymm0,%ymm0", "AVX2"),
     ("vpackuswb", "%ymm1,%ymm0,%ymm0", "AVX2"), ("vpbroadcastw", "%xmm0,%xmm0", "AVX2"), ("vpsllvd", "%xmm0,%xmm0,%xmm0", "AVX2"),
     ("vextracti128", "$1,%ymm0,%xmm0", "AVX2"), ("vpmovzxbw", "%xmm0,%ymm0", "AVX2"), ("vfmadd213ps", "%ymm1,%ymm0,%ymm2", "FMA"),

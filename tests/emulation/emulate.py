@@ -57,9 +57,10 @@ BRIEF_OF_SELECTED = [
     "Dct8x8.ArithmeticIsAsStated", "Zigzag8x8.*", "ResizePlan.TablesOfSmallSizes", "Resize.SmallSizes", "HistogramInit.Records",
     "Histogram.AroundLevels", "LabelMarkers.Shapes", "Mirror.EveryHeight", "ReduceBits.TwoLevelsSplitAtTheMiddle",
     "ScaledArithmetic.ResultsAtTheLimits", "ToneMap.StepsSearchedAndFromTheTable"]
-# qemu 7.2 reads 16 bytes where a fused product has a single sample in memory, beyond the ends of images, and its gathers ignore indices that
-# are in the fourth register.
-EMULATORS_FAULTS = {"h9": ["Agreement.kuviFilterBorder_32f_C1R/h9", "FilterBorder.EveryWidth/h9", "ToneMap.StepsSearchedAndFromTheTable/h9"]}
+# qemu 7.2 reads 16 bytes where a fused product has a single sample in memory, beyond the ends of images, and its gathers ignore indices
+# that are in the fourth register.
+EMULATORS_FAULTS = {
+    "h9": ["Agreement.kuviFilterBorder_32f_C1R/h9", "FilterBorder.EveryWidth/h9", "ToneMap.StepsSearchedAndFromTheTable/h9"]}
 LONG = ["-Statuses.kuviLUT_Init_16u/*", "Histogram.EveryWidth/*", "Mirror.EveryWidth/*", "ReduceBits.EveryWidth/*",
         "ScaledArithmetic.EveryWidth/*", "ToneMap.EveryWidth/*"]
 

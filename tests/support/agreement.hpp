@@ -96,7 +96,8 @@ public:
             std::string trouble = trespass(got, status < 0);
             const bool agrees = variant.index > base_.index;
             if (agrees && trouble.empty() && status >= 0) trouble = disagreement(got, wanted);
-            expectNothing(variant, trouble, status, wantedStatus, agrees ? status != wantedStatus : std::min(status, 0) != std::min(wantedStatus, 0));
+            expectNothing(variant, trouble, status, wantedStatus,
+                          agrees ? status != wantedStatus : std::min(status, 0) != std::min(wantedStatus, 0));
         }
     }
 
@@ -113,9 +114,11 @@ private:
         return status;
     }
 
-    void expectNothing(const Variant& variant, const std::string& trouble, KuvStatus status, KuvStatus wanted, bool statusesDiffer = false) const {
+    void expectNothing(const Variant& variant, const std::string& trouble, KuvStatus status, KuvStatus wanted,
+                       bool statusesDiffer = false) const {
         if (trouble.empty() && !statusesDiffer) return;
-        ADD_FAILURE() << name_ << " in " << variant << " against " << base_ << ":\n" << trouble << "\nstatus " << status << ", wanted " << wanted;
+        ADD_FAILURE() << name_ << " in " << variant << " against " << base_ << ":\n"
+                      << trouble << "\nstatus " << status << ", wanted " << wanted;
     }
 
     const Variant& base_;

@@ -53,7 +53,8 @@ template <class T>
 T specialValue(Kuv8u which) {
     using Limits = std::numeric_limits<T>;
     if constexpr (std::is_floating_point_v<T>) {
-        constexpr T values[] = {0, 1, Limits::min(), Limits::denorm_min(), Limits::max(), Limits::infinity(), Limits::quiet_NaN(), Limits::signaling_NaN()};
+        constexpr T values[] = {
+            0, 1, Limits::min(), Limits::denorm_min(), Limits::max(), Limits::infinity(), Limits::quiet_NaN(), Limits::signaling_NaN()};
         return std::copysign(values[which & 7], which & 8 ? T(-1) : T(1));
     } else {
         return {};

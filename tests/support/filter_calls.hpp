@@ -58,7 +58,9 @@ inline Kuv32f anyNumber(Random& random) { return static_cast<Kuv32f>(below(rando
 
 inline FilterKernel anyKernel(Random& random, KuviSize size, bool whole = false) {
     FilterKernel kernel = {size, {}};
-    for (int i = 0; i < size.width * size.height; ++i) kernel.coefficients.push_back(whole ? wholeNumber(random, 8) : anyNumber(random) / 100);
+    for (int i = 0; i < size.width * size.height; ++i) {
+        kernel.coefficients.push_back(whole ? wholeNumber(random, 8) : anyNumber(random) / 100);
+    }
     return kernel;
 }
 
@@ -116,7 +118,8 @@ protected:
     }
 
     FilterPlace anyPlace() {
-        return {oneIn(random_, 2) ? 0 : below(random_, 70), oneIn(random_, 2) ? Guard::end : Guard::begin, oneIn(random_, 2) ? 0 : below(random_, 65)};
+        return {oneIn(random_, 2) ? 0 : below(random_, 70), oneIn(random_, 2) ? Guard::end : Guard::begin,
+                oneIn(random_, 2) ? 0 : below(random_, 65)};
     }
     FilterCall callOf(KuviSize kernel, KuviSize size, Kuv32s borderType) {
         return {anyKernel(random_, kernel), size, borderType, anyNumber(random_), anyPlace(), anyPlace(), anyPlace(), anyPlace()};

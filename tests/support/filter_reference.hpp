@@ -14,7 +14,9 @@ struct FilterKernel {
     KuviSize size;
     std::vector<Kuv32f> coefficients;
 
-    Kuv32f at(int column, int row) const { return coefficients[static_cast<std::size_t>(row) * static_cast<std::size_t>(size.width) + static_cast<std::size_t>(column)]; }
+    Kuv32f at(int column, int row) const {
+        return coefficients[static_cast<std::size_t>(row) * static_cast<std::size_t>(size.width) + static_cast<std::size_t>(column)];
+    }
     int left() const { return (size.width - 1) / 2; }
     int right() const { return size.width - 1 - left(); }
     int top() const { return (size.height - 1) / 2; }

@@ -45,7 +45,8 @@ std::string troubleWith(const std::vector<const TabledCall*>& calls, std::span<c
 
     testing::TestPartResultArray results;
     {
-        const testing::ScopedFakeTestPartResultReporter reporter(testing::ScopedFakeTestPartResultReporter::INTERCEPT_ALL_THREADS, &results);
+        const testing::ScopedFakeTestPartResultReporter reporter(testing::ScopedFakeTestPartResultReporter::INTERCEPT_ALL_THREADS,
+                                                                 &results);
         callPrinter = to;
         call.make(numbers, mode);
         callPrinter = nullptr;

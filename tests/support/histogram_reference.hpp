@@ -63,7 +63,10 @@ struct PlanSource {
     double level(int c, int k) const {
         const Levels& of = channels[static_cast<std::size_t>(c)];
         const double product = k * step(c);
-        const double exact = !isUniform() ? of.free[static_cast<std::size_t>(k)] : k == 0 ? of.lower : k == of.count - 1 ? of.upper : product + of.lower;
+        const double exact = !isUniform()        ? of.free[static_cast<std::size_t>(k)]
+                             : k == 0            ? of.lower
+                             : k == of.count - 1 ? of.upper
+                                                 : product + of.lower;
         if (isReal()) return static_cast<float>(exact);
         if (std::isnan(exact)) return INT32_MIN;
         return std::clamp<double>(isUniform() ? std::trunc(exact) : std::ceil(exact), INT32_MIN, INT32_MAX) + 0.0;  // no -0
@@ -134,7 +137,9 @@ public:
         for (int c = 0; c < plan.channelCount() && c < channels; ++c) levels_.push_back(plan.levels(c));
         const auto product = static_cast<Kuv32s>(static_cast<Kuv32u>(size.width) * static_cast<Kuv32u>(size.height));
         divides_ = plan.isUniform() && (plan.type == kuvDataType16u || plan.type == kuvDataType16s) && product < 65536;
-        for (const auto& each : levels_) divides_ = divides_ && std::fmod(each.back() - each.front(), static_cast<double>(each.size() - 1)) == 0;
+        for (const auto& each : levels_) {
+            divides_ = divides_ && std::fmod(each.back() - each.front(), static_cast<double>(each.size() - 1)) == 0;
+        }
     }
 
     bool divides() const { return divides_; }
@@ -157,7 +162,10 @@ public:
     std::ptrdiff_t binOf(int c, double x) const {
         const std::vector<double>& levels = levels_[static_cast<std::size_t>(c)];
         if (!(x >= levels.front() && x < levels.back())) return -1;
-        if (divides_) return static_cast<std::ptrdiff_t>((x - levels.front()) / ((levels.back() - levels.front()) / static_cast<double>(levels.size() - 1)));
+        if (divides_) {
+            return static_cast<std::ptrdiff_t>((x - levels.front()) /
+                                               ((levels.back() - levels.front()) / static_cast<double>(levels.size() - 1)));
+        }
         return std::upper_bound(levels.begin(), levels.end(), x) - levels.begin() - 1;
     }
 

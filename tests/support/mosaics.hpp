@@ -64,7 +64,8 @@ T sampleOf(Pattern pattern, Random& random, const std::array<T, 8>& drawn, int r
         case Pattern::checkerboard: return (r + c) % 2 ? highest : T{0};
         case Pattern::diagonals: return (r + c) % 4 < 2 ? drawn[0] : drawn[1];
         case Pattern::siteColours: return site() & 1 ? highest : T{0};
-        case Pattern::saturatedBlocks: return drawn[static_cast<std::size_t>((r / 6 * 3 + c / 6) & 7)] >> ((r & 1) * 2 + (c & 1)) & 1 ? highest : T{0};
+        case Pattern::saturatedBlocks:
+            return drawn[static_cast<std::size_t>((r / 6 * 3 + c / 6) & 7)] >> ((r & 1) * 2 + (c & 1)) & 1 ? highest : T{0};
         case Pattern::ramp: return static_cast<T>(drawn[0] + (drawn[1] % 16) * r + (drawn[2] % 16) * c);
         case Pattern::smooth: return static_cast<T>(highest / 2 * (1 + std::sin(0.1 * r + 0.02 * drawn[0]) * std::cos(0.07 * c)));
         case Pattern::blocks: return drawn[static_cast<std::size_t>((r / 7 * 3 + c / 9) & 7)];

@@ -21,8 +21,8 @@ struct Scene {
 
     Kuv16s operator()(std::int64_t x, std::int64_t y, int c) const {
         if (kind == ramp) return static_cast<Kuv16s>(std::clamp<std::int64_t>(7 * x - 11 * y + 1000 * c, -32768, 32767));
-        std::uint64_t bits = seed + static_cast<std::uint64_t>(x) * 0x9E3779B97F4A7C15 + static_cast<std::uint64_t>(y) * 0xC2B2AE3D27D4EB4F +
-                             static_cast<std::uint64_t>(c) * 0x165667B19E3779F9;
+        std::uint64_t bits = seed + static_cast<std::uint64_t>(x) * 0x9E3779B97F4A7C15 +
+                             static_cast<std::uint64_t>(y) * 0xC2B2AE3D27D4EB4F + static_cast<std::uint64_t>(c) * 0x165667B19E3779F9;
         bits = (bits ^ bits >> 30) * 0xBF58476D1CE4E5B9;
         bits = (bits ^ bits >> 27) * 0x94D049BB133111EB;
         bits ^= bits >> 31;

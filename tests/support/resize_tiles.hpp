@@ -13,7 +13,8 @@ struct TilePlaces {
     bool srcUpward = false, dstUpward = false;
 };
 
-inline Geometry pixelRows(std::int64_t width, std::int64_t height, int padding = 0, bool upward = false, Guard guard = Guard::end, int gap = 0) {
+inline Geometry pixelRows(std::int64_t width, std::int64_t height, int padding = 0, bool upward = false, Guard guard = Guard::end,
+                          int gap = 0) {
     const int bytes = static_cast<int>(6 * width), step = bytes + padding;
     return {bytes, static_cast<int>(height), upward ? -step : step, guard, gap, 2};
 }
@@ -44,7 +45,8 @@ protected:
         const std::int64_t left = reference.left(), top = reference.top();
         const Image src("src", pixelRows(reference.right() - left + 1, reference.bottom() - top + 1, places.srcPadding, places.srcUpward,
                                          places.src, places.srcGap), random_());
-        const Image dst("dst", pixelRows(size.width, size.height, places.dstPadding, places.dstUpward, places.dst, places.dstGap), random_());
+        const Image dst("dst", pixelRows(size.width, size.height, places.dstPadding, places.dstUpward, places.dst, places.dstGap),
+                        random_());
         const Image buffer("buffer", {plan.bufferBytes(tile.size), 1, 0, places.buffer, places.bufferGap, 1}, random_());
         paint(src, scene, left, top);
         const Bytes srcBefore = src.bytes(), planBefore = plan.block().bytes(), bufferBefore = buffer.bytes();
@@ -54,8 +56,8 @@ protected:
         }
         const KuviPoint origin = reference.origin();
         const Kuv16s* const from = src.row<Kuv16s>(static_cast<int>(origin.y - top)) + 3 * (origin.x - left);
-        SCOPED_TRACE(testing::Message() << GetParam() << ", " << plan.src().width << " x " << plan.src().height << " to " << plan.dst().width
-                                        << " x " << plan.dst().height << ", " << tile << "\n  src: " << src.geometry()
+        SCOPED_TRACE(testing::Message() << GetParam() << ", " << plan.src().width << " x " << plan.src().height << " to "
+                                        << plan.dst().width << " x " << plan.dst().height << ", " << tile << "\n  src: " << src.geometry()
                                         << "\n  dst: " << dst.geometry() << "\n  buffer: " << buffer.geometry());
         EXPECT_EQ(watched([&] {
                       return kuviResizeLinear_16s_C3R(from, src.step(), dst.row<Kuv16s>(), dst.step(), tile.offset, tile.size, tile.border,

@@ -161,7 +161,9 @@ public:
     }
 
 private:
-    static bool exclude(const Violation<Arguments>& a, const Violation<Arguments>& b) { return a.argument == b.argument && a.field == b.field; }
+    static bool exclude(const Violation<Arguments>& a, const Violation<Arguments>& b) {
+        return a.argument == b.argument && a.field == b.field;
+    }
 
     template <class List>
     static std::size_t indexIn(const List& list, Random& numbers) {
@@ -198,9 +200,8 @@ TabledCall tabledChecks(const char* name, const char* file, KuvStatus (*function
 template <class... Parameters, class... Rest>
 bool registerChecks(const char* name, const char* file, int line, KuvStatus (*function)(Parameters...), Rest... rest) {
     tabledCalls().push_back(tabledChecks(name, file, function, rest...));
-    registerPerVariant("Statuses", name, 0, file, line, [call = CheckedCall<Parameters...>(name, function, rest...)](const Variant& variant) {
-        call.expectAll(variant);
-    });
+    registerPerVariant("Statuses", name, 0, file, line,
+                       [call = CheckedCall<Parameters...>(name, function, rest...)](const Variant& variant) { call.expectAll(variant); });
     return true;
 }
 

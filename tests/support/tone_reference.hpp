@@ -74,8 +74,10 @@ private:
     Kuv64s cubic(const Curve& curve, int k, Kuv64s x) const {
         const int n = curve.count(), s = std::min(std::max(k - 1, 0), n - 4);
         const Kuv32s level = at(curve.levels, s + 1), value = at(curve.values, s + 1);
-        const double u = minus(at(curve.levels, s), level), v = minus(at(curve.levels, s + 2), level), w = minus(at(curve.levels, s + 3), level);
-        const double P = minus(at(curve.values, s), value), Q = minus(at(curve.values, s + 2), value), R = minus(at(curve.values, s + 3), value);
+        const double u = minus(at(curve.levels, s), level), v = minus(at(curve.levels, s + 2), level),
+                     w = minus(at(curve.levels, s + 3), level);
+        const double P = minus(at(curve.values, s), value), Q = minus(at(curve.values, s + 2), value),
+                     R = minus(at(curve.values, s + 3), value);
         const double uu = u * u, vv = v * v, ww = w * w, uuu = uu * u, vvv = vv * v, www = ww * w;
         const double M1 = (vv * uuu) - (uu * vvv), M2 = (www * uu) - (uuu * ww), M3 = (vvv * ww) - (vv * www);
         const double D = 1.0 / ((M1 * w) + ((M2 * v) + (M3 * u)));
@@ -187,7 +189,8 @@ inline void writeMap(const MapSource& source, bool fused, const void* block, uns
     }
     word(1, next);
     for (int c = 0; c < used; ++c) {
-        for (const Kuv32s each : ToneTableReference(source.sampleBytes, fused).table(source.rule(), source.curves[static_cast<std::size_t>(c)])) {
+        for (const Kuv32s each :
+             ToneTableReference(source.sampleBytes, fused).table(source.rule(), source.curves[static_cast<std::size_t>(c)])) {
             if (words) store(copy + next, 0, static_cast<Kuv16u>(each));
             else copy[next] = static_cast<unsigned char>(each);
             next += static_cast<std::size_t>(source.sampleBytes);
