@@ -3,9 +3,11 @@
 #include <png.h>
 
 #include <algorithm>
-#include <cctype>
 #include <cstdint>
 #include <fstream>
+
+#include "pgm_header.hpp"
+#include "program.hpp"
 
 namespace examples {
 
@@ -13,40 +15,21 @@ namespace {
 
 // Sizes of buffers are counted in 31 bits. Labelling takes the largest ones, of 6 bytes a pixel.
 void checkSize(const std::string& path, std::int64_t width, std::int64_t height) {
-    if (width < 1 || height < 1) throw FileError(path, "is a picture without pixels");
     if (width > 1'000'000 || height > 1'000'000 || width * height > 300'000'000)
         throw FileError(path, "is too large: " + std::to_string(width) + " x " + std::to_string(height));
 }
 
-// A number of a PGM file's header, and the one white space or comment after it.
-int number(std::ifstream& file, const std::string& path) {
-    const auto next = [&file] {
-        int c = file.get();
-        if (c == '#')
-            while (c != EOF && c != '\n') c = file.get();
-        return c;
-    };
-    int c = next();
-    while (std::isspace(c)) c = next();
-    if (!std::isdigit(c)) throw FileError(path, "has no complete PGM header");
-    std::int64_t value = 0;
-    for (; std::isdigit(c); c = next()) value = std::min<std::int64_t>(value * 10 + (c - '0'), 1'000'000'000);
-    if (!std::isspace(c)) throw FileError(path, "has no complete PGM header");
-    return int(value);
-}
-
 Picture<Kuv16u> readPgm(std::ifstream& file, const std::string& path) {
-    const int width = number(file, path), height = number(file, path), maximum = number(file, path);
+    const PgmHeader header = readPgmHeader(file, path);
+    const auto [width, height, maximum] = header;
     checkSize(path, width, height);
-    if (maximum < 1 || maximum > 65535) throw FileError(path, "its maximum value is not 1 to 65535");
     Picture<Kuv16u> picture(width, height);
-    picture.maximum = maximum;
-    // Samples above 255 take two bytes, the upper one first.
-    const int sampleBytes = maximum > 255 ? 2 : 1;
+    picture.maximum = Kuv16u(maximum);
+    const int sampleBytes = header.sampleBytes();
     std::vector<unsigned char> row(std::size_t(width) * sampleBytes);
     for (int y = 0; y < height; ++y) {
         if (!file.read(reinterpret_cast<char*>(row.data()), std::streamsize(row.size()))) throw FileError(path, "is truncated");
-        Kuv16u* const samples = &picture.samples[std::size_t(y) * width];
+        Kuv16u* const samples = &picture.at(0, y);
         for (int x = 0; x < width; ++x) samples[x] = Kuv16u(sampleBytes == 1 ? row[x] : row[2 * x] << 8 | row[2 * x + 1]);
     }
     return picture;

@@ -2,18 +2,12 @@
 #pragma once
 
 #include <limits>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "kuvcv.h"
 
 namespace examples {
-
-// A file that cannot be read or written as asked.
-struct FileError : std::runtime_error {
-    FileError(const std::string& path, const std::string& message) : std::runtime_error(path + ": " + message) {}
-};
 
 // Rows of pixels of so many samples, without padding.
 template <class T>
@@ -24,17 +18,20 @@ struct Picture {
           step(int(width * channels * sizeof(T))),
           samples(std::size_t(width) * height * channels) {}
 
+    // The first sample of a pixel.
+    T& at(int x, int y) { return samples[(std::size_t(y) * size.width + x) * channels]; }
+
     KuviSize size;
     int channels;
-    int step;                                      // from row to row, in bytes
-    int maximum = std::numeric_limits<T>::max();  // the sample that stands for white
+    int step;                                    // from row to row, in bytes
+    T maximum = std::numeric_limits<T>::max();  // the sample that stands for white
     std::vector<T> samples;
 };
 
-// Grey pictures: binary PGM of up to 16 bits as it stands, and what PNG holds, brought to 0 to 255.
+// Grey pictures: binary PGM of up to 16 bits as it stands, and what PNG holds, brought to 0 to 255. Throws FileError.
 Picture<Kuv16u> readPicture(const std::string& path);
 
-// One channel, grey, or three, red, green and blue, as PNG.
+// One channel, grey, or three, red, green and blue, as PNG. Throws FileError.
 void writePicture(const std::string& path, const Picture<Kuv8u>& picture);
 
 }  // namespace examples

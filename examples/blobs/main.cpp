@@ -31,12 +31,7 @@ struct Options {
 
 Options parse(int argc, char** argv) {
     Options options;
-    for (int i = 1; i < argc; ++i) {
-        const std::string argument = argv[i];
-        const auto value = [&]() -> std::string {
-            if (++i == argc) throw UsageError(argument + " needs a value");
-            return argv[i];
-        };
+    parseArguments(argc, argv, &options.picture, [&](const std::string& argument, const auto& value) {
         if (argument == "-o") {
             options.output = value();
         } else if (argument == "--threshold") {
@@ -50,14 +45,11 @@ Options parse(int argc, char** argv) {
             options.four = true;
         } else if (argument == "--help") {
             options.help = true;
-        } else if (argument.starts_with('-')) {
-            throw UsageError("there is no option " + argument);
-        } else if (options.picture.empty()) {
-            options.picture = argument;
         } else {
-            throw UsageError("more than one picture");
+            return false;
         }
-    }
+        return true;
+    });
     return options;
 }
 
@@ -74,7 +66,7 @@ Picture<Kuv16u> drawnPicture() {
                               : shape == 1 ? radius < 30 && radius > 18                                 // a ring
                               : shape == 2 ? std::abs(u) + std::abs(v) < 28                             // a diamond
                                            : radius < 22 + 8 * std::cos(5 * std::atan2(v, u));          // a flower
-            picture.samples[std::size_t(y) * picture.size.width + x] = Kuv16u((body ? 180 : 40) + x / 16 + random() % 20);
+            picture.at(x, y) = Kuv16u((body ? 180 : 40) + x / 16 + random() % 20);
         }
     }
     return picture;

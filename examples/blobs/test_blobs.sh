@@ -44,7 +44,7 @@ refuses 1 'neither' plain.txt
 printf 'P5 3 2 255\nabc' >short.pgm
 refuses 1 'truncated' short.pgm
 printf 'P5 3 x 255\nabc' >header.pgm
-refuses 1 'header' header.pgm
+refuses 1 'height is not a number' header.pgm
 printf 'P5 3 0 255\n' >none.pgm
 refuses 1 'without pixels' none.pgm
 printf 'P5 999999 999999 255\n' >huge.pgm

@@ -62,5 +62,4 @@ std::array<double, 3> psnr(const Picture16u& picture, const Picture16u& referenc
     return sums;
 }
 
-
 }  // namespace develop

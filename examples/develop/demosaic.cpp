@@ -7,8 +7,10 @@
 #include <thread>
 #include <vector>
 
-#include "errors.hpp"
+#include "../program.hpp"
 #include "progress.hpp"
+
+using namespace examples;
 
 namespace develop {
 

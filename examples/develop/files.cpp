@@ -4,7 +4,9 @@
 #include <cstring>
 #include <filesystem>
 
-#include "errors.hpp"
+#include "../program.hpp"
+
+using namespace examples;
 
 namespace develop {
 

@@ -2,14 +2,13 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
-#include <new>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "../program.hpp"
 #include "compare.hpp"
 #include "demosaic.hpp"
-#include "errors.hpp"
 #include "files.hpp"
 #include "options.hpp"
 #include "pgm.hpp"
@@ -25,6 +24,8 @@
 #include "tone.hpp"
 #include "variants.hpp"
 #include "video.hpp"
+
+using namespace examples;
 
 namespace develop {
 
@@ -267,22 +268,9 @@ void run(const Options& options) {
 }  // namespace develop
 
 int main(int argc, char** argv) {
-    int exitCode = 1;
-    try {
+    return exitCodeOf("develop", [&] {
         const develop::Options options = develop::parseOptions(argc, argv);
-        if (options.help) {
-            develop::printHelp();
-        } else {
-            develop::run(options);
-        }
-        return 0;
-    } catch (const develop::UsageError& error) {
-        std::fprintf(stderr, "develop: %s\n", error.what());
-        exitCode = 2;
-    } catch (const std::bad_alloc&) {
-        std::fputs("develop: out of memory\n", stderr);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "develop: %s\n", error.what());
-    }
-    return exitCode;
+        if (options.help) develop::printHelp();
+        else develop::run(options);
+    });
 }

@@ -8,7 +8,9 @@
 #include <string_view>
 #include <vector>
 
-#include "errors.hpp"
+#include "../program.hpp"
+
+using namespace examples;
 
 namespace develop {
 
@@ -212,7 +214,7 @@ Options parseOptions(int argc, char** argv) {
             default: {
                 const std::string given = argv[optind - 1];
                 const std::string option = given.starts_with("--") ? given : std::string("-") + char(optopt);
-                throw UsageError("bad option '" + option + "', see --help");
+                throw UsageError("bad option '" + option + "'");
             }
         }
     }

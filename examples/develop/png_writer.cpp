@@ -9,8 +9,10 @@
 #include <cstring>
 #include <memory>
 
-#include "errors.hpp"
+#include "../program.hpp"
 #include "progress.hpp"
+
+using namespace examples;
 
 namespace develop {
 

@@ -1,6 +1,6 @@
 #include "raw.hpp"
 
-#include "errors.hpp"
+#include "../program.hpp"
 
 #if DEVELOP_HAS_LIBRAW
 
@@ -8,6 +8,8 @@
 
 #include <algorithm>
 #include <memory>
+
+using namespace examples;
 
 namespace develop {
 
@@ -74,6 +76,8 @@ Mosaic readRaw(const std::string& path, std::optional<KuvCfaLayout> layout) {
 }  // namespace develop
 
 #else
+
+using namespace examples;
 
 namespace develop {
 

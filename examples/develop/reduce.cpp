@@ -2,7 +2,9 @@
 
 #include <vector>
 
-#include "errors.hpp"
+#include "../program.hpp"
+
+using namespace examples;
 
 namespace develop {
 

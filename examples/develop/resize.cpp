@@ -9,8 +9,10 @@
 #include <utility>
 #include <vector>
 
-#include "errors.hpp"
+#include "../program.hpp"
 #include "progress.hpp"
+
+using namespace examples;
 
 namespace develop {
 

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <vector>
 
-#include "errors.hpp"
+#include "../program.hpp"
+
+using namespace examples;
 
 namespace develop {
 
@@ -52,7 +54,8 @@ void sharpen(Picture16u& picture) {
     std::vector<Kuv32f> src(pixels), dst(pixels);
     for (const Colour colour : {red, green, blue}) {
         for (std::size_t i = 0; i < pixels; ++i) plane[i] = picture.samples[3 * i + colour];
-        check(kuviConvert_16u32f_C1R(plane.data(), size.width * Kuv32s(sizeof(Kuv16u)), src.data(), size.width * Kuv32s(sizeof(Kuv32f)), size));
+        check(kuviConvert_16u32f_C1R(plane.data(), size.width * Kuv32s(sizeof(Kuv16u)), src.data(), size.width * Kuv32s(sizeof(Kuv32f)),
+                                     size));
         sharpening.apply(src, dst);
         for (std::size_t i = 0; i < pixels; ++i) picture.samples[3 * i + colour] = Kuv16u(std::clamp(dst[i], 0.0f, 65535.0f) + 0.5f);
     }

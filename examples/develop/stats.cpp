@@ -4,8 +4,10 @@
 #include <cstdio>
 #include <string>
 
-#include "errors.hpp"
+#include "../program.hpp"
 #include "font.hpp"
+
+using namespace examples;
 
 namespace develop {
 

@@ -343,7 +343,10 @@ measured() {
         { for (c = 1; c <= 3; c++) { s[c] += $c; q[c] += $c * $c; if (NR == 1 || $c < lo[c]) lo[c] = $c; if ($c > hi[c]) hi[c] = $c } }
         END {
             split("red green blue", name)
-            for (c = 1; c <= 3; c++) { v = q[c] / NR - (s[c] / NR) ^ 2; printf line, name[c], s[c] / NR, sqrt(v < 0 ? -v : v), lo[c], hi[c] }
+            for (c = 1; c <= 3; c++) {
+                v = q[c] / NR - (s[c] / NR) ^ 2
+                printf line, name[c], s[c] / NR, sqrt(v < 0 ? -v : v), lo[c], hi[c]
+            }
         }'
 }
 works --stats --bits 16 --curve none -o stats.png noise8.pgm

@@ -3,7 +3,9 @@
 #include <cmath>
 #include <new>
 
-#include "errors.hpp"
+#include "../program.hpp"
+
+using namespace examples;
 
 namespace develop {
 

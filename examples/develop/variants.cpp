@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <iterator>
 
-#include "errors.hpp"
+#include "../program.hpp"
+
+using namespace examples;
 
 namespace develop {
 

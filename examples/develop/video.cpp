@@ -3,8 +3,10 @@
 #include <cstdint>
 #include <filesystem>
 
-#include "errors.hpp"
+#include "../program.hpp"
 #include "files.hpp"
+
+using namespace examples;
 
 namespace develop {
 

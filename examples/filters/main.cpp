@@ -1,16 +1,13 @@
 // Shows a picture under some kernels, a row each, and under the three border rules, a column each.
-#include <png.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <numbers>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "../files.hpp"
 #include "../program.hpp"
-#include "kuvcv.h"
 
 using namespace examples;
 
@@ -24,25 +21,13 @@ constexpr char help[] =
     "  --border RULE    one column only: clamp, reflect or fill\n"
     "  --help           this text\n";
 
-// Rows without padding.
-template <class T>
-struct Picture {
-    explicit Picture(KuviSize wanted, T value = T()) : size(wanted), samples(std::size_t(wanted.width) * wanted.height, value) {}
-
-    T& at(int x, int y) { return samples[std::size_t(y) * size.width + x]; }
-    Kuv32s step() const { return Kuv32s(size.width * sizeof(T)); }
-
-    KuviSize size;
-    std::vector<T> samples;
-};
-
 using RealPicture = Picture<Kuv32f>;
 using Kernel = Picture<Kuv32f>;
 
 // A kernel of a function of the distances from its centre; `sum` is what its coefficients are brought to, or 0 for as they are.
 template <class Function>
 Kernel kernelOf(KuviSize size, Kuv32f sum, Function function) {
-    Kernel kernel(size);
+    Kernel kernel(size.width, size.height);
     Kuv32f total = 0;
     for (int y = 0; y < size.height; ++y) {
         for (int x = 0; x < size.width; ++x) total += kernel.at(x, y) = Kuv32f(function(x - size.width / 2, y - size.height / 2));
@@ -77,7 +62,8 @@ struct NamedKernel {
     Kernel (*make)();
     Kuv32f offset;  // to the results
 };
-constexpr NamedKernel kernels[] = {{"shift", shift, 0}, {"blur", blur, 0}, {"streak", streak, 0}, {"sharpen", sharpen, 0}, {"edges", edges, 0.5f}};
+constexpr NamedKernel kernels[] = {
+    {"shift", shift, 0}, {"blur", blur, 0}, {"streak", streak, 0}, {"sharpen", sharpen, 0}, {"edges", edges, 0.5f}};
 
 struct Border {
     const char* name;
@@ -87,7 +73,7 @@ constexpr Border borders[] = {{"clamp", kuvBorderClamp}, {"reflect", kuvBorderRe
 
 // From 0 to 1: a disc and rays on a gradient, and stripes that grow finer.
 RealPicture drawnPicture() {
-    RealPicture picture({180, 140});
+    RealPicture picture(180, 140);
     for (int y = 0; y < picture.size.height; ++y) {
         for (int x = 0; x < picture.size.width; ++x) {
             const double u = x - 66, v = y - 54, angle = std::atan2(v, u), radius = std::hypot(u, v);
@@ -107,20 +93,11 @@ RealPicture filtered(const RealPicture& picture, const Kernel& kernel, Kuv32s bo
     std::vector<Kuv8u> block(specBytes), buffer(bufferBytes);
     auto* const spec = reinterpret_cast<KuviBorderKernel*>(block.data());
     check(kuviFilterBorderInit_32f(kernel.samples.data(), kernel.size, kuvDataType32f, 1, 0, spec));
-    RealPicture result(picture.size);
+    RealPicture result(picture.size.width, picture.size.height);
     const Kuv32f black = 0;
-    check(kuviFilterBorder_32f_C1R(picture.samples.data(), picture.step(), result.samples.data(), result.step(), picture.size, borderType, &black,
-                                   spec, buffer.data()));
+    check(kuviFilterBorder_32f_C1R(picture.samples.data(), picture.step, result.samples.data(), result.step, picture.size, borderType,
+                                   &black, spec, buffer.data()));
     return result;
-}
-
-void writePng(const std::string& path, const Picture<Kuv8u>& picture) {
-    png_image image = {};
-    image.version = PNG_IMAGE_VERSION;
-    image.width = png_uint_32(picture.size.width);
-    image.height = png_uint_32(picture.size.height);
-    image.format = PNG_FORMAT_GRAY;
-    if (!png_image_write_to_file(&image, path.c_str(), 0, picture.samples.data(), 0, nullptr)) throw std::runtime_error(path + ": " + image.message);
 }
 
 // Those of a list that have the name; all of them if it is empty.
@@ -134,13 +111,38 @@ auto chosen(const char* option, const std::string& name, const List& list) {
     return result;
 }
 
-void run(const std::string& output, const std::string& kernelName, const std::string& borderName) {
-    const auto rows = chosen("--kernel", kernelName, kernels);
-    const auto columns = chosen("--border", borderName, borders);
+struct Options {
+    std::string output = "filters.png", kernel, border;  // no name: all
+    bool help = false;
+};
+
+Options parse(int argc, char** argv) {
+    Options options;
+    parseArguments(argc, argv, nullptr, [&](const std::string& argument, const auto& value) {
+        if (argument == "-o") {
+            options.output = value();
+        } else if (argument == "--kernel") {
+            options.kernel = value();
+        } else if (argument == "--border") {
+            options.border = value();
+        } else if (argument == "--help") {
+            options.help = true;
+        } else {
+            return false;
+        }
+        return true;
+    });
+    return options;
+}
+
+void run(const Options& options) {
+    const auto rows = chosen("--kernel", options.kernel, kernels);
+    const auto columns = chosen("--border", options.border, borders);
     const RealPicture picture = drawnPicture();
     constexpr int gap = 6;
     const int tileWidth = picture.size.width + gap, tileHeight = picture.size.height + gap;
-    Picture<Kuv8u> sheet({tileWidth * int(columns.size()) - gap, tileHeight * int(rows.size()) - gap}, 255);
+    Picture<Kuv8u> sheet(tileWidth * int(columns.size()) - gap, tileHeight * int(rows.size()) - gap);
+    std::fill(sheet.samples.begin(), sheet.samples.end(), sheet.maximum);
     for (std::size_t r = 0; r < rows.size(); ++r) {
         const Kernel kernel = rows[r].make();
         for (std::size_t c = 0; c < columns.size(); ++c) {
@@ -153,26 +155,17 @@ void run(const std::string& output, const std::string& kernelName, const std::st
             }
         }
     }
-    writePng(output, sheet);
-    std::printf("%zu kernels, %zu border rules: %s, %d x %d\n", rows.size(), columns.size(), output.c_str(), sheet.size.width, sheet.size.height);
+    writePicture(options.output, sheet);
+    std::printf("%zu kernels, %zu border rules: %s, %d x %d\n", rows.size(), columns.size(), options.output.c_str(), sheet.size.width,
+                sheet.size.height);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
     return exitCodeOf("filters", [&] {
-        std::string output = "filters.png", kernelName, borderName;
-        for (int i = 1; i < argc; ++i) {
-            const std::string argument = argv[i];
-            if (argument == "--help") {
-                std::fputs(help, stdout);
-                return;
-            }
-            std::string* const value = argument == "-o" ? &output : argument == "--kernel" ? &kernelName : argument == "--border" ? &borderName : nullptr;
-            if (value == nullptr) throw UsageError("there is no option " + argument);
-            if (++i == argc || *argv[i] == '\0') throw UsageError(argument + " needs a value");
-            *value = argv[i];
-        }
-        run(output, kernelName, borderName);
+        const Options options = parse(argc, argv);
+        if (options.help) std::fputs(help, stdout);
+        else run(options);
     });
 }

@@ -73,12 +73,7 @@ std::optional<Wave> notchOf(const std::string& text) {
 
 Options parse(int argc, char** argv) {
     Options options;
-    for (int i = 1; i < argc; ++i) {
-        const std::string argument = argv[i];
-        const auto value = [&]() -> std::string {
-            if (++i == argc || *argv[i] == '\0') throw UsageError(argument + " needs a value");
-            return argv[i];
-        };
+    parseArguments(argc, argv, &options.picture, [&](const std::string& argument, const auto& value) {
         if (argument == "-o") {
             options.output = value();
         } else if (argument == "--spectrum") {
@@ -91,14 +86,11 @@ Options parse(int argc, char** argv) {
             options.notchWidth = numberOf(argument, value(), 0.1, 1000);
         } else if (argument == "--help") {
             options.help = true;
-        } else if (argument.starts_with('-')) {
-            throw UsageError("there is no option " + argument);
-        } else if (options.picture.empty()) {
-            options.picture = argument;
         } else {
-            throw UsageError("more than one picture");
+            return false;
         }
-    }
+        return true;
+    });
     return options;
 }
 
@@ -121,7 +113,7 @@ Picture<Kuv16u> drawnPicture() {
             if (y > 200 + 5 * std::sin(2 + x / 27.0)) value = 60;
             value += 18 * std::sin(turn * (57.0 * x / width + 24.0 * y / height));
             value += 14 * std::sin(turn * (38.0 * x / width - 71.0 * y / height));
-            picture.samples[std::size_t(y) * width + x] = Kuv16u(std::lround(value + double(random() % 9) - 4));
+            picture.at(x, y) = Kuv16u(std::lround(value + double(random() % 9) - 4));
         }
     }
     return picture;
