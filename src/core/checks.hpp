@@ -1,9 +1,9 @@
 // The checks that families share. A public function calls them one a line, in the order of its documentation.
 #pragma once
 
-#include "core/variant.hpp"
+#include "kuvcv.h"
 
-namespace kuv::KUV_VARIANT {
+namespace kuv {
 namespace {
 
 template <class... Pointers>
@@ -14,4 +14,4 @@ constexpr bool anyNull(const Pointers*... pointers) {
 constexpr bool emptyRoi(KuviSize size) { return size.width < 1 || size.height < 1; }
 
 }  // namespace
-}  // namespace kuv::KUV_VARIANT
+}  // namespace kuv

@@ -2,12 +2,16 @@
 // pointer is a distance in bytes from the record, and 0 is null: records have one layout on all systems.
 #pragma once
 
-#include <cstdint>
+#include <cstddef>
 
-#include "core/rows.hpp"
+#include "core/align.hpp"
+#include "core/samples.hpp"
+#include "kuvcv.h"
 
-namespace kuv::KUV_VARIANT {
+namespace kuv {
 namespace {
+
+using std::ptrdiff_t;
 
 template <class T>
 KUV_INLINE T* placeIn(void* record, ptrdiff_t offset) {
@@ -25,8 +29,8 @@ KUV_INLINE void setWord(void* record, ptrdiff_t offset, ptrdiff_t value) {
 
 // The next offset whose address is a multiple of 64.
 KUV_INLINE ptrdiff_t alignedOffset(const void* record, ptrdiff_t offset) {
-    return offset + static_cast<ptrdiff_t>((0 - (reinterpret_cast<std::uintptr_t>(record) + static_cast<std::uintptr_t>(offset))) % 64);
+    return alignedUp(placeIn<char>(record, offset)) - static_cast<const char*>(record);
 }
 
 }  // namespace
-}  // namespace kuv::KUV_VARIANT
+}  // namespace kuv

@@ -1,9 +1,10 @@
-// Row addresses and sample access without assumptions on alignment: a step may be odd, negative or zero.
+// Row addresses without assumptions on alignment: a step may be odd, negative or zero.
 #pragma once
 
 #include <cstddef>
 #include <type_traits>
 
+#include "core/samples.hpp"
 #include "core/variant.hpp"
 
 namespace kuv::KUV_VARIANT {
@@ -33,18 +34,6 @@ KUV_INLINE void prefetchRow(const T* row, ptrdiff_t samples) {
     const char* const bytes = reinterpret_cast<const char*>(row);
     constexpr int toRead = 0, secondLevelCache = 2;
     for (ptrdiff_t i = 0; i < samples * static_cast<ptrdiff_t>(sizeof(T)); i += 64) __builtin_prefetch(bytes + i, toRead, secondLevelCache);
-}
-
-template <class T>
-KUV_INLINE T loadSample(const T* address) {
-    T value;
-    __builtin_memcpy(&value, address, sizeof(T));
-    return value;
-}
-
-template <class T>
-KUV_INLINE void storeSample(T* address, T value) {
-    __builtin_memcpy(address, &value, sizeof(T));
 }
 
 }  // namespace

@@ -6,8 +6,9 @@
 //
 //     namespace kuv::KUV_VARIANT { namespace { ... } }
 //
-// except the variant functions themselves, which KUV_VARIANT_FUNCTION names. Function templates of the standard library and
-// vector constants at namespace scope are banned for the same reason; a test looks for weak symbols and initialisers.
+// or, if units with one body share it, in namespace kuv { namespace { ... } }, except the variant functions themselves, which
+// KUV_VARIANT_FUNCTION names. Function templates of the standard library and vector constants at namespace scope are banned for
+// the same reason; a test looks for weak symbols and initialisers.
 #pragma once
 
 #ifndef KUV_VARIANT
@@ -15,14 +16,17 @@
 #endif
 
 #include "core/dispatch.hpp"
-
-#define KUV_INLINE __attribute__((always_inline)) inline
+#include "core/inline.hpp"
 
 #define KUV_JOIN(a, b) a##_##b
 #define KUV_JOIN_EXPANDED(a, b) KUV_JOIN(a, b)
 #define KUV_VARIANT_FUNCTION(name) KUV_JOIN_EXPANDED(name, KUV_VARIANT)
 
 namespace kuv::KUV_VARIANT {
+
+// Variant functions take their names from this namespace, and by way of it what units with one body share.
+using namespace kuv;
+
 namespace {
 
 enum class Code { px, w7, s8, p8, g9, h9 };

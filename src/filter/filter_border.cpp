@@ -16,7 +16,7 @@ constexpr bool isBorder(Kuv32s type) {
 }
 
 Kernel keptKernel(const KuviBorderKernel* spec) {
-    const char* const record = placeIn<char>(spec, alignedOffset(spec, 0));
+    const KuviBorderKernel* const record = alignedUp(spec);
     const auto word = [&](size_t offset) { return static_cast<ptrdiff_t>(wordAt(record, static_cast<ptrdiff_t>(offset))); };
     const ptrdiff_t width = word(offsetof(BorderKernelHeader, kernelWidth)), height = word(offsetof(BorderKernelHeader, kernelHeight));
     const Kuv32f* const reversed = placeIn<Kuv32f>(record, word(offsetof(BorderKernelHeader, reversedKernel)));
@@ -37,7 +37,7 @@ void filterWithBorder(const Images& region, Kuv32s borderType, Kuv32f constant, 
     };
     if (hasTop && hasBottom && hasLeft && hasRight) return fromSource(0, 0, width, height);
 
-    Kuv32f* const area = reinterpret_cast<Kuv32f*>(buffer + (0 - reinterpret_cast<std::uintptr_t>(buffer)) % 32);
+    Kuv32f* const area = alignedUp(reinterpret_cast<Kuv32f*>(buffer), 32);
     const Continued continued = {region.src, region.srcStep, {hasLeft ? -left : 0, width + (hasRight ? right : 0)},
                                  {hasTop ? -top : 0, height + (hasBottom ? bottom : 0)}, borderType & ~borderFlags, constant};
     const ptrdiff_t areaElements = static_cast<ptrdiff_t>(borderedElements(kw, kh, width, height));

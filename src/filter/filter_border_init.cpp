@@ -1,19 +1,15 @@
 // How a kernel is kept for a filter.
 #include <cstddef>
-#include <cstdint>
 
+#include "core/align.hpp"
+#include "core/checks.hpp"
 #include "core/dispatch.hpp"
+#include "core/samples.hpp"
 #include "filter/filter_border_layout.hpp"
 
 namespace {
 
 using namespace kuv;
-
-Kuv32f valueAt(const Kuv32f* list, std::ptrdiff_t index) {
-    Kuv32f value;
-    __builtin_memcpy(&value, list + index, sizeof value);
-    return value;
-}
 
 constexpr Kuv32s typeTag(Kuv32s dataType) {
     return dataType == kuvDataType8u ? 3 : dataType == kuvDataType16s ? 4 : dataType == kuvDataType16u ? 5 : 6;
@@ -23,7 +19,7 @@ constexpr bool hasLaneKernel(Kuv32s dataType, Kuv32s channels) { return dataType
 
 void reverse(const Kuv32f* kernel, Kuv32f* reversed, std::ptrdiff_t count) {
     if (kernel != reversed) {
-        for (std::ptrdiff_t i = 0; i < count; ++i) reversed[count - 1 - i] = valueAt(kernel, i);
+        for (std::ptrdiff_t i = 0; i < count; ++i) reversed[count - 1 - i] = loadSample(kernel + i);
         return;
     }
     for (std::ptrdiff_t i = 0; i < count / 2; ++i) {
@@ -38,18 +34,17 @@ void reverse(const Kuv32f* kernel, Kuv32f* reversed, std::ptrdiff_t count) {
 extern "C" KuvStatus kuviFilterBorderInit_32f_shared(const Kuv32f* kernel, KuviSize kernelSize, Kuv32s dataType, Kuv32s channels,
                                                      Kuv32s roundMode, KuviBorderKernel* spec) {
     constexpr Kuv32s roundFlag = 16;
-    if (kernel == nullptr || spec == nullptr) return kuvStatusNullPtr;
-    if (kernelSize.width < 1 || kernelSize.height < 1) return kuvStatusBadSize;
+    if (anyNull(kernel, spec)) return kuvStatusNullPtr;
+    if (emptyRoi(kernelSize)) return kuvStatusBadSize;
     if (!isFilterDataType(dataType)) return kuvStatusBadDataType;
     if (channels < 1 || channels > 4) return kuvStatusBadChannels;
     const Kuv32s rule = roundMode & ~roundFlag;
     if (rule < 0 || rule > 2) return kuvStatusBadRoundMode;
 
-    const std::uintptr_t address = reinterpret_cast<std::uintptr_t>(spec);
-    char* const record = reinterpret_cast<char*>(spec) + (0 - address) % 64;
+    char* const record = reinterpret_cast<char*>(alignedUp(spec));
     const std::ptrdiff_t count = std::ptrdiff_t{kernelSize.width} * kernelSize.height, bytes = count * 4;
     constexpr std::ptrdiff_t reversedAt = sizeof(BorderKernelHeader);
-    const std::ptrdiff_t lanesAt = reversedAt + (bytes + 63) / 64 * 64;
+    const std::ptrdiff_t lanesAt = reversedAt + roundedUp(bytes, 64);
     Kuv32f* const reversed = reinterpret_cast<Kuv32f*>(record + reversedAt);
     reverse(kernel, reversed, count);
     if (hasLaneKernel(dataType, channels)) {

@@ -1,12 +1,11 @@
 // The sizes of a filter's blocks.
+#include "core/align.hpp"
 #include "core/checks.hpp"
 #include "core/rows.hpp"
 #include "filter/filter_border_layout.hpp"
 
 namespace kuv::KUV_VARIANT {
 namespace {
-
-constexpr Kuv64s roundedUp(Kuv64s value, Kuv64s multiple) { return (value + multiple - 1) / multiple * multiple; }
 
 // In many cases an integer kernel is of no use.
 constexpr bool isInteger(Kuv32s kernelType, KuviSize kernel, Kuv32s dataType, Kuv32s channels) {
@@ -27,7 +26,7 @@ constexpr Kuv64s specBytes(Kuv64s kw, Kuv64s kh, bool integer, Kuv32s channels) 
 // What vectors may lay out coefficients in.
 constexpr Kuv64s extraBytes(Kuv64s count, Kuv32s dataType, Kuv32s channels) {
     if (!hasVectors || dataType != kuvDataType32f || channels == 2) return 0;
-    return (product(channels == 1 ? 32 : 16, count) + 191) / 64 * 64;
+    return roundedUp(product(channels == 1 ? 32 : 16, count) + 128, 64);
 }
 
 }  // namespace

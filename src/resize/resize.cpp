@@ -49,8 +49,8 @@ KuvStatus KUV_VARIANT_FUNCTION(kuviResizeLinear_16s_C3R)(const Kuv16s* src, Kuv3
         src, srcStep, dst, dstStep,
         tileAxis(start, plan.horizontal, dstOffset.x, dstSize.width, has(kuvBorderHaveLeft), has(kuvBorderHaveRight)),
         tileAxis(start, plan.vertical, dstOffset.y, dstSize.height, has(kuvBorderHaveTop), has(kuvBorderHaveBottom))};
-    Kuv32f* const rows = placeIn<Kuv32f>(static_cast<void*>(buffer), alignedOffset(buffer, 0));
-    const ptrdiff_t rowFloats = (3 * tile.columns.length + 7) / 8 * 8;
+    Kuv32f* const rows = alignedUp(reinterpret_cast<Kuv32f*>(buffer));
+    const ptrdiff_t rowFloats = roundedUp(3 * tile.columns.length, 8);
     if constexpr (hasVectors) {
         VectorResize(tile, rows, rowFloats).run();
     } else {

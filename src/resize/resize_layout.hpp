@@ -2,8 +2,8 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 
+#include "core/align.hpp"
 #include "kuvcv.h"
 
 namespace kuv {
@@ -39,9 +39,7 @@ constexpr Kuv32u resizeMagic = 0x4B617389;
 constexpr Kuv32s resizeDataKind = 13;
 
 // The first multiple of 64 in a block of the caller's.
-inline const char* resizeStart(const Kuv8u* block) {
-    return reinterpret_cast<const char*>(block) + (0 - reinterpret_cast<std::uintptr_t>(block)) % 64;
-}
+inline const char* resizeStart(const Kuv8u* block) { return reinterpret_cast<const char*>(alignedUp(block)); }
 
 inline ResizeHeader resizeHeaderOf(const Kuv8u* spec) {
     ResizeHeader header;

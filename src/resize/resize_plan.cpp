@@ -1,12 +1,12 @@
 // Resize plans: the sizes of blocks and buffers, and the tables of positions.
+#include "core/checks.hpp"
 #include "core/dispatch.hpp"
+#include "core/samples.hpp"
 #include "resize/resize_layout.hpp"
 
 namespace {
 
 using namespace kuv;
-
-constexpr Kuv64u roundUp(Kuv64u value) { return (value + 31) / 32 * 32; }
 
 constexpr bool hasZero(KuviSize size) { return size.width == 0 || size.height == 0; }
 constexpr bool isBelow(KuviSize size, Kuv32s least) { return size.width < least || size.height < least; }
@@ -18,7 +18,8 @@ struct ResizeFilter {
     Kuv32s reach;
     bool canAntialias;
 };
-constexpr ResizeFilter resizeFilters[] = {{1, 0, 1, false}, {kuvResizeLinear, 1, 2, true}, {6, 4, 4, true}, {8, 2, 2, false}, {16, 6, 6, true}};
+constexpr ResizeFilter resizeFilters[] = {
+    {1, 0, 1, false}, {kuvResizeLinear, 1, 2, true}, {6, 4, 4, true}, {8, 2, 2, false}, {16, 6, 6, true}};
 
 constexpr const ResizeFilter* resizeFilterOf(Kuv32s interpolation) {
     for (const ResizeFilter& each : resizeFilters) {
@@ -29,16 +30,14 @@ constexpr const ResizeFilter* resizeFilterOf(Kuv32s interpolation) {
 
 constexpr Kuv64u tableBytes(const ResizeFilter& filter, bool antialiased, Kuv32s srcLength, Kuv32s dstLength) {
     const Kuv64u src = static_cast<Kuv64u>(srcLength), dst = static_cast<Kuv64u>(dstLength);
-    const Kuv64u coefficients = antialiased ? static_cast<Kuv64u>(filter.reach) * ((src + dst - 1) / dst) : static_cast<Kuv64u>(filter.coefficients);
-    return 4 * (1 + coefficients) * roundUp(dst);
+    const Kuv64u reach = static_cast<Kuv64u>(filter.reach), plain = static_cast<Kuv64u>(filter.coefficients);
+    const Kuv64u coefficients = antialiased ? reach * ((src + dst - 1) / dst) : plain;
+    return 4 * (1 + coefficients) * roundedUp(dst, 32);
 }
 
 constexpr Kuv64u slack = sizeof(ResizeHeader) + 128;
 constexpr Kuv64u sizeLimit = 0x7FFFFFFF;
 constexpr Kuv32s initBytes = 64;
-
-// The caller's words may stand at any address.
-void setWord(Kuv32s* to, Kuv32s value) { __builtin_memcpy(to, &value, sizeof value); }
 
 constexpr Kuv32s greatestCommonDivisor(Kuv32s a, Kuv32s b) {
     while (b != 0) {
@@ -73,9 +72,9 @@ ResizeAxis makeAxis(char* start, Kuv32s srcLength, Kuv32s dstLength, Kuv64u posi
 
 extern "C" KuvStatus kuviResizeGetSize_16s_shared(KuviSize srcSize, KuviSize dstSize, Kuv32s interpolation, Kuv32u antialiasing,
                                                   Kuv32s* specSize, Kuv32s* initSize) {
-    if (specSize == nullptr || initSize == nullptr) return kuvStatusNullPtr;
+    if (anyNull(specSize, initSize)) return kuvStatusNullPtr;
     if (hasZero(srcSize) || hasZero(dstSize)) return kuvStatusNoOperation;
-    if (isBelow(srcSize, 1) || isBelow(dstSize, 1)) return kuvStatusBadSize;
+    if (emptyRoi(srcSize) || emptyRoi(dstSize)) return kuvStatusBadSize;
     const ResizeFilter* const filter = resizeFilterOf(interpolation);
     if (filter == nullptr) return interpolation == 0 ? kuvStatusInternal : kuvStatusBadInterpolation;
     if (isBelow(srcSize, filter->reach)) return kuvStatusBadSize;
@@ -83,16 +82,16 @@ extern "C" KuvStatus kuviResizeGetSize_16s_shared(KuviSize srcSize, KuviSize dst
     const Kuv64u bytes = tableBytes(*filter, antialiased, srcSize.width, dstSize.width) +
                          tableBytes(*filter, antialiased, srcSize.height, dstSize.height) + slack;
     if (bytes >= sizeLimit) return kuvStatusSizeOverflow;
-    setWord(specSize, static_cast<Kuv32s>(bytes));
-    setWord(initSize, initBytes);
+    storeSample(specSize, static_cast<Kuv32s>(bytes));
+    storeSample(initSize, initBytes);
     return antialiasing != 0 && !filter->canAntialias ? kuvStatusAntialiasIgnored : kuvStatusOk;
 }
 
 extern "C" KuvStatus kuviResizeLinearInit_16s_shared(KuviSize srcSize, KuviSize dstSize, Kuv8u* spec) {
-    if (spec == nullptr) return kuvStatusNullPtr;
+    if (anyNull(spec)) return kuvStatusNullPtr;
     if (hasZero(srcSize) || hasZero(dstSize)) return kuvStatusNoOperation;
-    if (isBelow(srcSize, 2) || isBelow(dstSize, 1)) return kuvStatusBadSize;
-    char* const start = const_cast<char*>(resizeStart(spec));
+    if (isBelow(srcSize, 2) || emptyRoi(dstSize)) return kuvStatusBadSize;
+    char* const start = reinterpret_cast<char*>(alignedUp(spec));
     const Kuv64u rows = 4 * static_cast<Kuv64u>(dstSize.height), columns = 4 * static_cast<Kuv64u>(dstSize.width);
     ResizeHeader header = {resizeMagic, resizeDataKind, kuvResizeLinear, 1, 1, 0, {1, 1, 1, 1}, {}, {}};
     const Kuv64u tables = sizeof header;
@@ -103,17 +102,18 @@ extern "C" KuvStatus kuviResizeLinearInit_16s_shared(KuviSize srcSize, KuviSize 
 }
 
 extern "C" KuvStatus kuviResizeGetBufferSize_16s_shared(const Kuv8u* spec, KuviSize dstSize, Kuv32u numChannels, Kuv32s* bufferSize) {
-    if (spec == nullptr || bufferSize == nullptr) return kuvStatusNullPtr;
+    if (anyNull(spec, bufferSize)) return kuvStatusNullPtr;
     if (hasZero(dstSize)) return kuvStatusNoOperation;
     const ResizeHeader header = resizeHeaderOf(spec);
     if (header.magic != resizeMagic) return kuvStatusBadContext;
     if (numChannels != 1 && numChannels != 3 && numChannels != 4) return kuvStatusBadChannelCount;
-    if (isBelow(dstSize, 1)) return kuvStatusBadSize;
+    if (emptyRoi(dstSize)) return kuvStatusBadSize;
     const bool isClipped = dstSize.width > header.horizontal.dstLength || dstSize.height > header.vertical.dstLength;
     const Kuv64u width = static_cast<Kuv64u>(dstSize.width < header.horizontal.dstLength ? dstSize.width : header.horizontal.dstLength);
     const Kuv64u height = static_cast<Kuv64u>(dstSize.height < header.vertical.dstLength ? dstSize.height : header.vertical.dstLength);
-    const Kuv64u bytes = roundUp(4 * height) + roundUp(4 * width) + 2 * Kuv64u{header.rowBuffers} * roundUp(4 * numChannels * width) + 64;
+    const Kuv64u rows = 2 * Kuv64u{header.rowBuffers} * roundedUp(4 * numChannels * width, 32);
+    const Kuv64u bytes = roundedUp(4 * height, 32) + roundedUp(4 * width, 32) + rows + 64;
     if (bytes >= sizeLimit) return kuvStatusSizeOverflow;
-    setWord(bufferSize, static_cast<Kuv32s>(bytes));
+    storeSample(bufferSize, static_cast<Kuv32s>(bytes));
     return isClipped ? kuvStatusSizeWarning : kuvStatusOk;
 }

@@ -1,6 +1,5 @@
 // Labels for connected groups of markers.
-#include <cstdint>
-
+#include "core/align.hpp"
 #include "core/checks.hpp"
 #include "segment/label_markers_kernels.hpp"
 
@@ -19,8 +18,7 @@ struct Workspace {
     ptrdiff_t words;   // of a row
 
     Workspace(void* buffer, ptrdiff_t width, ptrdiff_t bands, ptrdiff_t bandRows) : words(wordsOf(width)) {
-        const auto address = reinterpret_cast<std::uintptr_t>(buffer);
-        bits = reinterpret_cast<Word*>(static_cast<char*>(buffer) + (0 - address) % sizeof(Word));
+        bits = alignedUp(static_cast<Word*>(buffer), sizeof(Word));
         parents = reinterpret_cast<Kuv32u*>(bits + words * bands * bandRows);
         lines[0] = parents + placesOf(width) * bands;
         lines[1] = lines[0] + placesOf(width);  // not used for a single band

@@ -2,7 +2,9 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "core/checks.hpp"
 #include "core/dispatch.hpp"
+#include "core/record.hpp"
 #include "stats/histogram_layout.hpp"
 
 namespace {
@@ -15,19 +17,6 @@ constexpr bool isChannelCount(Kuv32s channels) { return channels == 1 || channel
 
 constexpr bool isDataType(Kuv32s dataType) {
     return dataType == kuvDataType8u || dataType == kuvDataType16u || dataType == kuvDataType16s || dataType == kuvDataType32f;
-}
-
-// Values of the caller's, at any address.
-template <class T>
-T valueAt(const T* list, std::ptrdiff_t index) {
-    T value;
-    __builtin_memcpy(&value, list + index, sizeof value);
-    return value;
-}
-
-template <class T>
-void setValue(void* block, std::ptrdiff_t offset, T value) {
-    __builtin_memcpy(static_cast<char*>(block) + offset, &value, sizeof value);
 }
 
 // Toward zero; beyond 32 bits the nearest integer that there is, and of a NaN the lowest.
@@ -48,55 +37,55 @@ void writePlan(HistogramHeader header, const Kuv32s* counts, KuviBinPlan* spec, 
     std::ptrdiff_t offset = sizeof(HistogramHeader);
     for (int c = 0; c < mostChannels; ++c) {
         const bool used = c < header.channels;
-        header.levelCounts[c] = used ? valueAt(counts, c) : 0;
+        header.levelCounts[c] = used ? loadSample(counts + c) : 0;
         header.levels[c] = used ? static_cast<Kuv32u>(offset) : 0;
         offset += std::ptrdiff_t{4} * header.levelCounts[c];
     }
-    setValue(spec, 0, header);
+    storeSample(placeIn<HistogramHeader>(spec, 0), header);
     offset = sizeof(HistogramHeader);
     for (int c = 0; c < header.channels; ++c) {
-        for (std::ptrdiff_t k = 0; k < header.levelCounts[c]; ++k, offset += 4) setValue(spec, offset, level(c, k));
+        for (std::ptrdiff_t k = 0; k < header.levelCounts[c]; ++k, offset += 4) setWord(spec, offset, level(c, k));
     }
-    setValue(spec, offsetof(HistogramHeader, identity), histogramIdentity);
+    setWord(spec, offsetof(HistogramHeader, identity), histogramIdentity);
 }
 
 }  // namespace
 
 extern "C" KuvStatus kuviHistogramGetBufferSize_shared(Kuv32s dataType, KuviSize roiSize, const Kuv32s* nLevels, Kuv32s channels, Kuv32s,
                                                        Kuv32s* specSize, Kuv32s* bufferSize) {
-    if (nLevels == nullptr || specSize == nullptr || bufferSize == nullptr) return kuvStatusNullPtr;
-    if (roiSize.width < 1 || roiSize.height < 1) return kuvStatusBadSize;
+    if (anyNull(nLevels, specSize, bufferSize)) return kuvStatusNullPtr;
+    if (emptyRoi(roiSize)) return kuvStatusBadSize;
     if (!isChannelCount(channels)) return kuvStatusBadChannelCount;
     Kuv64u levels = 0;
     for (int c = 0; c < channels; ++c) {
-        const Kuv32s count = valueAt(nLevels, c);
+        const Kuv32s count = loadSample(nLevels + c);
         if (count < 2) return kuvStatusBadHistLevels;
         levels += static_cast<Kuv64u>(count);
     }
     const Kuv32s valuesOfType = dataType == kuvDataType8u ? valueCount<Kuv8u>
                               : dataType == kuvDataType16u || dataType == kuvDataType16s ? valueCount<Kuv16u> : 0;
-    setValue(specSize, 0, static_cast<Kuv32u>(sizeof(HistogramHeader) + 4 * levels));
-    setValue(bufferSize, 0, 4 * valuesOfType * channels);
+    storeSample(specSize, static_cast<Kuv32s>(sizeof(HistogramHeader) + 4 * levels));
+    storeSample(bufferSize, 4 * valuesOfType * channels);
     return isDataType(dataType) ? kuvStatusOk : kuvStatusBadDataType;
 }
 
 extern "C" KuvStatus kuviHistogramInit_shared(Kuv32s dataType, const Kuv32f* const* levels, const Kuv32s* nLevels, Kuv32s channels,
                                               KuviBinPlan* spec) {
     if (!isDataType(dataType)) return kuvStatusBadDataType;
-    if (levels == nullptr || nLevels == nullptr || spec == nullptr) return kuvStatusNullPtr;
+    if (anyNull(levels, nLevels, spec)) return kuvStatusNullPtr;
     if (!isChannelCount(channels)) return kuvStatusBadChannelCount;
     for (int c = 0; c < channels; ++c) {
-        const Kuv32f* const list = valueAt(levels, c);
-        const Kuv32s count = valueAt(nLevels, c);
-        if (list == nullptr) return kuvStatusNullPtr;
+        const Kuv32f* const list = loadSample(levels + c);
+        const Kuv32s count = loadSample(nLevels + c);
+        if (anyNull(list)) return kuvStatusNullPtr;
         if (count < 2) return kuvStatusBadHistLevels;
         for (std::ptrdiff_t k = 0; k + 1 < count; ++k) {
-            if (!(valueAt(list, k) < valueAt(list, k + 1))) return kuvStatusRangeOrder;
+            if (!(loadSample(list + k) < loadSample(list + k + 1))) return kuvStatusRangeOrder;
         }
     }
 
     writePlan({dataType, channels, 0, 0, {}, {}, {}}, nLevels, spec, [&](int c, std::ptrdiff_t k) {
-        const Kuv32f level = valueAt(valueAt(levels, c), k);
+        const Kuv32f level = loadSample(loadSample(levels + c) + k);
         Kuv32s word;
         if (dataType == kuvDataType32f) __builtin_memcpy(&word, &level, sizeof word);
         else word = roundedUp(static_cast<Kuv64f>(level));
@@ -108,11 +97,11 @@ extern "C" KuvStatus kuviHistogramInit_shared(Kuv32s dataType, const Kuv32f* con
 extern "C" KuvStatus kuviHistogramUniformInit_shared(Kuv32s dataType, const Kuv32f* lowerLevel, const Kuv32f* upperLevel,
                                                      const Kuv32s* nLevels, Kuv32s channels, KuviBinPlan* spec) {
     if (!isDataType(dataType)) return kuvStatusBadDataType;
-    if (lowerLevel == nullptr || upperLevel == nullptr || nLevels == nullptr || spec == nullptr) return kuvStatusNullPtr;
+    if (anyNull(lowerLevel, upperLevel, nLevels, spec)) return kuvStatusNullPtr;
     if (!isChannelCount(channels)) return kuvStatusBadChannelCount;
     for (int c = 0; c < channels; ++c) {
-        if (valueAt(nLevels, c) < 2) return kuvStatusBadHistLevels;
-        if (!(valueAt(lowerLevel, c) < valueAt(upperLevel, c))) return kuvStatusRangeOrder;
+        if (loadSample(nLevels + c) < 2) return kuvStatusBadHistLevels;
+        if (!(loadSample(lowerLevel + c) < loadSample(upperLevel + c))) return kuvStatusRangeOrder;
     }
 
     const bool isReal = dataType == kuvDataType32f;
@@ -120,15 +109,15 @@ extern "C" KuvStatus kuviHistogramUniformInit_shared(Kuv32s dataType, const Kuv3
     bool isNarrow = false;
     Kuv64f lower[mostChannels], upper[mostChannels], step[mostChannels];
     for (int c = 0; c < channels; ++c) {
-        lower[c] = static_cast<Kuv64f>(valueAt(lowerLevel, c));
-        upper[c] = static_cast<Kuv64f>(valueAt(upperLevel, c));
-        step[c] = (upper[c] - lower[c]) / (valueAt(nLevels, c) - 1);
+        lower[c] = static_cast<Kuv64f>(loadSample(lowerLevel + c));
+        upper[c] = static_cast<Kuv64f>(loadSample(upperLevel + c));
+        step[c] = (upper[c] - lower[c]) / (loadSample(nLevels + c) - 1);
         if (isReal) header.steps[c] = static_cast<Kuv32f>(step[c]);
         else isNarrow = isNarrow || step[c] < 1.0;
     }
     writePlan(header, nLevels, spec, [&](int c, std::ptrdiff_t k) {
         const Kuv64f product = static_cast<Kuv64f>(k) * step[c];
-        const Kuv64f level = k == 0 ? lower[c] : k == valueAt(nLevels, c) - 1 ? upper[c] : product + lower[c];
+        const Kuv64f level = k == 0 ? lower[c] : k == loadSample(nLevels + c) - 1 ? upper[c] : product + lower[c];
         const Kuv32f rounded = static_cast<Kuv32f>(level);
         Kuv32s word;
         if (isReal) __builtin_memcpy(&word, &rounded, sizeof word);
@@ -139,18 +128,15 @@ extern "C" KuvStatus kuviHistogramUniformInit_shared(Kuv32s dataType, const Kuv3
 }
 
 extern "C" KuvStatus kuviHistogramGetLevels_shared(const KuviBinPlan* spec, Kuv32f* const* levels) {
-    if (spec == nullptr || levels == nullptr) return kuvStatusNullPtr;
-    HistogramHeader header;
-    __builtin_memcpy(&header, spec, sizeof header);
+    if (anyNull(spec, levels)) return kuvStatusNullPtr;
+    const auto header = loadSample(placeIn<HistogramHeader>(spec, 0));
     if (header.identity != histogramIdentity) return kuvStatusBadArg;
     for (int c = 0; c < header.channels; ++c) {
-        const char* const list = reinterpret_cast<const char*>(spec) + header.levels[c];
-        Kuv32f* const to = valueAt(levels, c);
+        Kuv32f* const to = loadSample(levels + c);
         for (std::ptrdiff_t k = 0; k < header.levelCounts[c]; ++k) {
-            Kuv32s word;
-            __builtin_memcpy(&word, list + 4 * k, sizeof word);
-            if (header.dataType == kuvDataType32f) setValue(to, 4 * k, word);
-            else setValue(to, 4 * k, static_cast<Kuv32f>(word));
+            const auto word = static_cast<Kuv32s>(wordAt(spec, header.levels[c] + 4 * k));
+            if (header.dataType == kuvDataType32f) setWord(to, 4 * k, word);
+            else storeSample(to + k, static_cast<Kuv32f>(word));
         }
     }
     return kuvStatusOk;

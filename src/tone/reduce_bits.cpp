@@ -1,4 +1,5 @@
 // 16-bit samples reduced to fewer levels, with and without a dither.
+#include "core/align.hpp"
 #include "core/checks.hpp"
 #include "tone/reduce_bits_wavefront.hpp"
 
@@ -64,7 +65,7 @@ KuvStatus reduceBits(Pixels<const Kuv16u> src, Pixels<Kuv8u> dst, KuviSize roi, 
         orderImage<pixelSamples>(src, dst, roi, steps, Noise());
     } else {
         if (buffer == nullptr) return kuvStatusNullPtr;
-        Kuv8u* const aligned = alignedBuffer(buffer);
+        Kuv8u* const aligned = alignedUp(buffer, reduceAlignment);
         if (ditherType == kuvDitherOrdered4x4) {
             orderImage<pixelSamples>(src, dst, roi, steps, orderedNoise(aligned, noise));
         } else {

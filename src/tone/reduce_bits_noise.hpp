@@ -1,8 +1,6 @@
 // The distances between levels, and the noise that disturbs the thresholds between them.
 #pragma once
 
-#include <cstdint>
-
 #include "core/rows.hpp"
 #include "tone/reduce_bits_layout.hpp"
 
@@ -70,10 +68,6 @@ private:
     Kuv32u a_, b_, c_, d_, borrow_;
 };
 static_assert(sizeof(UniformGenerator) == generatorBytes);
-
-KUV_INLINE Kuv8u* alignedBuffer(Kuv8u* buffer) {
-    return buffer + (-reinterpret_cast<std::uintptr_t>(buffer) & (reduceAlignment - 1));
-}
 
 // Two tables in the caller's buffer: one of noise, and one that says where in it a column begins.
 class Noise {

@@ -26,10 +26,6 @@ struct Places {
         return placeIn<T>(record, place);
     }
 };
-template <class T>
-KUV_INLINE T* alignedUp(T* memory) {
-    return reinterpret_cast<T*>((reinterpret_cast<std::uintptr_t>(memory) + 63) & ~std::uintptr_t{63});
-}
 
 void clearWords(void* record, ptrdiff_t bytes) { __builtin_memset(record, 0, static_cast<size_t>(bytes)); }
 
@@ -190,7 +186,7 @@ void makeMixedRadix(Places& places, Kuv32s length, const Factors& factors, const
             if (!hasVectors) fillStageTable(roots, radix, remaining, stride, table);
         },
         [&](Kuv32s entries) {
-            Kuv32s* const table = places.takeTable<Kuv32s>(round64(4 * ptrdiff_t{entries}), plan::digitTable);
+            Kuv32s* const table = places.takeTable<Kuv32s>(roundedUp(4 * ptrdiff_t{entries}, 64), plan::digitTable);
             if (!hasVectors) fillDigits(factors, entries, table);
         });
     if constexpr (hasVectors) {

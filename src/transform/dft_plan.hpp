@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/record.hpp"
+#include "core/rows.hpp"
 
 namespace kuv::KUV_VARIANT {
 namespace {
@@ -27,8 +28,6 @@ constexpr Kuv32s longestFixed = 16, longestFactored = 0x7ffffff, longestChirp = 
 
 constexpr Kuv32s highestRadix = hasVectors ? 50 : 75;
 constexpr Kuv32s highestRemainder(Kuv32s length) { return hasVectors && length % 4 == 0 ? 150 : highestRadix; }
-
-constexpr Kuv64s round64(Kuv64s bytes) { return (bytes + 63) / 64 * 64; }
 
 constexpr bool isDftFlag(Kuv32s flag) { return flag == 1 || flag == 2 || flag == 4 || flag == 8; }
 constexpr bool isPowerOfTwo(Kuv32s length) { return (length & (length - 1)) == 0; }
@@ -63,15 +62,15 @@ struct BlockSizes {
     Kuv64s spec, init, work;
 };
 
-constexpr Kuv64s tripleBytes(Kuv64s points) { return round64(8 * points + 8); }
-constexpr Kuv64s quarterBytes(Kuv64s points) { return round64(points + 4); }
+constexpr Kuv64s tripleBytes(Kuv64s points) { return roundedUp(8 * points + 8, 64); }
+constexpr Kuv64s quarterBytes(Kuv64s points) { return roundedUp(points + 4, 64); }
 
 // px: what a transform takes beside the header and the outermost bit reversal.
 constexpr BlockSizes scalarLevel(int order) {
     const Kuv64s points = Kuv64s{1} << order;
     if (order <= leafOrder) return {tripleBytes(points), 0, 0};
     const int columns = columnOrder(order);
-    if (columns == 0) return {round64(2 * points) + 8256, 0, 0};
+    if (columns == 0) return {roundedUp(2 * points, 64) + 8256, 0, 0};
     const Kuv64s side = Kuv64s{1} << columns;
     BlockSizes sizes = scalarLevel(order - columns);
     sizes.spec += tripleBytes(side) + 8 * points;
@@ -89,7 +88,7 @@ constexpr int columnWorkOrder(int order) {
 
 constexpr BlockSizes vectorLevel(int order) {
     const Kuv64s points = Kuv64s{1} << order;
-    if (order <= leafOrder) return {tripleBytes(points), 0, round64(8 * points)};
+    if (order <= leafOrder) return {tripleBytes(points), 0, roundedUp(8 * points, 64)};
     BlockSizes sizes = vectorLevel(order - columnOrder(order));
     const Kuv64s columns = Kuv64s{8} << columnWorkOrder(order);
     sizes.spec += 4 * points;

@@ -10,11 +10,11 @@ constexpr Kuv64s slack = 64;  // for aligning a block
 void addMixedRadix(Kuv32s length, const Factors& factors, BlockSizes& sizes) {
     Kuv64s tables = 0;
     const Kuv32s mark = walkStages(
-        length, factors, [&](int, Kuv32s radix, bool isNew) { tables += isNew ? round64(8 * Kuv64s{radix}) : 0; },
-        [&](int, Kuv32s radix, Kuv32s remaining, Kuv32s, Kuv32s) { tables += round64(8 * Kuv64s{radix} * remaining); },
-        [&](Kuv32s entries) { tables += round64(4 * Kuv64s{entries}); });
-    sizes.spec += round64(tables);
-    sizes.work += round64(mixedWorkBytes(length, mark));
+        length, factors, [&](int, Kuv32s radix, bool isNew) { tables += isNew ? roundedUp(8 * Kuv64s{radix}, 64) : 0; },
+        [&](int, Kuv32s radix, Kuv32s remaining, Kuv32s, Kuv32s) { tables += roundedUp(8 * Kuv64s{radix} * remaining, 64); },
+        [&](Kuv32s entries) { tables += roundedUp(4 * Kuv64s{entries}, 64); });
+    sizes.spec += roundedUp(tables, 64);
+    sizes.work += roundedUp(mixedWorkBytes(length, mark), 64);
 }
 
 KuvStatus addSizes(Kuv32s length, BlockSizes& sizes);
@@ -23,24 +23,24 @@ void addChirp(Kuv32s length, BlockSizes& sizes) {
     const Kuv64s points = convolutionLength(length);
     BlockSizes nested = {};
     addSizes(static_cast<Kuv32s>(points), nested);
-    const Kuv64s convolution = round64(nested.work) + 8 * points + 64;
-    sizes.spec += round64(round64(8 * Kuv64s{length}) + round64(8 * points) + round64(nested.spec));
-    sizes.init += round64(round64(2 * Kuv64s{length}) + round64(nested.init) + round64(convolution));
-    sizes.work = round64(round64(nested.work) + round64(convolution));
+    const Kuv64s convolution = roundedUp(nested.work, 64) + 8 * points + 64;
+    sizes.spec += roundedUp(roundedUp(8 * Kuv64s{length}, 64) + roundedUp(8 * points, 64) + roundedUp(nested.spec, 64), 64);
+    sizes.init += roundedUp(roundedUp(2 * Kuv64s{length}, 64) + roundedUp(nested.init, 64) + roundedUp(convolution, 64), 64);
+    sizes.work = roundedUp(roundedUp(nested.work, 64) + roundedUp(convolution, 64), 64);
 }
 
 KuvStatus addPath(Kuv32s length, BlockSizes& sizes) {
     Factors factors;
     const DftPath path = pathOf(length, factors);
-    const Kuv64s values = round64(8 * Kuv64s{length});
+    const Kuv64s values = roundedUp(8 * Kuv64s{length}, 64);
     if (path == DftPath::fixed) return kuvStatusOk;
     if (path == DftPath::powerOfTwo) {
         const int order = orderOf(length);
         if (order >= fftOrderLimit) return kuvStatusBadOrder;
         const BlockSizes fft = fftSizes(order);
-        sizes.spec += round64(fft.spec);
-        sizes.init += round64(fft.init);
-        sizes.work += round64(fft.work);
+        sizes.spec += roundedUp(fft.spec, 64);
+        sizes.init += roundedUp(fft.init, 64);
+        sizes.work += roundedUp(fft.work, 64);
         return kuvStatusOk;
     }
     if (path == DftPath::tooLong) return kuvStatusBadSize;
