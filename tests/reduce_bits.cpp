@@ -449,6 +449,14 @@ TEST_P(ReduceBits, BufferSizes) {
     }
 }
 
+TEST_P(ReduceBits, BufferSizeAtAnyAddress) {
+    for (int gap = 1; gap < 4; ++gap) {
+        unsigned char size[8] = {};
+        EXPECT_EQ(kuviReduceBitsGetBufferSize(3, {7, 5}, 0, kuvDitherStucki, reinterpret_cast<Kuv32s*>(size + gap)), kuvStatusOk);
+        EXPECT_EQ(load<Kuv32s>(size + gap), 12 * 7 + 112);
+    }
+}
+
 TEST_P(ReduceBits, RowsFurtherApartThan32BitsTell) {
     constexpr std::ptrdiff_t step = 0x7FFFFFF1;
     const DistantMemory from(3 * static_cast<std::size_t>(step)), to(3 * static_cast<std::size_t>(step));

@@ -120,6 +120,17 @@ TEST_P(ToneMapSize, ReadsTheCountsInUse) {
     }
 }
 
+TEST_P(ToneMapSize, AnyAddress) {
+    for (int gap = 1; gap < 4; ++gap) {
+        unsigned char counts[4 * 3 + 4] = {}, size[8] = {};
+        for (int c = 0; c < 3; ++c) store(counts + gap, c, 5);
+        const Kuv32s* const at = reinterpret_cast<const Kuv32s*>(counts + gap);
+        Kuv32s* const to = reinterpret_cast<Kuv32s*>(size + gap);
+        EXPECT_EQ(watched([&] { return kuviLUT_GetSize(kuvLutStep, kuvDataType8u, kuvChannelsC3, {1, 1}, at, to); }), kuvStatusOk);
+        EXPECT_EQ(load<Kuv32s>(size + gap), 184 + 256 * 3);
+    }
+}
+
 // The selector is examined between the fourth count and the others.
 TEST_P(ToneMapSize, UnknownChannels) {
     for (const Kuv32s channels : {0, 2, 5, 6, 7, 8, 10, -1, INT32_MAX, INT32_MIN}) {
@@ -541,6 +552,36 @@ TEST_P(ToneMapInit, TablesBeforeTheChannelThatFails) {
         for (int x = 0; x < 65536; ++x) {
             const int wanted = c == 3 ? 0x5A5A : x < 100 || x >= 60000 ? x : 7;
             ASSERT_EQ(load<Kuv16u>(tables, c * 65536 + x), wanted) << c << " " << x;
+        }
+    }
+}
+
+// Neither pointers, counts and points nor what they lie in need be aligned.
+TEST_P(ToneMapInit, ArraysAtAnyAddress) {
+    constexpr int used = 3, n = 4, pointerBytes = used * static_cast<int>(sizeof(void*));
+    for (const int sampleBytes : {1, 2}) {
+        for (const Kuv32s interpolation : interpolations) {
+            std::vector<unsigned char> wanted;
+            for (int gap = 0; gap < 8; ++gap) {
+                unsigned char points[2][4 * n + 8], counts[4 * used + 8], pointers[2][pointerBytes + 8];
+                for (int k = 0; k < n; ++k) {
+                    store(points[0] + gap, k, 200 - 30 * k);
+                    store(points[1] + gap, k, 20 * k);
+                }
+                for (int c = 0; c < used; ++c) {
+                    store(counts + gap, c, n);
+                    for (int i = 0; i < 2; ++i) store(pointers[i] + gap, c, points[i] + gap);
+                }
+                const auto function = sampleBytes == 1 ? kuviLUT_Init_8u : kuviLUT_Init_16u;
+                const auto listAt = [&](int i) { return reinterpret_cast<const Kuv32s* const*>(pointers[i] + gap); };
+                alignas(64) static unsigned char block[500000];
+                EXPECT_EQ(watched([&] {
+                              return function(interpolation, kuvChannelsC3, {1, 1}, listAt(0), listAt(1),
+                                              reinterpret_cast<const Kuv32s*>(counts + gap), reinterpret_cast<KuviToneMapSpec*>(block));
+                          }), kuvStatusOk);
+                if (gap == 0) wanted.assign(std::begin(block), std::end(block));
+                EXPECT_TRUE(std::equal(wanted.begin(), wanted.end(), std::begin(block))) << GetParam() << ", gap " << gap;
+            }
         }
     }
 }

@@ -1,5 +1,7 @@
 // How large a buffer the reduction of bits needs.
+#include "core/checks.hpp"
 #include "core/dispatch.hpp"
+#include "core/samples.hpp"
 #include "tone/reduce_bits_layout.hpp"
 
 namespace {
@@ -16,7 +18,7 @@ constexpr Kuv32u bytesOf(LinesOf lines, Kuv32s width) {
 
 KuvStatus kuviReduceBitsGetBufferSize_shared(Kuv32s channels, KuviSize roiSize, Kuv32s noise, KuvDitherType ditherType,
                                              Kuv32s* bufferSize) {
-    if (bufferSize == nullptr) return kuvStatusNullPtr;
+    if (anyNull(bufferSize)) return kuvStatusNullPtr;
     if (roiSize.width < 1) return kuvStatusBadSize;
     if (channels != kuvChannelsC1 && channels != kuvChannelsC3 && channels != kuvChannelsC4 && channels != kuvChannelsAC4) {
         return kuvStatusBadChannels;
@@ -29,6 +31,6 @@ KuvStatus kuviReduceBitsGetBufferSize_shared(Kuv32s channels, KuviSize roiSize, 
     if (hasNoise) bytes += noiseBytesCounted;
     if (hasLines) bytes += bytesOf(ditherType == kuvDitherFloydSteinberg ? floydSteinbergLines : threeRowLines, roiSize.width);
     if (hasNoise || hasLines) bytes += reduceAlignment;
-    *bufferSize = static_cast<Kuv32s>(bytes);
+    storeSample(bufferSize, static_cast<Kuv32s>(bytes));
     return kuvStatusOk;
 }

@@ -11,25 +11,28 @@ struct ToneChannels {
     const Kuv32s* const* levels;
     const Kuv32s* counts;
 
-    KUV_INLINE TonePoints operator[](int c) const { return {values[c], levels[c], counts[c]}; }
+    KUV_INLINE TonePoints operator[](int c) const {
+        return {loadSample(values + c), loadSample(levels + c), loadSample(counts + c)};
+    }
 };
 
 KuvStatus checkByKind(const ToneChannels& source, int used) {
     for (int c = 0; c < used; ++c) {
-        if (source.values[c] == nullptr) return kuvStatusNullPtr;
+        if (source[c].values == nullptr) return kuvStatusNullPtr;
     }
     for (int c = 0; c < used; ++c) {
-        if (source.levels[c] == nullptr) return kuvStatusNullPtr;
+        if (source[c].levels == nullptr) return kuvStatusNullPtr;
     }
     for (int c = 0; c < used; ++c) {
-        if (source.counts[c] < 2) return kuvStatusBadLutLevels;
+        if (source[c].count < 2) return kuvStatusBadLutLevels;
     }
     return kuvStatusOk;
 }
 
 KuvStatus checkChannel(const ToneChannels& source, int c) {
-    if (anyNull(source.values[c], source.levels[c])) return kuvStatusNullPtr;
-    if (source.counts[c] < 2) return kuvStatusBadLutLevels;
+    const TonePoints points = source[c];
+    if (anyNull(points.values, points.levels)) return kuvStatusNullPtr;
+    if (points.count < 2) return kuvStatusBadLutLevels;
     return kuvStatusOk;
 }
 
@@ -74,8 +77,8 @@ KuvStatus makeMap(Kuv32s interpolation, Kuv32s channels, KuviSize roi, const Ton
 
     if (interpolation == kuvLutCubic) {
         for (int c = 0; c < used; ++c) {
-            keepCount(spec, c, source.counts[c]);
-            if (source.counts[c] < 4) curve = kuvLutLinear;
+            keepCount(spec, c, source[c].count);
+            if (source[c].count < 4) curve = kuvLutLinear;
         }
     }
     if (keepsPoints && channels == kuvChannelsC1) keepPoints(spec, 0, source[0], tables + tableBytes);
