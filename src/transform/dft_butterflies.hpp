@@ -129,25 +129,25 @@ KUV_INLINE void oddOf(T* re, T* im) {
 template <int length, int step, class T>
 KUV_INLINE void transform(T* re, T* im);
 
-// The product of `even` and `odd`, without common factors: two transforms without factors between them.
-template <int even, int odd, class T>
+// The product of `first` and `second`, without common factors: two transforms without factors between them.
+template <int first, int second, class T>
 KUV_INLINE void coprimeOf(T* re, T* im) {
-    constexpr int length = even * odd;
+    constexpr int length = first * second;
     T re2[length], im2[length];
 #pragma GCC unroll 16
     for (int i = 0; i < length; ++i) {
-        const int from = (odd * (i / odd) + even * (i % odd)) % length;
+        const int from = (second * (i / second) + first * (i % second)) % length;
         re2[i] = re[from];
         im2[i] = im[from];
     }
 #pragma GCC unroll 4
-    for (int a = 0; a < even; ++a) transform<odd, 1>(re2 + a * odd, im2 + a * odd);
+    for (int a = 0; a < first; ++a) transform<second, 1>(re2 + a * second, im2 + a * second);
 #pragma GCC unroll 8
-    for (int b = 0; b < odd; ++b) transform<even, odd>(re2 + b, im2 + b);
+    for (int b = 0; b < second; ++b) transform<first, second>(re2 + b, im2 + b);
 #pragma GCC unroll 16
     for (int k = 0; k < length; ++k) {
-        re[k] = re2[k % even * odd + k % odd];
-        im[k] = im2[k % even * odd + k % odd];
+        re[k] = re2[k % first * second + k % second];
+        im[k] = im2[k % first * second + k % second];
     }
 }
 
@@ -208,6 +208,7 @@ KUV_INLINE void sixteenOf(T* re, T* im) {
 // Of `length` values, 1 to 16, that stand `step` apart; in place, in order.
 template <int length, int step, class T>
 KUV_INLINE void transform(T* re, T* im) {
+    static_assert(step == 1 || length <= 4, "longer ones with a kernel of their own take neighbours");
     if constexpr (length == 2) transform2(re[0], im[0], re[step], im[step]);
     else if constexpr (length == 4) fourOf<step>(re, im);
     else if constexpr (length == 6) coprimeOf<2, 3>(re, im);

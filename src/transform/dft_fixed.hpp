@@ -60,15 +60,13 @@ KUV_INLINE void fixedOf(int length, bool scales, Planes src, Planes dst, Kuv32f 
     fixedOf(length, scales, src, dst, scale, std::make_integer_sequence<int, longestFixed>());
 }
 
-// Multiplies by a constant; 1 changes nothing, 0 clears.
 KUV_INLINE void scaleBy(Kuv32f factor, Kuv32f* values, ptrdiff_t count) {
-    if (factor == 1) return;
     ptrdiff_t i = 0;
     if constexpr (hasVectors) {
         using V = Native<Kuv32f>;
         for (; i + V::lanes <= count; i += V::lanes) store(values + i, load<V>(values + i) * fill<V>(factor));
     }
-    for (; i < count; ++i) storeSample(values + i, factor == 0 ? 0 : loadSample(values + i) * factor);
+    for (; i < count; ++i) storeSample(values + i, loadSample(values + i) * factor);
 }
 
 }  // namespace

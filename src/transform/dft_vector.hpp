@@ -196,7 +196,7 @@ void fillDirectFactors(Kuv32s prime, const Root* roots, Kuv32f* factors) {
     }
 }
 
-// Products with planes of factors; a whole number of vectors, or overlapping the last.
+// Products with planes of factors; the rest of a vector sample by sample.
 KUV_INLINE void multiplyPlanes(Planes src, const Kuv32f* factors, ptrdiff_t plane, Planes dst, ptrdiff_t count) {
     constexpr ptrdiff_t lanes = Wide::lanes;
     const auto multiplyAt = [&](ptrdiff_t i, auto one) {
