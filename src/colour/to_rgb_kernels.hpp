@@ -224,9 +224,8 @@ KUV_INLINE void greyRow(const Kuv8u* src, Kuv8u* dst, ptrdiff_t width) {
                 tripled(load<Vector<Kuv8u, 16>>(src + i), thirds);
                 storeParts3(dst + 3 * i, thirds[0], thirds[1], thirds[2]);
             };
-            // The first block and the last may lie on others. 11 * 3 is 1 more than a multiple of 16: so many pixels stand before an
-            // aligned address of the destination.
-            const ptrdiff_t last = width - block, first = static_cast<ptrdiff_t>((0 - reinterpret_cast<std::uintptr_t>(dst)) * 11 % block);
+            // The first block and the last may lie on others.
+            const ptrdiff_t last = width - block, first = pixelsToAlignment<3>(dst, block);
             if (first > 0) tripleAt(0);
             for (ptrdiff_t i = first; i < last; i += block) tripleAt(i);
             return tripleAt(last);

@@ -95,11 +95,9 @@ KUV_INLINE Vector<Kuv32f, bytes> shuffledReals(Vector<Kuv32f, bytes> v) {
 }
 
 // Each part's samples to a place `partSamples` behind that of the part before.
-KUV_INLINE void storeParts(Kuv16s* to, Vector<Kuv16s, 16> v) { store(to, v); }
-KUV_AVX2(KUV_INLINE void storeParts(Kuv16s* to, Vector<Kuv16s, 32> v) {
-    store<Vector<Kuv16s, 16>>(to, {_mm256_castsi256_si128(v.raw)});
-    store<Vector<Kuv16s, 16>>(to + partSamples, {_mm256_extracti128_si256(v.raw, 1)});
-})
+KUV_INLINE void storeSamples(Kuv16s* to, Samples v) {
+    storeParts(reinterpret_cast<Kuv8u*>(to), partSamples * static_cast<ptrdiff_t>(sizeof(Kuv16s)), as<Kuv8u>(v));
+}
 
 // Where columns have their pixels, in bytes from a place in each source row, and how much of the neighbours is in them.
 struct ColumnPlan {
@@ -193,7 +191,7 @@ KUV_INLINE void interpolateBlock(const char* upper, const char* lower, ColumnPla
 #pragma GCC unroll 2
     for (int t = 0; t < targets; ++t) {
 #pragma GCC unroll 3
-        for (int i = 0; i < 3; ++i) storeParts(target[t].to + 8 * i, pack(whole[t][2 * i], whole[t][2 * i + 1]));
+        for (int i = 0; i < 3; ++i) storeSamples(target[t].to + 8 * i, pack(whole[t][2 * i], whole[t][2 * i + 1]));
     }
 }
 
@@ -205,7 +203,7 @@ KUV_INLINE void mixBlock(const Kuv32f* a, const Kuv32f* b, BlockTarget target) {
         const auto whole = [&](int lanes) __attribute__((always_inline)) {
             return rounded(between(load<Reals>(a + lanes), load<Reals>(b + lanes), fraction));
         };
-        storeParts(target.to + 8 * i, pack(whole(2 * i * Reals::lanes), whole((2 * i + 1) * Reals::lanes)));
+        storeSamples(target.to + 8 * i, pack(whole(2 * i * Reals::lanes), whole((2 * i + 1) * Reals::lanes)));
     }
 }
 
