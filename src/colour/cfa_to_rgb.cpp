@@ -10,7 +10,13 @@ template <class T>
 class QuickInterpolation {
 public:
     QuickInterpolation(const T* src, ptrdiff_t srcStep, KuviSize imageSize, KuvCfaLayout layout, T* dst, ptrdiff_t dstStep)
-        : src_(src), dst_(dst), srcStep_(srcStep), dstStep_(dstStep), width_(imageSize.width), height_(imageSize.height), red_(redSiteOf(layout)) {}
+        : src_(src),
+          dst_(dst),
+          srcStep_(srcStep),
+          dstStep_(dstStep),
+          width_(imageSize.width),
+          height_(imageSize.height),
+          red_(redSiteOf(layout)) {}
 
     // Rows `top` to `bottom` - 1 and columns `left` to `right` - 1.
     KUV_INLINE void run(ptrdiff_t top, ptrdiff_t bottom, ptrdiff_t left, ptrdiff_t right) const {
@@ -25,41 +31,55 @@ private:
     template <class V>
     __attribute__((noinline)) void runStrips(ptrdiff_t top, ptrdiff_t bottom, ptrdiff_t left, ptrdiff_t right) const {
         SplitRows<T> rows;
-        // The first row of each pair begins with red or blue.
-        const ptrdiff_t first = top - (left % 2 == greenParity(top));
         while (left < right) {
             const bool last = right - left <= rows.columns;
             // What is left for the last one has a vector's width.
             const ptrdiff_t count = last ? (right - left) & -2 : rows.columns - 2 * V::lanes, end = last ? right : left + count;
-            for (ptrdiff_t r = first; r < bottom; r += 2) {
-                for (int i = r == first ? -2 : 2; i < 4; ++i) {
-                    const T* const row = rowNear(r + i);
-                    rows.template fill<V>(i, row + left, count, [&](ptrdiff_t c) { return row + reflectInside(left + c, width_ - 1); });
-                }
-                const auto pair = [&](auto ring) __attribute__((always_inline)) {
-                    const auto out = [&](ptrdiff_t row) { return row >= top && row < bottom && inRing(row) == ring ? outAt(row) + 3 * left : nullptr; };
-                    T *const out0 = out(r), *const out1 = out(r + 1);
-                    if (out0 != nullptr || out1 != nullptr) interpolatePair<ring.value, V>(rows, count, isRed(r), out0, out1);
-                };
-                pair(std::true_type{});
-                pair(std::false_type{});
-                rows.moveDown();
-                for (ptrdiff_t row = r < top ? top : r; row < r + 2 && row < bottom; ++row) {
-                    runColumns(row, left + count, end);
-                    if (inRing(row)) continue;
-                    const ptrdiff_t site = 1 - greenParity(row), lastSite = width_ - 1 - (width_ - 1 - site) % 2;
-                    if (site >= left && site < end) greenInRing(row, site);
-                    if (lastSite >= left && lastSite < end) greenInRing(row, lastSite);
-                }
-            }
+            runStrip<V>(rows, top, bottom, left, count, end);
             left = end;
         }
     }
 
+    // Columns `left` to `end` - 1, the first `count` of them by pairs of rows.
+    template <class V>
+    KUV_INLINE void runStrip(SplitRows<T>& rows, ptrdiff_t top, ptrdiff_t bottom, ptrdiff_t left, ptrdiff_t count, ptrdiff_t end) const {
+        // The first row of each pair begins with red or blue.
+        const ptrdiff_t first = top - (left % 2 == greenParity(top));
+        for (ptrdiff_t r = first; r < bottom; r += 2) {
+            for (int i = r == first ? -2 : 2; i < 4; ++i) {
+                const T* const row = rowNear(r + i);
+                rows.template fill<V>(i, row + left, count, [&](ptrdiff_t c) { return row + reflectInside(left + c, width_ - 1); });
+            }
+            const auto pair = [&](auto ring) __attribute__((always_inline)) {
+                const auto out = [&](ptrdiff_t row) {
+                    return row >= top && row < bottom && inRing(row) == ring ? outAt(row) + 3 * left : nullptr;
+                };
+                T *const out0 = out(r), *const out1 = out(r + 1);
+                if (out0 != nullptr || out1 != nullptr) interpolatePair<ring.value, V>(rows, count, isRed(r), out0, out1);
+            };
+            pair(std::true_type{});
+            pair(std::false_type{});
+            rows.moveDown();
+            for (ptrdiff_t row = r < top ? top : r; row < r + 2 && row < bottom; ++row) finishRow(row, left, left + count, end);
+        }
+    }
+
+    // What pairs of rows leave: the columns from `done` on, and the green beside the image's sides, which has the ring's rule.
+    KUV_INLINE void finishRow(ptrdiff_t r, ptrdiff_t left, ptrdiff_t done, ptrdiff_t end) const {
+        runColumns(r, done, end);
+        if (inRing(r)) return;
+        const ptrdiff_t site = 1 - greenParity(r), lastSite = width_ - 1 - (width_ - 1 - site) % 2;
+        if (site >= left && site < end) greenInRing(r, site);
+        if (lastSite >= left && lastSite < end) greenInRing(r, lastSite);
+    }
+
     // Of a red or blue pixel.
     KUV_INLINE void greenInRing(ptrdiff_t r, ptrdiff_t c) const {
-        const auto sample = [&](ptrdiff_t row, ptrdiff_t column) -> Kuv32s { return loadSample(rowNear(row) + reflect(column, width_ - 1)); };
-        storeSample(outAt(r) + 3 * c + 1, static_cast<T>((sample(r - 1, c) + sample(r + 1, c) + sample(r, c - 1) + sample(r, c + 1) + 2) >> 2));
+        const auto sample = [&](ptrdiff_t row, ptrdiff_t column) -> Kuv32s {
+            return loadSample(rowNear(row) + reflect(column, width_ - 1));
+        };
+        const Kuv32s sum = sample(r - 1, c) + sample(r + 1, c) + sample(r, c - 1) + sample(r, c + 1);
+        storeSample(outAt(r) + 3 * c + 1, static_cast<T>((sum + 2) >> 2));
     }
 
     KUV_INLINE void runColumns(ptrdiff_t r, ptrdiff_t first, ptrdiff_t end) const {
@@ -67,14 +87,16 @@ private:
         const MosaicRows<T> rows = rowsAround(r);
         T* const out = outAt(r);
         const auto reflected = [&](ptrdiff_t from, ptrdiff_t to) { reflectedColumns(rows, from, to, greenParity(r), out, colours(r)); };
-        const ptrdiff_t border = width_ - 2 < 2 ? 2 : width_ - 2, firstInside = first < 2 ? 2 : first, endInside = end < border ? end : border;
+        const ptrdiff_t border = width_ - 2 < 2 ? 2 : width_ - 2;
+        const ptrdiff_t firstInside = first < 2 ? 2 : first, endInside = end < border ? end : border;
         reflected(first, end < 2 ? end : 2);
         if (inRing(r)) interpolateColumns<true>(rows, firstInside, endInside, greenParity(r), out, colours(r));
         else interpolateColumns<false>(rows, firstInside, endInside, greenParity(r), out, colours(r));
         reflected(first < border ? border : first, end);
     }
 
-    KUV_INLINE void reflectedColumns(const MosaicRows<T>& rows, ptrdiff_t first, ptrdiff_t end, ptrdiff_t green, T* out, RowColours colours) const {
+    KUV_INLINE void reflectedColumns(const MosaicRows<T>& rows, ptrdiff_t first, ptrdiff_t end, ptrdiff_t green, T* out,
+                                     RowColours colours) const {
         for (ptrdiff_t c = first; c < end; ++c) {
             const auto columnAt = [&](int distance) { return reflectInside(c + distance, width_ - 1); };
             storePixel(out + 3 * c, pixelAt<true>(rows, c % 2 == green, columnAt), colours);
@@ -113,7 +135,8 @@ KuvStatus interpolate(const T* src, KuviRect roi, KuviSize imageSize, Kuv32s src
 
     const ptrdiff_t x = roi.x, y = roi.y, imageWidth = imageSize.width, imageHeight = imageSize.height;
     ptrdiff_t firstColumn = x < 0 ? 0 : x, firstRow = y < 0 ? 0 : y;
-    ptrdiff_t endColumn = x + roi.width < imageWidth ? x + roi.width : imageWidth, endRow = y + roi.height < imageHeight ? y + roi.height : imageHeight;
+    ptrdiff_t endColumn = x + roi.width < imageWidth ? x + roi.width : imageWidth;
+    ptrdiff_t endRow = y + roi.height < imageHeight ? y + roi.height : imageHeight;
     // A region past one far edge gets the image's last column or row, before its own first one.
     if (x >= imageWidth && y >= imageHeight) return kuvStatusOk;
     if (x >= imageWidth) {

@@ -72,7 +72,8 @@ KUV_INLINE void exactBlock(const Kuv8u* src, Kuv8u* dst) {
 // Of lower precision: 3 fraction bits. No sum leaves the range from -2216 to 4275. The two terms of a pair's chroma stand in two lanes
 // and are added to luma as they stand and exchanged: `redBlue` gets R of even pixels and B of odd ones, `blueRed` the others.
 template <int bytes>
-KUV_INLINE void quickWords(Vector<Kuv8u, bytes> packed, Vector<Kuv16s, bytes>& redBlue, Vector<Kuv16s, bytes>& green, Vector<Kuv16s, bytes>& blueRed) {
+KUV_INLINE void quickWords(Vector<Kuv8u, bytes> packed, Vector<Kuv16s, bytes>& redBlue, Vector<Kuv16s, bytes>& green,
+                           Vector<Kuv16s, bytes>& blueRed) {
     using Bytes = Vector<Kuv8u, bytes>;
     using Words = Vector<Kuv16s, bytes>;
     const auto pairs = [](Kuv32s first, Kuv32s second) {
@@ -206,11 +207,14 @@ KUV_INLINE void tripled(Vector<Kuv8u, 16> all, Vector<Kuv8u, 16> (&thirds)[3]) {
     const auto merge = [](__m128i single, __m128i kept, __m128i twice) {
         return Vector<Kuv8u, 16>{_mm_or_si128(_mm_and_si128(single, kept), _mm_andnot_si128(single, twice))};
     };
-    thirds[0] = merge(_mm_setr_epi16(0, -1, 0, 0, -1, 0, 0, -1), pickWords<_MM_SHUFFLE(1, 0, 0, 0), _MM_SHUFFLE(0, 0, 0, 0), _MM_SHUFFLE(2, 0, 0, 1)>(v),
+    thirds[0] = merge(_mm_setr_epi16(0, -1, 0, 0, -1, 0, 0, -1),
+                      pickWords<_MM_SHUFFLE(1, 0, 0, 0), _MM_SHUFFLE(0, 0, 0, 0), _MM_SHUFFLE(2, 0, 0, 1)>(v),
                       pickWords<_MM_SHUFFLE(2, 1, 1, 0), _MM_SHUFFLE(2, 1, 0, 0), _MM_SHUFFLE(0, 2, 1, 0)>(doubled[0]));
-    thirds[1] = merge(_mm_setr_epi16(0, 0, -1, 0, 0, -1, 0, 0), pickWords<_MM_SHUFFLE(2, 2, 1, 1), _MM_SHUFFLE(0, 1, 0, 0), _MM_SHUFFLE(0, 0, 0, 0)>(v),
+    thirds[1] = merge(_mm_setr_epi16(0, 0, -1, 0, 0, -1, 0, 0),
+                      pickWords<_MM_SHUFFLE(2, 2, 1, 1), _MM_SHUFFLE(0, 1, 0, 0), _MM_SHUFFLE(0, 0, 0, 0)>(v),
                       pickWords<_MM_SHUFFLE(3, 2, 1, 0), _MM_SHUFFLE(3, 0, 2, 1), _MM_SHUFFLE(2, 1, 0, 0)>(doubled[1]));
-    thirds[2] = merge(_mm_setr_epi16(-1, 0, 0, -1, 0, 0, -1, 0), pickWords<_MM_SHUFFLE(3, 3, 3, 2), _MM_SHUFFLE(2, 0, 0, 1), _MM_SHUFFLE(0, 1, 0, 0)>(v),
+    thirds[2] = merge(_mm_setr_epi16(-1, 0, 0, -1, 0, 0, -1, 0),
+                      pickWords<_MM_SHUFFLE(3, 3, 3, 2), _MM_SHUFFLE(2, 0, 0, 1), _MM_SHUFFLE(0, 1, 0, 0)>(v),
                       pickWords<_MM_SHUFFLE(3, 2, 2, 1), _MM_SHUFFLE(0, 2, 1, 0), _MM_SHUFFLE(3, 0, 2, 1)>(doubled[2]));
 }
 #endif

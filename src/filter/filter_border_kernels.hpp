@@ -336,7 +336,8 @@ KUV_INLINE void filterColumns(const Kernel& kernel, const Images& images, ptrdif
     const ptrdiff_t end = images.width, rest = (end - begin) % blockWidth;
     const ptrdiff_t inBlocks = end - begin < blockWidth ? begin : rest > V::lanes ? end : end - rest;
     if (inBlocks > begin) filterBlocks<V, rows, vectors, order>(kernel, images, begin, inBlocks);
-    if (inBlocks < end) filterBlocks<V, rows, 1, order>(kernel, images, inBlocks > begin ? end - V::lanes : lesser(begin, end - V::lanes), end);
+    const ptrdiff_t atEnd = end - V::lanes;
+    if (inBlocks < end) filterBlocks<V, rows, 1, order>(kernel, images, inBlocks > begin ? atEnd : lesser(begin, atEnd), end);
 }
 
 // Blocks' shapes keep as many sums at work as the registers hold, and load few operands for each of them.

@@ -28,8 +28,9 @@ TileAxis tileAxis(const char* start, const ResizeAxis& axis, ptrdiff_t offset, p
 }  // namespace
 }  // namespace kuv::KUV_VARIANT
 
-KuvStatus KUV_VARIANT_FUNCTION(kuviResizeLinear_16s_C3R)(const Kuv16s* src, Kuv32s srcStep, Kuv16s* dst, Kuv32s dstStep, KuviPoint dstOffset,
-                                                         KuviSize dstSize, Kuv32u border, const Kuv16s*, const Kuv8u* spec, Kuv8u* buffer) {
+KuvStatus KUV_VARIANT_FUNCTION(kuviResizeLinear_16s_C3R)(const Kuv16s* src, Kuv32s srcStep, Kuv16s* dst, Kuv32s dstStep,
+                                                         KuviPoint dstOffset, KuviSize dstSize, Kuv32u border, const Kuv16s*,
+                                                         const Kuv8u* spec, Kuv8u* buffer) {
     using namespace kuv::KUV_VARIANT;
     if (!isResizeBorder(border)) return kuvStatusBadBorder;
     if (anyNull(src, dst) || anyNull(spec, buffer)) return kuvStatusNullPtr;

@@ -323,7 +323,9 @@ private:
 
     void mix(HeldRow a, HeldRow b, BlockTarget target) const {
         ptrdiff_t i = 0;
-        for (; i + blockColumns <= count_; i += blockColumns) mixBlock(a.blocks + 3 * i, b.blocks + 3 * i, {target.to + 3 * i, target.fraction});
+        for (; i + blockColumns <= count_; i += blockColumns) {
+            mixBlock(a.blocks + 3 * i, b.blocks + 3 * i, {target.to + 3 * i, target.fraction});
+        }
         if (i == count_) return;
         Kuv16s out[blockSamples];
         mixBlock(a.tail, b.tail, {out, target.fraction});
