@@ -43,48 +43,16 @@ void filterInDoubles(const Kernel& kernel, const Images& images) {
     }
 }
 
-// A single sample, where there is no room for vectors.
-struct Single {
-    using Lane = Kuv32f;
-    static constexpr int lanes = 1;
-    Kuv32f raw;
-};
-
-template <class V>
-KUV_INLINE V loadLanes(const Kuv32f* from) {
-    if constexpr (V::lanes == 1) return {loadSample(from)};
-    else return load<V>(from);
-}
-template <class V>
-KUV_INLINE void storeLanes(Kuv32f* to, V value) {
-    if constexpr (V::lanes == 1) storeSample(to, value.raw);
-    else store(to, value);
-}
-template <class V>
-KUV_INLINE V fillLanes(Kuv32f value) {
-    if constexpr (V::lanes == 1) return {value};
-    else return fill<V>(value);
-}
-template <class V>
-KUV_INLINE V sumOf(V a, V b) {
-    if constexpr (V::lanes == 1) return {a.raw + b.raw};
-    else return add(a, b);
-}
-
-template <class V>
-KUV_INLINE V product(V a, V b) {
-    if constexpr (V::lanes == 1) return {a.raw * b.raw};
-    else return multiply(a, b);
-}
-
 // sum + a * b, of a single sample rounded as of all others.
-template <class V>
-KUV_INLINE V sumWithProduct(V sum, V a, V b) {
-    if constexpr (V::lanes > 1) return plusProduct(a, b, sum);
+template <int bytes>
+KUV_INLINE Vector<Kuv32f, bytes> sumWithProduct(Vector<Kuv32f, bytes> sum, Vector<Kuv32f, bytes> a, Vector<Kuv32f, bytes> b) {
+    return plusProduct(a, b, sum);
+}
+KUV_INLINE Kuv32f sumWithProduct(Kuv32f sum, Kuv32f a, Kuv32f b) {
 #ifdef __FMA__
-    else return {__builtin_fmaf(a.raw, b.raw, sum.raw)};
+    return __builtin_fmaf(a, b, sum);
 #else
-    else return {sum.raw + a.raw * b.raw};
+    return sum + a * b;
 #endif
 }
 
@@ -107,14 +75,17 @@ enum class Order {
 // block's rows that it counts in.
 template <class V, int rows, int vectors, Order order>
 class Block {
-public:
-    static constexpr int width = vectors * V::lanes;
+    using Lanes = LanesOf<V>;
+    static constexpr int lanes = Lanes::count;
 
-    KUV_INLINE void add(const Part& part, const Kuv32f* src, ptrdiff_t srcStep) {
+public:
+    static constexpr int width = vectors * lanes;
+
+    KUV_INLINE void addPart(const Part& part, const Kuv32f* src, ptrdiff_t srcStep) {
 #pragma GCC unroll 8
         for (int r = 0; r < rows; ++r) {
 #pragma GCC unroll 8
-            for (int v = 0; v < vectors; ++v) sums_[r][v] = fillLanes<V>(-0.0f);
+            for (int v = 0; v < vectors; ++v) sums_[r][v] = Lanes::all(-0.0f);
         }
         // The part's first rows reach the block's first rows only, its last rows the last ones.
         static_assert(rows <= 3);
@@ -132,12 +103,12 @@ public:
 
     // Adds the products of a single coefficient.
     KUV_INLINE void addProducts(Kuv32f coefficient, const Kuv32f* src, ptrdiff_t srcStep) {
-        const V factor = fillLanes<V>(coefficient);
+        const V factor = Lanes::all(coefficient);
 #pragma GCC unroll 8
         for (int r = 0; r < rows; ++r) {
             const Kuv32f* const from = rowAt(src, srcStep, r);
 #pragma GCC unroll 8
-            for (int v = 0; v < vectors; ++v) sums_[r][v] = sumOf(sums_[r][v], product(factor, loadLanes<V>(from + v * V::lanes)));
+            for (int v = 0; v < vectors; ++v) sums_[r][v] = add(sums_[r][v], multiply(factor, Lanes::from(from + v * lanes)));
         }
     }
 
@@ -148,14 +119,14 @@ public:
             const Kuv32f* const from = rowAt(src, srcStep, r);
             V more[vectors];
 #pragma GCC unroll 8
-            for (int v = 0; v < vectors; ++v) more[v] = fillLanes<V>(-0.0f);
+            for (int v = 0; v < vectors; ++v) more[v] = Lanes::all(-0.0f);
             for (ptrdiff_t i = 0; i < part.columns; ++i) {
-                const V coefficient = fillLanes<V>(part.first[-i]);
+                const V coefficient = Lanes::all(part.first[-i]);
 #pragma GCC unroll 8
-                for (int v = 0; v < vectors; ++v) more[v] = sumWithProduct(more[v], coefficient, loadLanes<V>(from + i + v * V::lanes));
+                for (int v = 0; v < vectors; ++v) more[v] = sumWithProduct(more[v], coefficient, Lanes::from(from + i + v * lanes));
             }
 #pragma GCC unroll 8
-            for (int v = 0; v < vectors; ++v) sums_[r][v] = sumOf(sums_[r][v], more[v]);
+            for (int v = 0; v < vectors; ++v) sums_[r][v] = add(sums_[r][v], more[v]);
         }
     }
 
@@ -165,8 +136,8 @@ public:
             Kuv32f* const to = rowAt(dst, dstStep, r);
 #pragma GCC unroll 8
             for (int v = 0; v < vectors; ++v) {
-                Kuv32f* const at = to + v * V::lanes;
-                storeLanes(at, adding ? sumOf(loadLanes<V>(at), sums_[r][v]) : sums_[r][v]);
+                Kuv32f* const at = to + v * lanes;
+                Lanes::to(at, adding ? add(Lanes::from(at), sums_[r][v]) : sums_[r][v]);
             }
         }
     }
@@ -186,7 +157,7 @@ private:
 #pragma GCC unroll 8
             for (int r = first; r <= last; ++r) {
 #pragma GCC unroll 8
-                for (int v = 0; v < vectors; ++v) even[r][v] = odd[r][v] = fillLanes<V>(-0.0f);
+                for (int v = 0; v < vectors; ++v) even[r][v] = odd[r][v] = Lanes::all(-0.0f);
             }
             ptrdiff_t i = 0;
             for (; i + 2 <= columns; i += 2) {
@@ -197,7 +168,7 @@ private:
 #pragma GCC unroll 8
             for (int r = first; r <= last; ++r) {
 #pragma GCC unroll 8
-                for (int v = 0; v < vectors; ++v) sums_[r][v] = sumOf(sums_[r][v], sumOf(even[r][v], odd[r][v]));
+                for (int v = 0; v < vectors; ++v) sums_[r][v] = add(sums_[r][v], add(even[r][v], odd[r][v]));
             }
         }
     }
@@ -206,10 +177,10 @@ private:
     KUV_INLINE static void addColumn(const Kuv32f* coefficients, ptrdiff_t pitch, const Kuv32f* src, V (&sums)[rows][vectors]) {
         V coefficient[rows];
 #pragma GCC unroll 8
-        for (int r = first; r <= last; ++r) coefficient[r] = fillLanes<V>(coefficients[r * pitch]);
+        for (int r = first; r <= last; ++r) coefficient[r] = Lanes::all(coefficients[r * pitch]);
 #pragma GCC unroll 8
         for (int v = 0; v < vectors; ++v) {
-            const V samples = loadLanes<V>(src + v * V::lanes);
+            const V samples = Lanes::from(src + v * lanes);
 #pragma GCC unroll 8
             for (int r = first; r <= last; ++r) sums[r][v] = sumWithProduct(sums[r][v], coefficient[r], samples);
         }
@@ -246,7 +217,7 @@ __attribute__((noinline)) void filterBlocks(const Kernel& kernel, const Images& 
             const Kuv32f* from = src + x;
             for (ptrdiff_t i = 0, j = 0;;) {
                 Sums sums;
-                sums.add(part, from, srcStep);
+                sums.addPart(part, from, srcStep);
                 if (endsInOne) {
                     sums.addProducts(*kernel.at(kh - 1, kw - 1), rowAt(src, srcStep, kh - 1) + x + kw - 1, srcStep);
                     sums.put(dst + x, images.dstStep, false);
@@ -362,8 +333,8 @@ void filterInVectors(const Kernel& kernel, const Images& images) {
             return;
         }
     }
-    if (tall) filterBlocks<Single, rows, 1, order>(kernel, images, 0, images.width);
-    else filterBlocks<Single, 1, 1, order>(kernel, images, 0, images.width);
+    if (tall) filterBlocks<Kuv32f, rows, 1, order>(kernel, images, 0, images.width);
+    else filterBlocks<Kuv32f, 1, 1, order>(kernel, images, 0, images.width);
 }
 
 // What order a region's sums have, in all of its parts.

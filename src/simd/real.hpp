@@ -1,6 +1,7 @@
 // Floating-point operations on vectors, and the same on single samples, so that an operation object is written once for both.
 #pragma once
 
+#include "core/samples.hpp"
 #include "simd/integer.hpp"
 
 namespace kuv::KUV_VARIANT {
@@ -110,6 +111,23 @@ KUV_INLINE Vector<Kuv64f, 16> whereEqual(Vector<Kuv64f, 16> value, Vector<Kuv64f
 KUV_AVX(KUV_INLINE Vector<Kuv64f, 32> whereEqual(Vector<Kuv64f, 32> value, Vector<Kuv64f, 32> a, Vector<Kuv64f, 32> b) {
     return {_mm256_and_pd(value.raw, _mm256_cmp_pd(a.raw, b.raw, _CMP_EQ_OQ))};
 })
+
+// What a vector and a single sample, as one of one lane, have in common.
+template <class T>
+struct LanesOf {
+    static constexpr int count = 1;
+    static KUV_INLINE T all(T value) { return value; }
+    static KUV_INLINE T from(const T* at) { return loadSample(at); }
+    static KUV_INLINE void to(T* at, T value) { storeSample(at, value); }
+};
+template <class T, int bytes>
+struct LanesOf<Vector<T, bytes>> {
+    using V = Vector<T, bytes>;
+    static constexpr int count = V::lanes;
+    static KUV_INLINE V all(T value) { return fill<V>(value); }
+    static KUV_INLINE V from(const T* at) { return load<V>(at); }
+    static KUV_INLINE void to(T* at, V value) { store(at, value); }
+};
 
 // Integers to single precision, rounded as the processor is told to.
 KUV_INLINE Vector<Kuv32f, 16> toReals(Vector<Kuv32s, 16> v) { return {_mm_cvtepi32_ps(v.raw)}; }

@@ -36,14 +36,6 @@ KUV_INLINE Vector<Kuv64f, bytes> limitedToWords(Vector<Kuv64f, bytes> v) {
         KUV_AVX(return {_mm256_min_pd(_mm256_max_pd(v.raw, zero.raw), most.raw)};)
     }
 }
-template <class D>
-KUV_INLINE D filled(Kuv64f value) {
-    if constexpr (std::is_same_v<D, Kuv64f>) {
-        return value;
-    } else {
-        return fill<D>(value);
-    }
-}
 
 // A straight line between two control points, of the sample.
 class Line {
@@ -58,7 +50,7 @@ public:
 
     template <class D>
     KUV_INLINE D operator()(D x) const {
-        return plusProduct(x, filled<D>(slope_), filled<D>(offset_));
+        return plusProduct(x, LanesOf<D>::all(slope_), LanesOf<D>::all(offset_));
     }
 
 private:
@@ -90,8 +82,8 @@ public:
     template <class D>
     KUV_INLINE D operator()(D d) const {
         const D square = multiply(d, d);
-        return plusProduct(d, plusProduct(filled<D>(c_), square, filled<D>(a_)),
-                           plusProduct(square, filled<D>(b_), filled<D>(half_)));
+        return plusProduct(d, plusProduct(LanesOf<D>::all(c_), square, LanesOf<D>::all(a_)),
+                           plusProduct(square, LanesOf<D>::all(b_), LanesOf<D>::all(half_)));
     }
 
 private:

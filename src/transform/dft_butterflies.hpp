@@ -25,22 +25,6 @@ KUV_INLINE Kuv32f plusProduct(Kuv32f a, Kuv32f b, Kuv32f c) { return a * b + c; 
 KUV_INLINE Kuv32f productMinus(Kuv32f a, Kuv32f b, Kuv32f c) { return a * b - c; }
 KUV_INLINE Kuv32f minusProduct(Kuv32f a, Kuv32f b, Kuv32f c) { return c - a * b; }
 
-// What a single sample and a vector have in common.
-template <class T>
-struct Samples {
-    static constexpr int count = T::lanes;
-    static KUV_INLINE T all(Kuv32f value) { return fill<T>(value); }
-    static KUV_INLINE T from(const Kuv32f* at) { return load<T>(at); }
-    static KUV_INLINE void to(Kuv32f* at, T value) { store(at, value); }
-};
-template <>
-struct Samples<Kuv32f> {
-    static constexpr int count = 1;
-    static KUV_INLINE Kuv32f all(Kuv32f value) { return value; }
-    static KUV_INLINE Kuv32f from(const Kuv32f* at) { return loadSample(at); }
-    static KUV_INLINE void to(Kuv32f* at, Kuv32f value) { storeSample(at, value); }
-};
-
 template <class T>
 KUV_INLINE void multiplyBy(T& re, T& im, T factorRe, T factorIm) {
     const T product = productMinus(re, factorRe, im * factorIm);
@@ -105,7 +89,7 @@ KUV_INLINE void oddOf(T* re, T* im) {
         re[0] = re[0] + sumRe[n];
         im[0] = im[0] + sumIm[n];
     }
-    using All = Samples<T>;
+    using All = LanesOf<T>;
 #pragma GCC unroll 8
     for (int k = 1; k <= pairs; ++k) {
         const auto root = [k](int n) { return roots.of[k * (n + 1) % length]; };
@@ -155,7 +139,7 @@ constexpr Kuv32f halfRoot = 0.70710677f;
 
 template <class T>
 KUV_INLINE void eightOf(T* re, T* im) {
-    const T c = Samples<T>::all(halfRoot);
+    const T c = LanesOf<T>::all(halfRoot);
     fourOf<2>(re, im);
     fourOf<2>(re + 1, im + 1);
     const T sum1 = re[3] + im[3], difference1 = im[3] - re[3], sum3 = re[7] + im[7], difference3 = im[7] - re[7];
@@ -188,7 +172,7 @@ KUV_INLINE void sixteenOf(T* re, T* im) {
         fourOf<4>(re + a, im + a);
 #pragma GCC unroll 4
         for (int k = 1; a > 0 && k < 4; ++k) {
-            multiplyBy(re[a + 4 * k], im[a + 4 * k], Samples<T>::all(roots.of[a * k].re), Samples<T>::all(roots.of[a * k].im));
+            multiplyBy(re[a + 4 * k], im[a + 4 * k], LanesOf<T>::all(roots.of[a * k].re), LanesOf<T>::all(roots.of[a * k].im));
         }
     }
 #pragma GCC unroll 4

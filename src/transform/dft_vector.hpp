@@ -201,10 +201,10 @@ KUV_INLINE void multiplyPlanes(Planes src, const Kuv32f* factors, ptrdiff_t plan
     constexpr ptrdiff_t lanes = Wide::lanes;
     const auto multiplyAt = [&](ptrdiff_t i, auto one) {
         using T = decltype(one);
-        T re = Samples<T>::from(src.re + i), im = Samples<T>::from(src.im + i);
-        multiplyBy(re, im, Samples<T>::from(factors + i), Samples<T>::from(factors + plane + i));
-        Samples<T>::to(dst.re + i, re);
-        Samples<T>::to(dst.im + i, im);
+        T re = LanesOf<T>::from(src.re + i), im = LanesOf<T>::from(src.im + i);
+        multiplyBy(re, im, LanesOf<T>::from(factors + i), LanesOf<T>::from(factors + plane + i));
+        LanesOf<T>::to(dst.re + i, re);
+        LanesOf<T>::to(dst.im + i, im);
     };
     ptrdiff_t i = 0;
     for (; i + lanes <= count; i += lanes) multiplyAt(i, Wide{});

@@ -13,15 +13,15 @@ template <int radix, class T>
 KUV_INLINE void loadValues(Planes src, ptrdiff_t distance, T* re, T* im) {
 #pragma GCC unroll 16
     for (int j = 0; j < radix; ++j) {
-        re[j] = Samples<T>::from(src.re + j * distance);
-        im[j] = Samples<T>::from(src.im + j * distance);
+        re[j] = LanesOf<T>::from(src.re + j * distance);
+        im[j] = LanesOf<T>::from(src.im + j * distance);
     }
 }
 
 // Transforms that lie side by side: `stride` is at least the number of T's lanes. A last vector may overlap the one before it.
 template <int radix, class T, bool twiddled>
 KUV_INLINE void passAlong(Planes src, Planes dst, ptrdiff_t count, ptrdiff_t stride, const Kuv32f* twiddles) {
-    constexpr ptrdiff_t lanes = Samples<T>::count;
+    constexpr ptrdiff_t lanes = LanesOf<T>::count;
     for (ptrdiff_t p = 0; p < count; ++p, twiddles += 2 * (radix - 1)) {
         const Planes from = src.from(p * stride), to = dst.from(p * radix * stride);
         for (ptrdiff_t q = 0;;) {
@@ -31,9 +31,9 @@ KUV_INLINE void passAlong(Planes src, Planes dst, ptrdiff_t count, ptrdiff_t str
 #pragma GCC unroll 16
             for (int j = 0; j < radix; ++j) {
                 if (twiddled && j > 0)
-                    multiplyBy(re[j], im[j], Samples<T>::all(twiddles[2 * j - 2]), Samples<T>::all(twiddles[2 * j - 1]));
-                Samples<T>::to(to.re + q + j * stride, re[j]);
-                Samples<T>::to(to.im + q + j * stride, im[j]);
+                    multiplyBy(re[j], im[j], LanesOf<T>::all(twiddles[2 * j - 2]), LanesOf<T>::all(twiddles[2 * j - 1]));
+                LanesOf<T>::to(to.re + q + j * stride, re[j]);
+                LanesOf<T>::to(to.im + q + j * stride, im[j]);
             }
             if (q + lanes >= stride) break;
             q = q + 2 * lanes <= stride ? q + lanes : stride - lanes;
@@ -87,10 +87,10 @@ KUV_INLINE void storeLanes(Kuv32f* to, T* values) {
     if constexpr (radix % 4 == 0) {
         storeAcross<radix>(to, values);
     } else {
-        constexpr int lanes = Samples<T>::count;
+        constexpr int lanes = LanesOf<T>::count;
         Kuv32f samples[radix][lanes];
 #pragma GCC unroll 16
-        for (int j = 0; j < radix; ++j) Samples<T>::to(samples[j], values[j]);
+        for (int j = 0; j < radix; ++j) LanesOf<T>::to(samples[j], values[j]);
         for (int lane = 0; lane < lanes; ++lane) {
 #pragma GCC unroll 16
             for (int j = 0; j < radix; ++j) storeSample(to + lane * radix + j, samples[j][lane]);
@@ -102,7 +102,7 @@ KUV_INLINE void storeLanes(Kuv32f* to, T* values) {
 // vectors are full, else in planes.
 template <int radix, class T, bool full>
 KUV_INLINE void passAcross(Planes src, Planes dst, ptrdiff_t count, const Kuv32f* twiddles) {
-    constexpr ptrdiff_t lanes = Samples<T>::count;
+    constexpr ptrdiff_t lanes = LanesOf<T>::count;
     for (ptrdiff_t p = 0;;) {
         T re[radix], im[radix];
         loadValues<radix>(src.from(p), count, re, im);
@@ -111,8 +111,8 @@ KUV_INLINE void passAcross(Planes src, Planes dst, ptrdiff_t count, const Kuv32f
         const ptrdiff_t plane = full ? lanes : count;
 #pragma GCC unroll 16
         for (int j = 1; j < radix; ++j) {
-            multiplyBy(re[j], im[j], Samples<T>::from(factors + (2 * j - 2) * plane),
-                       Samples<T>::from(factors + (2 * j - 1) * plane));
+            multiplyBy(re[j], im[j], LanesOf<T>::from(factors + (2 * j - 2) * plane),
+                       LanesOf<T>::from(factors + (2 * j - 1) * plane));
         }
         storeLanes<radix>(dst.re + radix * p, re);
         storeLanes<radix>(dst.im + radix * p, im);
@@ -127,7 +127,7 @@ constexpr ptrdiff_t tile = 16;
 template <int radix, int second, class T, bool twiddled>
 void passPairAlong(Planes src, Planes dst, ptrdiff_t count, ptrdiff_t stride, const Kuv32f* factors,
                    const Kuv32f* secondFactors) {
-    constexpr int lanes = Samples<T>::count;
+    constexpr int lanes = LanesOf<T>::count;
     alignas(64) Kuv32f between[2][radix * second * tile];
     const auto at = [&](ptrdiff_t i) { return Planes{between[0] + i * tile, between[1] + i * tile}; };
     for (ptrdiff_t p = 0; p < count; ++p, secondFactors += 2 * (second - 1)) {
@@ -141,10 +141,10 @@ void passPairAlong(Planes src, Planes dst, ptrdiff_t count, ptrdiff_t stride, co
                     transform<radix, 1>(re, im);
 #pragma GCC unroll 8
                     for (int k = 0; k < radix; ++k) {
-                        if (k > 0) multiplyBy(re[k], im[k], Samples<T>::all(own[2 * k - 2]), Samples<T>::all(own[2 * k - 1]));
+                        if (k > 0) multiplyBy(re[k], im[k], LanesOf<T>::all(own[2 * k - 2]), LanesOf<T>::all(own[2 * k - 1]));
                         const Planes to = at(k * second + j);
-                        Samples<T>::to(to.re + h, re[k]);
-                        Samples<T>::to(to.im + h, im[k]);
+                        LanesOf<T>::to(to.re + h, re[k]);
+                        LanesOf<T>::to(to.im + h, im[k]);
                     }
                 }
             }
@@ -157,11 +157,11 @@ void passPairAlong(Planes src, Planes dst, ptrdiff_t count, ptrdiff_t stride, co
 #pragma GCC unroll 8
                     for (int j = 0; j < second; ++j) {
                         if (twiddled && j > 0) {
-                            multiplyBy(re[j], im[j], Samples<T>::all(secondFactors[2 * j - 2]),
-                                       Samples<T>::all(secondFactors[2 * j - 1]));
+                            multiplyBy(re[j], im[j], LanesOf<T>::all(secondFactors[2 * j - 2]),
+                                       LanesOf<T>::all(secondFactors[2 * j - 1]));
                         }
-                        Samples<T>::to(to.re + h + stride * radix * j, re[j]);
-                        Samples<T>::to(to.im + h + stride * radix * j, im[j]);
+                        LanesOf<T>::to(to.re + h + stride * radix * j, re[j]);
+                        LanesOf<T>::to(to.im + h + stride * radix * j, im[j]);
                     }
                 }
             }
@@ -172,7 +172,7 @@ void passPairAlong(Planes src, Planes dst, ptrdiff_t count, ptrdiff_t stride, co
 // The first two passes; `count` is a multiple of the tile, the first radix of the lanes.
 template <int radix, int second, class T>
 void passPairAcross(Planes src, Planes dst, ptrdiff_t count, const Kuv32f* factors, const Kuv32f* secondFactors) {
-    constexpr int lanes = Samples<T>::count;
+    constexpr int lanes = LanesOf<T>::count;
     alignas(64) Kuv32f between[2][radix * second * tile];
     for (ptrdiff_t p = 0; p < count; p += tile) {
         for (ptrdiff_t j = 0; j < second; ++j) {
@@ -184,8 +184,8 @@ void passPairAcross(Planes src, Planes dst, ptrdiff_t count, const Kuv32f* facto
                 transform<radix, 1>(re, im);
 #pragma GCC unroll 8
                 for (int k = 1; k < radix; ++k) {
-                    multiplyBy(re[k], im[k], Samples<T>::from(own + (2 * k - 2) * lanes),
-                               Samples<T>::from(own + (2 * k - 1) * lanes));
+                    multiplyBy(re[k], im[k], LanesOf<T>::from(own + (2 * k - 2) * lanes),
+                               LanesOf<T>::from(own + (2 * k - 1) * lanes));
                 }
                 storeLanes<radix>(between[0] + (j * tile + h) * radix, re);
                 storeLanes<radix>(between[1] + (j * tile + h) * radix, im);
@@ -200,10 +200,10 @@ void passPairAcross(Planes src, Planes dst, ptrdiff_t count, const Kuv32f* facto
 #pragma GCC unroll 8
                 for (int k = 0; k < second; ++k) {
                     if (k > 0)
-                        multiplyBy(re[k], im[k], Samples<T>::all(secondFactors[2 * k - 2]),
-                                   Samples<T>::all(secondFactors[2 * k - 1]));
-                    Samples<T>::to(to.re + h + radix * k, re[k]);
-                    Samples<T>::to(to.im + h + radix * k, im[k]);
+                        multiplyBy(re[k], im[k], LanesOf<T>::all(secondFactors[2 * k - 2]),
+                                   LanesOf<T>::all(secondFactors[2 * k - 1]));
+                    LanesOf<T>::to(to.re + h + radix * k, re[k]);
+                    LanesOf<T>::to(to.im + h + radix * k, im[k]);
                 }
             }
         }
@@ -216,8 +216,8 @@ template <class T>
 __attribute__((noinline)) void passOdd(Kuv32f* srcRe, Kuv32f* srcIm, Kuv32f* dstRe, Kuv32f* dstIm, ptrdiff_t radix,
                                        ptrdiff_t count, ptrdiff_t stride, const Kuv32f* twiddles, const Kuv32f* roots) {
     const Planes src = {srcRe, srcIm}, dst = {dstRe, dstIm};
-    constexpr ptrdiff_t lanes = Samples<T>::count;
-    using All = Samples<T>;
+    constexpr ptrdiff_t lanes = LanesOf<T>::count;
+    using All = LanesOf<T>;
     const ptrdiff_t distance = count * stride;
     T folded[4 * mostPairs];
     for (ptrdiff_t p = 0; p < count; ++p, twiddles += 2 * (radix - 1)) {
