@@ -287,7 +287,7 @@ const std::map<std::string, Reference>& references() {
         }},
         {"as Kuv8u", binary<Kuv8u>([](auto a, auto) { return a; })},
         {"fill Kuv8u", filled<Kuv8u>()}, {"fill Kuv16s", filled<Kuv16s>()}, {"fill Kuv32s", filled<Kuv32s>()},
-        {"fill Kuv64u", filled<Kuv64u>()},
+        {"fill Kuv64u", filled<Kuv64u>()}, {"fillPairs Kuv16s", filled<Kuv32s>()},
         {"add Kuv8s", sum<Kuv8s>()}, {"add Kuv16s", sum<Kuv16s>()}, {"add Kuv32s", sum<Kuv32s>()},
         {"add Kuv64u", ofLongs([](Kuv64u a, Kuv64u b) { return a + b; })},
         {"sumsOfEight Kuv8u", sumsOf<Kuv8u>()}, {"sumsOfTwo Kuv32u", sumsOf<Kuv32u>()},

@@ -108,6 +108,8 @@ constexpr SimdOperation operations[] = {
     BINARY(multiplyLow, Kuv16s) BINARY(multiplyLow, Kuv16u) BINARY(multiplyLow, Kuv32s)
     BINARY(multiplyHigh, Kuv16s) BINARY(multiplyHigh, Kuv16u) BINARY(multiplyRounded, Kuv16s)
     BINARY(multiplyAddPairs, Kuv16s)
+    OPERATION("fillPairs", Kuv16s,
+              fillPairs<V>(loadSample(reinterpret_cast<const Kuv16s*>(first)), loadSample(reinterpret_cast<const Kuv16s*>(first) + 1)))
     // Weights from -64 to 63: the sum must fit.
     OPERATION("multiplyAddPairs", Kuv8u,
               multiplyAddPairs(a, sub(as<Kuv8s>(bitAnd(b, fill<V>(0x7F))), as<Kuv8s>(fill<V>(64)))))

@@ -115,7 +115,9 @@ struct DemosaicSamples<Vector<Kuv16u, bytes>> {
             Signed pair, single;
             KUV_INLINE Weights(const ColourWeights& w, Colour low, Colour high, Colour one)
                 : pair(both(w.*low, w.*high)), single(both(w.*one, conversionRounding)) {}
-            static KUV_INLINE Signed both(int low, int high) { return as<Kuv16s>(fill<Wide>((low & 0xFFFF) | high * 65536)); }
+            static KUV_INLINE Signed both(int low, int high) {
+                return fillPairs<Signed>(static_cast<Kuv16s>(low), static_cast<Kuv16s>(high));
+            }
         };
         Weights y_, u_, v_;
     };

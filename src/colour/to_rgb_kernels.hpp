@@ -36,8 +36,7 @@ KUV_INLINE void exactWords(Vector<Kuv8u, 16> packed, Vector<Kuv16s, 16>& red, Ve
     using Words = Vector<Kuv16s, 16>;
     using Sums = Vector<Kuv32s, 16>;
     const auto weighted = [](Words pairs, Kuv32s first, Kuv32s second) {
-        const Sums weights = fill<Sums>(static_cast<Kuv32s>((first & 0xFFFF) | static_cast<Kuv32u>(second) << 16));
-        return multiplyAddPairs(pairs, as<Kuv16s>(weights));
+        return multiplyAddPairs(pairs, fillPairs<Words>(static_cast<Kuv16s>(first), static_cast<Kuv16s>(second)));
     };
     const Words chroma = bitAnd(as<Kuv16s>(packed), fill<Words>(0xFF));               // Cb, Cr
     const Words luma = as<Kuv16s>(shiftRight<8>(as<Kuv16u>(packed)));                 // of the even and of the odd pixel
@@ -76,9 +75,6 @@ KUV_INLINE void quickWords(Vector<Kuv8u, bytes> packed, Vector<Kuv16s, bytes>& r
                            Vector<Kuv16s, bytes>& blueRed) {
     using Bytes = Vector<Kuv8u, bytes>;
     using Words = Vector<Kuv16s, bytes>;
-    const auto pairs = [](Kuv32s first, Kuv32s second) {
-        return as<Kuv16s>(fill<Vector<Kuv32s, bytes>>(static_cast<Kuv32s>((first & 0xFFFF) | static_cast<Kuv32u>(second) << 16)));
-    };
     const auto exchanged = [](Words v) {
         alignas(16) static constexpr Kuv8u order[16] = {2, 3, 0, 1, 6, 7, 4, 5, 10, 11, 8, 9, 14, 15, 12, 13};
         return as<Kuv16s>(shuffleBytes(as<Kuv8u>(v), loadParts<Bytes>(order, 0)));
@@ -87,7 +83,8 @@ KUV_INLINE void quickWords(Vector<Kuv8u, bytes> packed, Vector<Kuv16s, bytes>& r
     const Words luma = add(multiplyAddPairs(packed, as<Kuv8s>(fill<Words>(-128 * 256))), fill<Words>(16 << 7));
     const Words chroma = add(multiplyAddPairs(packed, as<Kuv8s>(fill<Words>(0x80))), fill<Words>(128 << 7));
     const Words y = multiplyHigh(luma, fill<Words>(-4769)), eighth = fill<Words>(4096);
-    const Words terms = multiplyHigh(chroma, pairs(-8263, -6537)), greens = multiplyHigh(chroma, pairs(-1605, -3330));
+    const Words terms = multiplyHigh(chroma, fillPairs<Words>(-8263, -6537)),
+                greens = multiplyHigh(chroma, fillPairs<Words>(-1605, -3330));
     redBlue = multiplyRounded(add(y, exchanged(terms)), eighth);
     blueRed = multiplyRounded(add(y, terms), eighth);
     green = multiplyRounded(sub(y, add(greens, exchanged(greens))), eighth);

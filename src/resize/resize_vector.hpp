@@ -135,7 +135,7 @@ KUV_INLINE void interpolateColumns(const char* row, ColumnPlan plan, int first, 
         return load<FourReals>(plan.fractions + 2 * lane + first);
     });
     const Reals each[3] = {shuffledReals<0x40>(fractions), shuffledReals<0xA5>(fractions), shuffledReals<0xFE>(fractions)};
-    const Samples ofPixel = as<Kuv16s>(fill<Pairs>(0x00000001)), difference = as<Kuv16s>(fill<Pairs>(0x0001FFFF));
+    const Samples ofPixel = fillPairs<Samples>(1, 0), difference = fillPairs<Samples>(-1, 1);
 #pragma GCC unroll 3
     for (int i = 0; i < 3; ++i) {
         const Samples pair = as<Kuv16s>(pairs[i]);

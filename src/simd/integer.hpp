@@ -43,6 +43,13 @@ KUV_BINARY(multiplyHigh, Kuv16u, Kuv16u, mulhi_epu16)
 // Lane i of the result: a[2i] * b[2i] + a[2i + 1] * b[2i + 1].
 KUV_BINARY(multiplyAddPairs, Kuv16s, Kuv32s, madd_epi16)
 
+// Two words in turn, as such products take them.
+template <class V>
+KUV_INLINE V fillPairs(Kuv16s first, Kuv16s second) {
+    const Kuv32u pair = static_cast<Kuv16u>(first) | static_cast<Kuv32u>(second) << 16;
+    return as<Kuv16s>(fill<Vector<Kuv32s, V::bytes>>(static_cast<Kuv32s>(pair)));
+}
+
 // Comparisons give all ones or all zeros.
 KUV_BINARY(equal, Kuv8u, Kuv8u, cmpeq_epi8)
 KUV_BINARY(equal, Kuv8s, Kuv8s, cmpeq_epi8)

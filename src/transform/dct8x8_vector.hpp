@@ -81,7 +81,7 @@ KUV_INLINE Twin<Words> rowsOf(const Twin<V>& first, const Twin<V>& second) {
 
 // Pairs times factors.
 KUV_INLINE Twin<Sums> products(const Twin<Words>& pairs, Kuv16s first, Kuv16s second) {
-    const auto factors = as<Kuv16s>(fill<Sums>(static_cast<Kuv32s>(static_cast<Kuv32u>(second) << 16 | static_cast<Kuv16u>(first))));
+    const auto factors = fillPairs<Words>(first, second);
     return eachPart([factors](Words p) { return multiplyAddPairs(p, factors); }, pairs);
 }
 
