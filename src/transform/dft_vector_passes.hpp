@@ -18,6 +18,27 @@ KUV_INLINE void loadValues(Planes src, ptrdiff_t distance, T* re, T* im) {
     }
 }
 
+// If `twiddled`, all but the first times a factor.
+template <int radix, bool twiddled, class T>
+KUV_INLINE void storeValues(Planes dst, ptrdiff_t distance, T* re, T* im, [[maybe_unused]] const Kuv32f* factors) {
+    using All = LanesOf<T>;
+#pragma GCC unroll 16
+    for (int j = 0; j < radix; ++j) {
+        if (twiddled && j > 0) multiplyBy(re[j], im[j], All::all(factors[2 * j - 2]), All::all(factors[2 * j - 1]));
+        All::to(dst.re + j * distance, re[j]);
+        All::to(dst.im + j * distance, im[j]);
+    }
+}
+
+// All but the first times a factor in each lane; those are `distance` apart.
+template <int radix, class T>
+KUV_INLINE void multiplyValues(T* re, T* im, const Kuv32f* factors, ptrdiff_t distance) {
+#pragma GCC unroll 16
+    for (int j = 1; j < radix; ++j) {
+        multiplyBy(re[j], im[j], LanesOf<T>::from(factors + (2 * j - 2) * distance), LanesOf<T>::from(factors + (2 * j - 1) * distance));
+    }
+}
+
 // Transforms that lie side by side: `stride` is at least the number of T's lanes. A last vector may overlap the one before it.
 template <int radix, class T, bool twiddled>
 KUV_INLINE void passAlong(Planes src, Planes dst, ptrdiff_t count, ptrdiff_t stride, const Kuv32f* twiddles) {
@@ -28,13 +49,7 @@ KUV_INLINE void passAlong(Planes src, Planes dst, ptrdiff_t count, ptrdiff_t str
             T re[radix], im[radix];
             loadValues<radix>(from.from(q), count * stride, re, im);
             transform<radix, 1>(re, im);
-#pragma GCC unroll 16
-            for (int j = 0; j < radix; ++j) {
-                if (twiddled && j > 0)
-                    multiplyBy(re[j], im[j], LanesOf<T>::all(twiddles[2 * j - 2]), LanesOf<T>::all(twiddles[2 * j - 1]));
-                LanesOf<T>::to(to.re + q + j * stride, re[j]);
-                LanesOf<T>::to(to.im + q + j * stride, im[j]);
-            }
+            storeValues<radix, twiddled>(to.from(q), stride, re, im, twiddles);
             if (q + lanes >= stride) break;
             q = q + 2 * lanes <= stride ? q + lanes : stride - lanes;
         }
@@ -109,11 +124,7 @@ KUV_INLINE void passAcross(Planes src, Planes dst, ptrdiff_t count, const Kuv32f
         transform<radix, 1>(re, im);
         const Kuv32f* const factors = twiddles + (full ? 2 * (radix - 1) * p : p);
         const ptrdiff_t plane = full ? lanes : count;
-#pragma GCC unroll 16
-        for (int j = 1; j < radix; ++j) {
-            multiplyBy(re[j], im[j], LanesOf<T>::from(factors + (2 * j - 2) * plane),
-                       LanesOf<T>::from(factors + (2 * j - 1) * plane));
-        }
+        multiplyValues<radix>(re, im, factors, plane);
         storeLanes<radix>(dst.re + radix * p, re);
         storeLanes<radix>(dst.im + radix * p, im);
         if (p + lanes >= count) break;
@@ -139,13 +150,7 @@ void passPairAlong(Planes src, Planes dst, ptrdiff_t count, ptrdiff_t stride, co
                     T re[radix], im[radix];
                     loadValues<radix>(src.from(q + h + stride * from), count * second * stride, re, im);
                     transform<radix, 1>(re, im);
-#pragma GCC unroll 8
-                    for (int k = 0; k < radix; ++k) {
-                        if (k > 0) multiplyBy(re[k], im[k], LanesOf<T>::all(own[2 * k - 2]), LanesOf<T>::all(own[2 * k - 1]));
-                        const Planes to = at(k * second + j);
-                        LanesOf<T>::to(to.re + h, re[k]);
-                        LanesOf<T>::to(to.im + h, im[k]);
-                    }
+                    storeValues<radix, true>(at(j).from(h), second * tile, re, im, own);
                 }
             }
             for (int k = 0; k < radix; ++k) {
@@ -154,15 +159,7 @@ void passPairAlong(Planes src, Planes dst, ptrdiff_t count, ptrdiff_t stride, co
                     T re[second], im[second];
                     loadValues<second>(at(k * second).from(h), tile, re, im);
                     transform<second, 1>(re, im);
-#pragma GCC unroll 8
-                    for (int j = 0; j < second; ++j) {
-                        if (twiddled && j > 0) {
-                            multiplyBy(re[j], im[j], LanesOf<T>::all(secondFactors[2 * j - 2]),
-                                       LanesOf<T>::all(secondFactors[2 * j - 1]));
-                        }
-                        LanesOf<T>::to(to.re + h + stride * radix * j, re[j]);
-                        LanesOf<T>::to(to.im + h + stride * radix * j, im[j]);
-                    }
+                    storeValues<second, twiddled>(to.from(h), stride * radix, re, im, secondFactors);
                 }
             }
         }
@@ -182,11 +179,7 @@ void passPairAcross(Planes src, Planes dst, ptrdiff_t count, const Kuv32f* facto
                 T re[radix], im[radix];
                 loadValues<radix>(src.from(from), count * second, re, im);
                 transform<radix, 1>(re, im);
-#pragma GCC unroll 8
-                for (int k = 1; k < radix; ++k) {
-                    multiplyBy(re[k], im[k], LanesOf<T>::from(own + (2 * k - 2) * lanes),
-                               LanesOf<T>::from(own + (2 * k - 1) * lanes));
-                }
+                multiplyValues<radix>(re, im, own, lanes);
                 storeLanes<radix>(between[0] + (j * tile + h) * radix, re);
                 storeLanes<radix>(between[1] + (j * tile + h) * radix, im);
             }
@@ -197,14 +190,7 @@ void passPairAcross(Planes src, Planes dst, ptrdiff_t count, const Kuv32f* facto
                 T re[second], im[second];
                 loadValues<second>({between[0] + lane * radix + h, between[1] + lane * radix + h}, tile * radix, re, im);
                 transform<second, 1>(re, im);
-#pragma GCC unroll 8
-                for (int k = 0; k < second; ++k) {
-                    if (k > 0)
-                        multiplyBy(re[k], im[k], LanesOf<T>::all(secondFactors[2 * k - 2]),
-                                   LanesOf<T>::all(secondFactors[2 * k - 1]));
-                    LanesOf<T>::to(to.re + h + radix * k, re[k]);
-                    LanesOf<T>::to(to.im + h + radix * k, im[k]);
-                }
+                storeValues<second, true>(to.from(h), radix, re, im, secondFactors);
             }
         }
     }
