@@ -50,9 +50,7 @@ void fillTwist(const SineTable& sines, int columns, int rows, Kuv32f* table) {
                 table[0] = root.re;
                 table[1] = root.im;
             }
-            Kuv64s bit = side / 2;
-            for (; reversed & bit; bit /= 2) reversed ^= bit;
-            reversed |= bit;
+            reversed = nextReversed(reversed, side);
         }
     }
 }

@@ -9,6 +9,14 @@ namespace {
 
 // ---- Tables
 
+// The number that, its bits reversed, is one more than `number` is; of numbers below `count`, a power of two.
+template <class Integer>
+KUV_INLINE Integer nextReversed(Integer number, Integer count) {
+    Integer bit = count / 2;
+    for (; number & bit; bit /= 2) number ^= bit;
+    return number | bit;
+}
+
 // Pairs of indices of the bits between the first and the last that change places, a 0, those that stay, a 0; all times 4.
 void fillBitReversal(int order, Kuv32s* table) {
     const Kuv32s count = 1 << (order - 2);
@@ -16,9 +24,7 @@ void fillBitReversal(int order, Kuv32s* table) {
     Kuv32s* own = table + count;
     *own = 0;
     for (Kuv32s i = 1, j = 0; i < count; ++i) {
-        Kuv32s bit = count / 2;
-        for (; j & bit; bit /= 2) j ^= bit;
-        j |= bit;
+        j = nextReversed(j, count);
         if (i < j) {
             *pairs++ = 4 * i;
             *pairs++ = 4 * j;
@@ -86,6 +92,18 @@ KUV_INLINE void join(Points<step> points, ptrdiff_t span, Root x0, Root x2, Root
 KUV_INLINE Root rootAt(const Kuv32f* table) { return {table[0], table[1]}; }
 KUV_INLINE Root quarterTurn(Root root) { return {root.im, -root.re}; }
 
+// Two transforms of `span` points become one. Roots of a quarter of a turn stand `advance` apart.
+template <int step>
+KUV_INLINE void joinTwo(Points<step> points, ptrdiff_t span, const Kuv32f* roots, ptrdiff_t advance) {
+    const ptrdiff_t half = span / 2;
+    for (ptrdiff_t k = 0; k < span; ++k) {
+        const Root root = k < half ? rootAt(roots + advance * k) : quarterTurn(rootAt(roots + advance * (k - half)));
+        const Root even = points[k], odd = points[span + k] * root;
+        points.set(k, even + odd);
+        points.set(span + k, even - odd);
+    }
+}
+
 // The whole of a transform that fits the cache, of bit-reversed values; `triples` are those of its order.
 template <int step>
 void leafTransform(Points<step> points, int order, const Kuv32f* triples) {
@@ -108,14 +126,7 @@ void leafTransform(Points<step> points, int order, const Kuv32f* triples) {
             }
         }
     }
-    if (span == count) return;
-    for (ptrdiff_t k = 0; k < span; ++k) {
-        const Root root =
-            k < span / 2 ? rootAt(triples + tripleFloats * k) : quarterTurn(rootAt(triples + tripleFloats * (k - span / 2)));
-        const Root even = points[k], odd = points[span + k] * root;
-        points.set(k, even + odd);
-        points.set(span + k, even - odd);
-    }
+    if (span < count) joinTwo(points, span, triples, tripleFloats);
 }
 
 template <int step>
@@ -123,29 +134,18 @@ void scalePoints(Points<step> points, ptrdiff_t count, Kuv32f scale) {
     for (ptrdiff_t i = 0; i < count; ++i) points.set(i, {points[i].re * scale, points[i].im * scale});
 }
 
-// Leaves of 1024 points, and passes of radix 2 that join them.
+// Leaves, and passes of radix 2 that join them.
 template <int step>
 void joinedTransform(const void* record, Points<step> points, int order, bool scales) {
-    constexpr int leaf = 10;
-    const ptrdiff_t count = ptrdiff_t{1} << order, leafCount = ptrdiff_t{1} << leaf;
+    const ptrdiff_t count = ptrdiff_t{1} << order, leafCount = ptrdiff_t{1} << leafOrder;
     const Kuv32f* const triples = planTable<Kuv32f>(record, fft::twiddles);
     const Kuv32f* const roots = planTable<Kuv32f>(record, fft::longTwiddles);
     for (ptrdiff_t i = 0; i < count; i += leafCount) {
-        leafTransform(points.from(i), leaf, triples);
+        leafTransform(points.from(i), leafOrder, triples);
         if (scales) scalePoints(points.from(i), leafCount, planScale(record));
     }
     for (ptrdiff_t span = leafCount; span < count; span *= 2) {
-        const ptrdiff_t advance = count / span;
-        for (ptrdiff_t i = 0; i < count; i += 2 * span) {
-            for (ptrdiff_t k = 0; k < span; ++k) {
-                const ptrdiff_t half = span / 2;
-                const Root root = k < half ? rootAt(roots + advance * k) : quarterTurn(rootAt(roots + advance * (k - half)));
-                const Points<step> at = points.from(i + k);
-                const Root even = at[0], odd = at[span] * root;
-                at.set(0, even + odd);
-                at.set(span, even - odd);
-            }
-        }
+        for (ptrdiff_t i = 0; i < count; i += 2 * span) joinTwo(points.from(i), span, roots, count / span);
     }
 }
 
