@@ -101,12 +101,14 @@ KUV_INLINE Twin<Sums> rounded(const Twin<Sums>& v) {
     return eachPart([](Sums x) { return rounded<shift>(x); }, v);
 }
 
+// Of the odd samples of a row, in both directions.
+alignas(16) constexpr Kuv16s oddFactors[2][8] = {{f1, f3, f3, -f7, f5, -f1, f7, -f5}, {f5, f7, -f1, -f5, f7, f3, f3, -f1}};
+
 KUV_INLINE Words transformRow(Words x) {
     alignas(16) static constexpr Kuv16s even[2][8] = {{f0, f0, f2, f6, f0, -f0, f6, -f2}, {f0, f0, -f6, -f2, -f0, f0, f2, -f6}};
-    alignas(16) static constexpr Kuv16s odd[2][8] = {{f1, f3, f3, -f7, f5, -f1, f7, -f5}, {f5, f7, -f1, -f5, f7, f3, f3, -f1}};
     const Words reversed = reverseLanes(x), s = addSaturated(x, reversed), d = subSaturated(x, reversed);
     const Sums evens = add(products<0>(s, even[0]), products<1>(s, even[1]));
-    const Sums odds = add(products<0>(d, odd[0]), products<1>(d, odd[1]));
+    const Sums odds = add(products<0>(d, oddFactors[0]), products<1>(d, oddFactors[1]));
     return interleaveHalves(pack(rounded<Shifts::rows>(evens), rounded<Shifts::rows>(odds)));
 }
 KUV_INLINE Twin<Words> transformRows(const Twin<Words>& rows) {
@@ -129,10 +131,9 @@ KUV_INLINE void transformBlock(Kuv16s* block) {
 
 KUV_INLINE Words restoreRow(Words x) {
     alignas(16) static constexpr Kuv16s even[2][8] = {{f0, f2, f0, f6, f0, -f6, f0, -f2}, {f0, f6, -f0, -f2, -f0, f2, f0, -f6}};
-    alignas(16) static constexpr Kuv16s odd[2][8] = {{f1, f3, f3, -f7, f5, -f1, f7, -f5}, {f5, f7, -f1, -f5, f7, f3, f3, -f1}};
     const Words x02134657 = exchangeMiddle(x);
     const Sums evens = add(products<0>(x02134657, even[0]), products<2>(x02134657, even[1]));
-    const Sums odds = add(products<1>(x02134657, odd[0]), products<3>(x02134657, odd[1]));
+    const Sums odds = add(products<1>(x02134657, oddFactors[0]), products<3>(x02134657, oddFactors[1]));
     const Sums first = rounded<Shifts::inverseRows>(add(evens, odds)), last = rounded<Shifts::inverseRows>(sub(evens, odds));
     return reverseUpperHalf(pack(first, last));
 }
