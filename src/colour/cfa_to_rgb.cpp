@@ -1,6 +1,7 @@
 // Quick interpolation of Bayer mosaics: checks, clipping, and what of a row is at the image's border.
-#include "core/checks.hpp"
 #include "colour/cfa_to_rgb_kernels.hpp"
+#include "core/checks.hpp"
+#include "core/integers.hpp"
 
 namespace kuv::KUV_VARIANT {
 namespace {
@@ -60,7 +61,7 @@ private:
             pair(std::true_type{});
             pair(std::false_type{});
             rows.moveDown();
-            for (ptrdiff_t row = r < top ? top : r; row < r + 2 && row < bottom; ++row) finishRow(row, left, left + count, end);
+            for (ptrdiff_t row = larger(r, top); row < r + 2 && row < bottom; ++row) finishRow(row, left, left + count, end);
         }
     }
 
@@ -87,12 +88,11 @@ private:
         const MosaicRows<T> rows = rowsAround(r);
         T* const out = outAt(r);
         const auto reflected = [&](ptrdiff_t from, ptrdiff_t to) { reflectedColumns(rows, from, to, greenParity(r), out, colours(r)); };
-        const ptrdiff_t border = width_ - 2 < 2 ? 2 : width_ - 2;
-        const ptrdiff_t firstInside = first < 2 ? 2 : first, endInside = end < border ? end : border;
-        reflected(first, end < 2 ? end : 2);
+        const ptrdiff_t border = larger(width_ - 2, 2), firstInside = larger(first, 2), endInside = smaller(end, border);
+        reflected(first, smaller(end, 2));
         if (inRing(r)) interpolateColumns<true>(rows, firstInside, endInside, greenParity(r), out, colours(r));
         else interpolateColumns<false>(rows, firstInside, endInside, greenParity(r), out, colours(r));
-        reflected(first < border ? border : first, end);
+        reflected(larger(first, border), end);
     }
 
     KUV_INLINE void reflectedColumns(const MosaicRows<T>& rows, ptrdiff_t first, ptrdiff_t end, ptrdiff_t green, T* out,
@@ -116,8 +116,7 @@ private:
 
     // The second neighbours of border pixels are not used, but their addresses are formed: in a small image one reflection leaves it.
     static constexpr ptrdiff_t reflectInside(ptrdiff_t index, ptrdiff_t last) {
-        const ptrdiff_t inside = reflect(index, last);
-        return inside < 0 ? 0 : inside > last ? last : inside;
+        return clamped(reflect(index, last), 0, last);
     }
 
     const T* const src_;
@@ -134,15 +133,14 @@ KuvStatus interpolate(const T* src, KuviRect roi, KuviSize imageSize, Kuv32s src
     if (roi.width < 1 || roi.height < 1) return kuvStatusOk;
 
     const ptrdiff_t x = roi.x, y = roi.y, imageWidth = imageSize.width, imageHeight = imageSize.height;
-    ptrdiff_t firstColumn = x < 0 ? 0 : x, firstRow = y < 0 ? 0 : y;
-    ptrdiff_t endColumn = x + roi.width < imageWidth ? x + roi.width : imageWidth;
-    ptrdiff_t endRow = y + roi.height < imageHeight ? y + roi.height : imageHeight;
+    ptrdiff_t firstColumn = larger(x, 0), firstRow = larger(y, 0);
+    ptrdiff_t endColumn = smaller(x + roi.width, imageWidth), endRow = smaller(y + roi.height, imageHeight);
     // A region past one far edge gets the image's last column or row, before its own first one.
     if (x >= imageWidth && y >= imageHeight) return kuvStatusOk;
     if (x >= imageWidth) {
         firstColumn = imageWidth - 1;
-        if (firstRow < 2) firstRow = 2;
-        if (endRow > imageHeight - 2) endRow = imageHeight - 2;
+        firstRow = larger(firstRow, 2);
+        endRow = smaller(endRow, imageHeight - 2);
     } else if (y >= imageHeight) {
         firstRow = imageHeight - 1;
     }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "colour/bayer.hpp"
+#include "core/integers.hpp"
 
 namespace kuv::KUV_VARIANT {
 namespace {

@@ -45,13 +45,12 @@ private:
     T* colourLine(ptrdiff_t q, Colour c, Direction d) const { return line(10 + 5 * (q % 4) + 2 * (c == blue) + (d == alongRows)); }
     T* differenceLine(ptrdiff_t q) const { return line(14 + 5 * (q % 4)); }
 
-    static Kuv32s saturated(Kuv32s value) { return value < 0 ? 0 : value > maximum ? maximum : value; }
+    static Kuv32s saturated(Kuv32s value) { return clamped(value, 0, maximum); }
 
     // The mean of the nearest samples a and b, corrected by the curvature of the site's own colour, and limited to their range.
     static Kuv32s greenAt(Kuv32s site, Kuv32s a, Kuv32s b, Kuv32s p, Kuv32s q) {
         const Kuv32s estimate = ((a + b) >> 1) + ((2 * site - p - q) >> 2);
-        const Kuv32s low = a < b ? a : b, high = a < b ? b : a;
-        return estimate < low ? low : estimate > high ? high : estimate;
+        return clamped(estimate, smaller(a, b), larger(a, b));
     }
 
     // colourColumn: the parity of the positions of red or blue in this row.
@@ -128,9 +127,6 @@ private:
         const Kuv32u u = static_cast<Kuv32u>(a.u - b.u), v = static_cast<Kuv32u>(a.v - b.v);
         return {y < 0 ? -y : y, static_cast<Kuv32s>(u * u + v * v)};  // 16-bit data wrap here and compare as signed
     }
-
-    static Kuv32s larger(Kuv32s a, Kuv32s b) { return a > b ? a : b; }
-    static Kuv32s smaller(Kuv32s a, Kuv32s b) { return a < b ? a : b; }
 
     // The homogeneity difference of row q, from a window of three by three converted pixels in both directions.
     void compareDirections(ptrdiff_t q) {

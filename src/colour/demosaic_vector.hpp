@@ -31,11 +31,9 @@ struct DemosaicRestarts {
     template <class T>
     DemosaicRestarts(const DemosaicSource<T>& source, const DemosaicTarget<T>& target) {
         constexpr ptrdiff_t margin = 5;
-        const auto later = [](ptrdiff_t a, ptrdiff_t b) { return a > b ? a : b; };
-        const auto earlier = [](ptrdiff_t a, ptrdiff_t b) { return a < b ? a : b; };
-        ptrdiff_t left = later(target.x, margin), top = later(target.y, margin);
-        ptrdiff_t width = earlier(source.lastColumn + 1 - margin, target.x + target.width) - left;
-        ptrdiff_t height = earlier(source.lastRow + 1 - margin, target.y + target.height) - top;
+        ptrdiff_t left = larger(target.x, margin), top = larger(target.y, margin);
+        ptrdiff_t width = smaller(source.lastColumn + 1 - margin, target.x + target.width) - left;
+        ptrdiff_t height = smaller(source.lastRow + 1 - margin, target.y + target.height) - top;
         // The block begins on a red site and is of even size.
         const RedSite red = redSiteFrom(source.red, left, top);
         left += red.column;
@@ -45,7 +43,7 @@ struct DemosaicRestarts {
         firstRow = top;
         endRow = top + height;
         columns[0] = width >= 1 ? left : target.x;
-        columns[1] = later(left + width, target.x);
+        columns[1] = larger(left + width, target.x);
     }
 };
 

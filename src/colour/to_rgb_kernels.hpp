@@ -1,6 +1,7 @@
 // Rows of packed video and of grey samples to pixels R, G, B.
 #pragma once
 
+#include "core/integers.hpp"
 #include "simd/interleave.hpp"
 #include "simd/rows.hpp"
 
@@ -15,8 +16,7 @@ constexpr Kuv32s start = 32768 - 16 * lumaWeight;
 constexpr Kuv32s redStart = start - 128 * redCr, greenStart = start - 128 * (greenCb + greenCr), blueStart = start - 128 * blueCb;
 
 KUV_INLINE Kuv8u integerPart(Kuv32s sum) {
-    const Kuv32s value = sum >> 16;
-    return static_cast<Kuv8u>(value < 0 ? 0 : value > 255 ? 255 : value);
+    return static_cast<Kuv8u>(clamped(sum >> 16, 0, 255));
 }
 
 template <int pixels>

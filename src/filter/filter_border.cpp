@@ -1,5 +1,6 @@
 // Filters: the pixels near the border from copies with a border around them, all others straight from the source.
 #include "core/checks.hpp"
+#include "core/integers.hpp"
 #include "core/record.hpp"
 #include "filter/filter_border_extend.hpp"
 #include "filter/filter_border_kernels.hpp"
@@ -47,7 +48,7 @@ void filterWithBorder(const Images& region, Kuv32s borderType, Kuv32f constant, 
         if (columns == 0) return;
         const ptrdiff_t areaWidth = columns + kw - 1, most = rowsAtOnce(columns);
         for (ptrdiff_t done = 0; done < rows; done += most) {
-            const ptrdiff_t y = firstRow + done, count = rows - done < most ? rows - done : most;
+            const ptrdiff_t y = firstRow + done, count = smaller(rows - done, most);
             continued.copy(x - left, y - top, areaWidth, count + kh - 1, area);
             filter(kernel, order, {area, areaWidth * static_cast<ptrdiff_t>(sizeof(Kuv32f)), rowAt(region.dst, region.dstStep, y) + x,
                                    region.dstStep, columns, count});

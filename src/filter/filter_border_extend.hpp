@@ -1,6 +1,7 @@
 // Parts of an image that is continued beyond what is known of it.
 #pragma once
 
+#include "core/integers.hpp"
 #include "core/rows.hpp"
 
 namespace kuv::KUV_VARIANT {
@@ -11,7 +12,7 @@ struct Known {
     ptrdiff_t begin, end;
 
     KUV_INLINE bool has(ptrdiff_t i) const { return i >= begin && i < end; }
-    KUV_INLINE ptrdiff_t clamped(ptrdiff_t i) const { return i < begin ? begin : i >= end ? end - 1 : i; }
+    KUV_INLINE ptrdiff_t clamped(ptrdiff_t i) const { return kuv::clamped(i, begin, end - 1); }
     KUV_INLINE ptrdiff_t reflected(ptrdiff_t i) const {
         const ptrdiff_t last = end - 1 - begin, period = 2 * last;
         ptrdiff_t distance = i < begin ? begin - i : i - begin;

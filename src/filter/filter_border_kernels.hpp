@@ -1,6 +1,7 @@
 // Sums of products of a kernel's coefficients and what it covers. Sources have all that kernels reach for.
 #pragma once
 
+#include "core/integers.hpp"
 #include "simd/real.hpp"
 #include "simd/rows.hpp"
 
@@ -62,8 +63,6 @@ struct Part {
     ptrdiff_t pitch;  // to the row above it
     ptrdiff_t rows, columns;
 };
-
-constexpr ptrdiff_t lesser(ptrdiff_t a, ptrdiff_t b) { return a < b ? a : b; }
 
 // In which order products are added.
 enum class Order {
@@ -200,17 +199,17 @@ __attribute__((noinline)) void filterBlocks(const Kernel& kernel, const Images& 
     if constexpr (order == Order::byEights) {
         // From AVX on a kernel of a single row or column has two parts: as many eights as there are, and the rest.
         const auto eights = [](ptrdiff_t extent) { return extent < 8 ? extent : extent / 8 * 8; };
-        partColumns = lesser(hasAVX && kh == 1 ? eights(kw) : 8, kw);
+        partColumns = smaller(hasAVX && kh == 1 ? eights(kw) : 8, kw);
         if (hasAVX && kw == 1) partRows = eights(kh);
     }
     // What stays of a row or a column is often a single coefficient.
     const bool endsInOne = order == Order::byEights && partColumns * partRows + 1 == kw * kh;
     for (ptrdiff_t row = 0;; row += rows) {
-        const ptrdiff_t y = lesser(row, lastRow);
+        const ptrdiff_t y = smaller(row, lastRow);
         const Kuv32f* const src = rowAt(images.src, srcStep, y);
         Kuv32f* const dst = rowAt(images.dst, images.dstStep, y);
         for (ptrdiff_t column = begin;; column += Sums::width) {
-            const ptrdiff_t x = lesser(column, lastColumn);
+            const ptrdiff_t x = smaller(column, lastColumn);
             // What the next row begins with: each page of it is new to the processor.
             if constexpr (rows == 1 && vectors > 1) prefetchRow(rowAt(src, srcStep, kh) + x, Sums::width);
             Part part = {kernel.first, kw, partRows, partColumns};
@@ -225,7 +224,7 @@ __attribute__((noinline)) void filterBlocks(const Kernel& kernel, const Images& 
                 }
                 if (order == Order::byEights && kh == 1) {
                     while ((i += partColumns) < kw) {
-                        sums.addFlat({kernel.at(0, i), kw, 1, lesser(partColumns, kw - i)}, src + x + i, srcStep);
+                        sums.addFlat({kernel.at(0, i), kw, 1, smaller(partColumns, kw - i)}, src + x + i, srcStep);
                     }
                     sums.put(dst + x, images.dstStep, false);
                     break;
@@ -237,7 +236,7 @@ __attribute__((noinline)) void filterBlocks(const Kernel& kernel, const Images& 
                     j += partRows;
                     if (j >= kh) break;
                 }
-                part = {kernel.at(j, i), kw, lesser(partRows, kh - j), lesser(partColumns, kw - i)};
+                part = {kernel.at(j, i), kw, smaller(partRows, kh - j), smaller(partColumns, kw - i)};
                 from = rowAt(src, srcStep, j) + x + i;
             }
             if (x == lastColumn) break;
@@ -254,7 +253,7 @@ __attribute__((noinline)) ptrdiff_t filterFixed(const Kernel& kernel, const Imag
     const Kuv32f* const first = kernel.first;
     const ptrdiff_t columns = images.width / width * width, lastRow = images.height - rows;
     for (ptrdiff_t row = 0;; row += rows) {
-        const ptrdiff_t y = lesser(row, lastRow);
+        const ptrdiff_t y = smaller(row, lastRow);
         const Kuv32f* const src = rowAt(images.src, images.srcStep, y);
         Kuv32f* const dst = rowAt(images.dst, images.dstStep, y);
         for (ptrdiff_t x = 0; x < columns; x += width) {
@@ -308,7 +307,7 @@ KUV_INLINE void filterColumns(const Kernel& kernel, const Images& images, ptrdif
     const ptrdiff_t inBlocks = end - begin < blockWidth ? begin : rest > V::lanes ? end : end - rest;
     if (inBlocks > begin) filterBlocks<V, rows, vectors, order>(kernel, images, begin, inBlocks);
     const ptrdiff_t atEnd = end - V::lanes;
-    if (inBlocks < end) filterBlocks<V, rows, 1, order>(kernel, images, inBlocks > begin ? atEnd : lesser(begin, atEnd), end);
+    if (inBlocks < end) filterBlocks<V, rows, 1, order>(kernel, images, inBlocks > begin ? atEnd : smaller(begin, atEnd), end);
 }
 
 // Blocks' shapes keep as many sums at work as the registers hold, and load few operands for each of them.

@@ -1,5 +1,6 @@
 // Tiles of resized images: checks, and what of the plan a tile takes.
 #include "core/checks.hpp"
+#include "core/integers.hpp"
 #include "core/record.hpp"
 #include "resize/resize_scalar.hpp"
 #include "resize/resize_vector.hpp"
@@ -11,18 +12,16 @@ constexpr Kuv32u allInMemory = kuvBorderHaveTop | kuvBorderHaveBottom | kuvBorde
 
 constexpr bool isResizeBorder(Kuv32u border) { return border == allInMemory || (border <= 255 && border % 16 == kuvBorderClamp); }
 
-constexpr ptrdiff_t limited(ptrdiff_t value, ptrdiff_t most) { return value < 0 ? 0 : value > most ? most : value; }
-
 TileAxis tileAxis(const char* start, const ResizeAxis& axis, ptrdiff_t offset, ptrdiff_t length, bool hasBefore, bool hasAfter) {
-    const ptrdiff_t rest = axis.dstLength - offset, used = length < rest ? length : rest;
+    const ptrdiff_t rest = axis.dstLength - offset, used = smaller(length, rest);
     const ptrdiff_t origin = offset * axis.srcReduced / axis.dstReduced;
     return {placeIn<Kuv32s>(start, axis.positions) + offset,
             placeIn<Kuv32f>(start, axis.fractions) + offset,
             -origin,
             axis.srcLength - 1 - origin,
             used,
-            hasBefore ? 0 : limited(axis.leadCount - offset, used),
-            hasAfter ? 0 : limited(axis.tailCount - (rest - used), used)};
+            hasBefore ? 0 : clamped(axis.leadCount - offset, 0, used),
+            hasAfter ? 0 : clamped(axis.tailCount - (rest - used), 0, used)};
 }
 
 }  // namespace

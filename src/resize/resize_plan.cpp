@@ -1,6 +1,7 @@
 // Resize plans: the sizes of blocks and buffers, and the tables of positions.
 #include "core/checks.hpp"
 #include "core/dispatch.hpp"
+#include "core/integers.hpp"
 #include "core/samples.hpp"
 #include "resize/resize_layout.hpp"
 
@@ -109,8 +110,8 @@ extern "C" KuvStatus kuviResizeGetBufferSize_16s_shared(const Kuv8u* spec, KuviS
     if (numChannels != 1 && numChannels != 3 && numChannels != 4) return kuvStatusBadChannelCount;
     if (emptyRoi(dstSize)) return kuvStatusBadSize;
     const bool isClipped = dstSize.width > header.horizontal.dstLength || dstSize.height > header.vertical.dstLength;
-    const Kuv64u width = static_cast<Kuv64u>(dstSize.width < header.horizontal.dstLength ? dstSize.width : header.horizontal.dstLength);
-    const Kuv64u height = static_cast<Kuv64u>(dstSize.height < header.vertical.dstLength ? dstSize.height : header.vertical.dstLength);
+    const Kuv64u width = static_cast<Kuv64u>(smaller(dstSize.width, header.horizontal.dstLength));
+    const Kuv64u height = static_cast<Kuv64u>(smaller(dstSize.height, header.vertical.dstLength));
     const Kuv64u rows = 2 * Kuv64u{header.rowBuffers} * roundedUp(4 * numChannels * width, 32);
     const Kuv64u bytes = roundedUp(4 * height, 32) + roundedUp(4 * width, 32) + rows + 64;
     if (bytes >= sizeLimit) return kuvStatusSizeOverflow;

@@ -3,6 +3,7 @@
 
 #include <immintrin.h>
 
+#include "core/integers.hpp"
 #include "resize/resize_tile.hpp"
 
 namespace kuv::KUV_VARIANT {
@@ -28,8 +29,7 @@ private:
     static KUV_INLINE Kuv64f between(Kuv64f a, Kuv64f b, Kuv32f fraction) { return a + (b - a) * static_cast<Kuv64f>(fraction); }
 
     static KUV_INLINE Kuv16s rounded(Kuv64f value) {
-        const Kuv32s whole = _mm_cvtsd_si32(_mm_set_sd(value));
-        return static_cast<Kuv16s>(whole < -32768 ? -32768 : whole > 32767 ? 32767 : whole);
+        return static_cast<Kuv16s>(clamped(_mm_cvtsd_si32(_mm_set_sd(value)), -32768, 32767));
     }
 
     static KUV_INLINE Kuv64f sampleAt(const Kuv16s* from, int c) { return static_cast<Kuv64f>(loadSample(from + c)); }

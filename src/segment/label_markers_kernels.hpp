@@ -1,6 +1,7 @@
 // Rows of samples to bits, and labels into rows.
 #pragma once
 
+#include "core/integers.hpp"
 #include "segment/marker_runs.hpp"
 #include "simd/bytes.hpp"
 #include "simd/mask.hpp"
@@ -70,7 +71,7 @@ public:
         constexpr ptrdiff_t stretch = hasVectors ? stretchWords : 1;
         RunStarts starts;
         for (ptrdiff_t first = 0; first < band_.words; first += stretch) {
-            const ptrdiff_t end = first + stretch < band_.words ? first + stretch : band_.words;
+            const ptrdiff_t end = smaller(first + stretch, band_.words);
             for (ptrdiff_t k = first; k < end; ++k) {
                 const Word all = band_.all(k);
                 for (Word rest = all; rest != 0;) {

@@ -1,6 +1,7 @@
 // The arithmetic of the reduction in double precision, sample by sample.
 #pragma once
 
+#include "core/integers.hpp"
 #include "tone/reduce_bits_noise.hpp"
 
 namespace kuv::KUV_VARIANT {
@@ -14,7 +15,7 @@ struct Pixels {
     KUV_INLINE D* row(ptrdiff_t y) const { return rowAt(first, step, y); }
 };
 
-KUV_INLINE Kuv8u limitedToByte(Kuv32s value) { return static_cast<Kuv8u>(value < 255 ? value : 255); }
+KUV_INLINE Kuv8u limitedToByte(Kuv32s value) { return static_cast<Kuv8u>(smaller(value, 255)); }
 
 template <int pixelSamples, int channels>
 void reduceScalar(Pixels<const Kuv16u> src, Pixels<Kuv8u> dst, KuviSize roi, LevelSteps steps) {

@@ -150,7 +150,7 @@ void orderVector(Pixels<const Kuv16u> src, Pixels<Kuv8u> dst, KuviSize roi, Leve
     const OrderedLevel operation(steps, thresholds);
     for (ptrdiff_t y = 0; y < roi.height; ++y) {
         for (ptrdiff_t x = 0; x < roi.width; x += piece) {
-            const ptrdiff_t pixels = roi.width - x < piece ? roi.width - x : piece;
+            const ptrdiff_t pixels = smaller(roi.width - x, piece);
             for (ptrdiff_t i = 0; i < pixels; ++i) {
                 const Kuv32f threshold = steps.step * (orderedThresholds[y % 4][(x + i) % 4] + noise.at(x + i, y));
                 for (int c = 0; c < pixelSamples; ++c) thresholds[i * pixelSamples + c] = threshold;

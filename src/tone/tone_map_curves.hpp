@@ -1,6 +1,7 @@
 // Tables of tone maps from control points.
 #pragma once
 
+#include "core/integers.hpp"
 #include "core/rows.hpp"
 #include "simd/real.hpp"
 #include "tone/tone_map_layout.hpp"
@@ -10,8 +11,6 @@ namespace {
 
 // Differences wrap.
 KUV_INLINE Kuv32s difference(Kuv32s a, Kuv32s b) { return static_cast<Kuv32s>(static_cast<Kuv32u>(a) - static_cast<Kuv32u>(b)); }
-
-KUV_INLINE Kuv32s limited(Kuv32s value, Kuv32s most) { return value < 0 ? 0 : value > most ? most : value; }
 
 // The control points of a channel.
 struct TonePoints {
@@ -104,7 +103,7 @@ void fillWithCurve(T* table, Kuv32s first, Kuv32s last, const Curve& curve) {
         for (Kuv32s x = first; x < last; ++x) {
             Kuv64f value = curve(static_cast<Kuv64f>(difference(x, curve.origin())));
             if constexpr (Curve::limitedFirst) value = value < 0 ? 0 : value > max ? max : value;
-            table[x] = static_cast<T>(limited(cut(value), max));
+            table[x] = static_cast<T>(clamped(cut(value), 0, max));
         }
     } else {
         using Four = Vector<Kuv32s, 16>;
@@ -127,7 +126,7 @@ void fillWithCurve(T* table, Kuv32s first, Kuv32s last, const Curve& curve) {
                 const auto positive = [](Four v) { return maximum(v, fill<Four>(0)); };
                 store(eight, packUnsigned(positive(low), positive(high)));
             }
-            const Kuv32s count = last - x < 8 ? last - x : 8;
+            const Kuv32s count = smaller(last - x, 8);
             __builtin_memcpy(table + x, eight, static_cast<size_t>(count) * sizeof(T));
         }
     }
@@ -141,7 +140,7 @@ void fillIdentity(T* table, Kuv32s first, Kuv32s last) {
 template <class T>
 void fillSpan(T* table, Kuv32s first, Kuv32s last, Kuv32s value) {
     constexpr Kuv32s max = static_cast<Kuv32s>(toneEntries<T> - 1);
-    for (Kuv32s x = first; x < last; ++x) table[x] = static_cast<T>(limited(value, max));
+    for (Kuv32s x = first; x < last; ++x) table[x] = static_cast<T>(clamped(value, 0, max));
 }
 
 // Intervals in their order: where levels do not rise, later ones write over earlier ones.
@@ -149,25 +148,25 @@ template <class T>
 void fillTable(T* table, const TonePoints& points, Kuv32s curve) {
     constexpr Kuv32s entries = static_cast<Kuv32s>(toneEntries<T>), max = entries - 1;
     const ptrdiff_t intervals = ptrdiff_t{points.count} - 1;
-    fillIdentity(table, 0, limited(points.level(0), entries));
+    fillIdentity(table, 0, clamped(points.level(0), 0, entries));
     for (ptrdiff_t k = 0; k < intervals; ++k) {
-        const Kuv32s begin = points.level(k), end = points.level(k + 1), last = limited(end, entries);
+        const Kuv32s begin = points.level(k), end = points.level(k + 1), last = clamped(end, 0, entries);
         if (curve == kuvLutStep) {
-            fillSpan(table, limited(begin, entries), last, points.value(k));
+            fillSpan(table, clamped(begin, 0, entries), last, points.value(k));
             continue;
         }
         if (end <= begin) continue;
-        const Kuv32s first = limited(begin, max);
+        const Kuv32s first = clamped(begin, 0, max);
         if (last - first == 1) {
             fillSpan(table, first, last, points.value(k));
         } else if (curve == kuvLutLinear) {
             fillWithCurve(table, first, last, Line(points, k));
         } else {
-            const ptrdiff_t highest = intervals - 3, before = k > 0 ? k - 1 : 0;
-            fillWithCurve(table, first, last, Cubic<sizeof(T) == 2>(points, before < highest ? before : highest));
+            const ptrdiff_t highest = intervals - 3, before = larger(k - 1, 0);
+            fillWithCurve(table, first, last, Cubic<sizeof(T) == 2>(points, smaller(before, highest)));
         }
     }
-    fillIdentity(table, limited(points.level(intervals), entries), entries);
+    fillIdentity(table, clamped(points.level(intervals), 0, entries), entries);
 }
 
 }  // namespace

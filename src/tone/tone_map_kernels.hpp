@@ -1,6 +1,7 @@
 // Samples replaced by entries of their channel's table, or by what a search among the control points gives, in place.
 #pragma once
 
+#include "core/integers.hpp"
 #include "core/rows.hpp"
 #include "simd/bytes.hpp"
 #include "simd/rows.hpp"
@@ -44,8 +45,7 @@ struct StoredPoints {
     Kuv32s count;
 
     KUV_INLINE Kuv16u valueAt(ptrdiff_t k) const {
-        const Kuv32s value = values[k];
-        return static_cast<Kuv16u>(value < 0 ? 0 : value > 65535 ? 65535 : value);
+        return static_cast<Kuv16u>(clamped(values[k], 0, 65535));
     }
 
     KUV_INLINE Kuv16u operator()(Kuv16u x) const {
@@ -89,15 +89,14 @@ public:
     }
 
     explicit StepRules(const StoredPoints (&points)[channels]) {
-        for (const StoredPoints& each : points) count_ = each.count > count_ ? each.count : count_;
+        for (const StoredPoints& each : points) count_ = larger(count_, each.count);
         for (int c = 0; c < channels; ++c) {
             Rule rule = {0, 0, 0xFFFF};  // as if there were no level
             for (ptrdiff_t k = 0; k < count_; ++k) {
                 // What no sample reaches, or is not there, repeats the rule before it.
                 if (k < points[c].count && points[c].levels[k] <= 65535) {
                     const bool last = k == points[c].count - 1;
-                    const Kuv32s level = points[c].levels[k];
-                    rule.level = static_cast<Kuv16u>(level < 0 ? 0 : level);
+                    rule.level = static_cast<Kuv16u>(larger(points[c].levels[k], 0));
                     rule.value = last ? Kuv16u{0} : points[c].valueAt(k);
                     rule.kept = last ? 0xFFFF : 0;
                 }

@@ -34,8 +34,8 @@ struct Rotation {
     Kuv32u ofBoth, difference, sum;
 };
 constexpr Rotation evenRotation = {17734, 25080, 60547};  // c_6, c_2 - c_6 and c_2 + c_6, times 2^15 sqrt(2)
-constexpr Rotation outerRotation = {799, 3218, 4816};      // c_7, c_1 - c_7 and c_1 + c_7, times 2^12
-constexpr Rotation innerRotation = {3406, 1130, 5681};     // c_3, c_3 - c_5 and c_3 + c_5, times 2^12
+constexpr Rotation outerRotation = {799, 3218, 4816};     // c_7, c_1 - c_7 and c_1 + c_7, times 2^12
+constexpr Rotation innerRotation = {3406, 1130, 5681};    // c_3, c_3 - c_5 and c_3 + c_5, times 2^12
 constexpr Rotation inverseOuter = {6393, 25746, 38531}, inverseInner = {27246, 9041, 45451};  // the same times 2^15
 constexpr Kuv32u rootOfTwo = 5793, eightRoots = 46341;  // sqrt(2) and 8 sqrt(2), times 2^12
 

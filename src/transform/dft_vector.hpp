@@ -1,6 +1,7 @@
 // Runs of plans by vectors. All work on planes, those within a chirp too.
 #pragma once
 
+#include "core/integers.hpp"
 #include "transform/dft_vector_schedule.hpp"
 
 namespace kuv::KUV_VARIANT {
@@ -68,7 +69,7 @@ void transposeRows(const Kuv32f* src, ptrdiff_t count, ptrdiff_t side, Kuv32f* d
 
 // The same with all rows of a plane, in place: parts that fit `work` first, whose pieces then change places.
 void transposeInPlace(Kuv32f* plane, const Split& split, int order, Kuv32f* work, int workOrder) {
-    const int partOrder = workOrder < split.rows ? workOrder : split.rows, parts = order - partOrder;
+    const int partOrder = smaller(workOrder, split.rows), parts = order - partOrder;
     const ptrdiff_t part = ptrdiff_t{1} << partOrder, piece = part / split.side, pieces = ptrdiff_t{1} << (parts + split.columns);
     const size_t pieceBytes = static_cast<size_t>(piece) * sizeof(Kuv32f);
     for (ptrdiff_t i = 0; i < ptrdiff_t{1} << parts; ++i) {
