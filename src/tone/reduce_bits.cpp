@@ -7,16 +7,11 @@ namespace kuv::KUV_VARIANT {
 namespace {
 
 template <int pixelSamples>
-struct Layout {
-    static constexpr int channels = pixelSamples == 1 ? 1 : 3;
-};
-
-template <int pixelSamples>
 void reduceImage(Pixels<const Kuv16u> src, Pixels<Kuv8u> dst, KuviSize roi, LevelSteps steps) {
     if constexpr (hasVectors) {
         reduceVector<pixelSamples>(src, dst, roi, steps);
     } else {
-        reduceScalar<pixelSamples, Layout<pixelSamples>::channels>(src, dst, roi, steps);
+        reduceScalar<pixelSamples>(src, dst, roi, steps);
     }
 }
 
@@ -26,26 +21,25 @@ void orderImage(Pixels<const Kuv16u> src, Pixels<Kuv8u> dst, KuviSize roi, Level
         if (noise.present()) orderVector<pixelSamples>(src, dst, roi, steps, noise);
         else orderVector<pixelSamples>(src, dst, roi, steps);
     } else {
-        orderScalar<pixelSamples, Layout<pixelSamples>::channels>(src, dst, roi, steps, noise);
+        orderScalar<pixelSamples>(src, dst, roi, steps, noise);
     }
 }
 
 template <int pixelSamples>
 void diffuseImage(Pixels<const Kuv16u> src, Pixels<Kuv8u> dst, KuviSize roi, LevelSteps steps, Noise noise, KuvDitherType ditherType,
                   Kuv32f* errors) {
-    constexpr int channels = Layout<pixelSamples>::channels;
     const ThreeRows& weights = ditherType == kuvDitherStucki ? stucki : jarvisJudiceNinke;
     if constexpr (hasVectors) {
         if (ditherType == kuvDitherFloydSteinberg) {
-            Wavefront<pixelSamples, channels, FloydSteinbergLanes>({}, src, dst, roi, steps, noise, errors).run();
+            Wavefront<pixelSamples, FloydSteinbergLanes>({}, src, dst, roi, steps, noise, errors).run();
         } else {
-            Wavefront<pixelSamples, channels, ThreeRowsLanes>(ThreeRowsLanes(weights), src, dst, roi, steps, noise, errors).run();
+            Wavefront<pixelSamples, ThreeRowsLanes>(ThreeRowsLanes(weights), src, dst, roi, steps, noise, errors).run();
         }
     } else {
         if (ditherType == kuvDitherFloydSteinberg) {
-            diffuseScalar<pixelSamples, channels>(FloydSteinberg(), src, dst, roi, steps, noise, errors);
+            diffuseScalar<pixelSamples>(FloydSteinberg(), src, dst, roi, steps, noise, errors);
         } else {
-            diffuseScalar<pixelSamples, channels>(weights, src, dst, roi, steps, noise, errors);
+            diffuseScalar<pixelSamples>(weights, src, dst, roi, steps, noise, errors);
         }
     }
 }

@@ -15,16 +15,20 @@ struct Pixels {
     KUV_INLINE D* row(ptrdiff_t y) const { return rowAt(first, step, y); }
 };
 
+// Alpha is not reduced.
+template <int pixelSamples>
+constexpr int reducedChannels = pixelSamples == 1 ? 1 : 3;
+
 KUV_INLINE Kuv8u limitedToByte(Kuv32s value) { return static_cast<Kuv8u>(smaller(value, 255)); }
 
-template <int pixelSamples, int channels>
+template <int pixelSamples>
 void reduceScalar(Pixels<const Kuv16u> src, Pixels<Kuv8u> dst, KuviSize roi, LevelSteps steps) {
     const Kuv64f count = steps.count, inverse = 1.0 / count, half = 0.5 / count;
     for (ptrdiff_t y = 0; y < roi.height; ++y) {
         const Kuv16u* from = src.row(y);
         Kuv8u* to = dst.row(y);
         for (ptrdiff_t x = 0; x < roi.width; ++x, from += pixelSamples, to += pixelSamples) {
-            for (int c = 0; c < channels; ++c) {
+            for (int c = 0; c < reducedChannels<pixelSamples>; ++c) {
                 const Kuv64f value = loadSample(from + c) / 65535.0;
                 Kuv64f level = static_cast<Kuv32s>(count * value) * inverse;
                 if (value - level > half) level += inverse;
@@ -46,7 +50,7 @@ struct Quantised {
     KUV_INLINE Kuv8u byte() const { return limitedToByte(static_cast<Kuv32s>(base + 0.5) >> 8); }
 };
 
-template <int pixelSamples, int channels>
+template <int pixelSamples>
 void orderScalar(Pixels<const Kuv16u> src, Pixels<Kuv8u> dst, KuviSize roi, LevelSteps steps, Noise noise) {
     for (ptrdiff_t y = 0; y < roi.height; ++y) {
         const Kuv16u* from = src.row(y);
@@ -54,7 +58,7 @@ void orderScalar(Pixels<const Kuv16u> src, Pixels<Kuv8u> dst, KuviSize roi, Leve
         for (ptrdiff_t x = 0; x < roi.width; ++x, from += pixelSamples, to += pixelSamples) {
             const Kuv64f threshold = noise.present() ? steps.step * (Kuv64f{orderedThresholds[y % 4][x % 4]} + noise.at(x, y))
                                                      : Kuv64f{orderedThreshold(steps, x, y)};
-            for (int c = 0; c < channels; ++c) to[c] = Quantised(loadSample(from + c), threshold, steps).byte();
+            for (int c = 0; c < reducedChannels<pixelSamples>; ++c) to[c] = Quantised(loadSample(from + c), threshold, steps).byte();
         }
     }
 }
@@ -86,7 +90,7 @@ struct ThreeRows {
 constexpr ThreeRows jarvisJudiceNinke = {7, 5, 3, 0.020833334f}, stucki = {8, 4, 2, 0.023809524f};
 
 // The last row of a channel is the one before the first of the next.
-template <int pixelSamples, int channels, class Diffusion>
+template <int pixelSamples, class Diffusion>
 void diffuseScalar(Diffusion diffusion, Pixels<const Kuv16u> src, Pixels<Kuv8u> dst, KuviSize roi, LevelSteps steps, Noise noise,
                    Kuv32f* errors) {
     constexpr int lineCount = Diffusion::lines.count, border = Diffusion::lines.border;
@@ -95,7 +99,7 @@ void diffuseScalar(Diffusion diffusion, Pixels<const Kuv16u> src, Pixels<Kuv8u> 
     Kuv32f* line[lineCount];
     for (int i = 0; i < lineCount; ++i) line[i] = errors + border + i * pitch;
     const Kuv32f half = steps.step / 2;
-    for (int c = 0; c < channels; ++c) {
+    for (int c = 0; c < reducedChannels<pixelSamples>; ++c) {
         for (ptrdiff_t y = 0; y < roi.height; ++y) {
             const Kuv16u* const from = src.row(y) + c;
             Kuv8u* const to = dst.row(y) + c;

@@ -121,9 +121,9 @@ __attribute__((noinline)) void computeSteps(Diffusion diffusion, LevelSteps leve
     }
 }
 
-template <int pixelSamples, int channels, class Diffusion>
+template <int pixelSamples, class Diffusion>
 class Wavefront {
-    static constexpr int rows = Tile::rows, steps = Tile::steps, skew = Diffusion::skew;
+    static constexpr int rows = Tile::rows, steps = Tile::steps, skew = Diffusion::skew, channels = reducedChannels<pixelSamples>;
 
 public:
     Wavefront(Diffusion diffusion, Pixels<const Kuv16u> src, Pixels<Kuv8u> dst, KuviSize roi, LevelSteps levels, Noise noise,

@@ -26,7 +26,7 @@ void mapImage(const Kuv8u* tables, Kuv8u* srcDst, ptrdiff_t step, ptrdiff_t widt
         }
         if (channels == 3 && width >= ThreeChannelBlocks::pixels && width * rows >= fewPixels) {
             const ThreeChannelBlocks blocks(tables);
-            for (ptrdiff_t row = 0; row < rows; ++row) mapRowByBlocks(blocks, tables, rowAt(srcDst, step, row), width);
+            for (ptrdiff_t row = 0; row < rows; ++row) mapRowByBlocks(blocks, rowAt(srcDst, step, row), width);
             return;
         }
     }

@@ -227,10 +227,9 @@ private:
     Bytes masks_[3];
 };
 
-// The last block is read before one that it overlaps is written.
-KUV_INLINE void mapRowByBlocks(const ThreeChannelBlocks& blocks, const Kuv8u* tables, Kuv8u* srcDst, ptrdiff_t width) {
+// At least a block. The last one is read before one that it overlaps is written.
+KUV_INLINE void mapRowByBlocks(const ThreeChannelBlocks& blocks, Kuv8u* srcDst, ptrdiff_t width) {
     constexpr ptrdiff_t pixels = ThreeChannelBlocks::pixels;
-    if (width < pixels) return mapPixels<3>(tables, srcDst, width);
     const ptrdiff_t end = width - pixels;
     Kuv8u last[pixels * 3];
     blocks(srcDst + end * 3, last);
