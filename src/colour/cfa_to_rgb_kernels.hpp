@@ -73,7 +73,7 @@ template <class V>
 KUV_INLINE V meanOfMeans(V x, V y, V difference, V rounded) {
     using T = typename V::Lane;
     using Signed = std::make_signed_t<T>;
-    const V excess = bitAnd(bitAnd(rounded, difference), as<T>(fill<Vector<Signed, V::bytes>>(1)));
+    const V excess = bitAnd(bitAnd(rounded, difference), fill<V>(1));
     return as<T>(sub(as<Signed>(average(x, y)), as<Signed>(excess)));
 }
 template <class V>

@@ -78,7 +78,7 @@ KuvStatus KUV_VARIANT_FUNCTION(kuviFilterBorder_32f_C1R)(const Kuv32f* src, Kuv3
                                                          Kuv8u* buffer) {
     using namespace kuv::KUV_VARIANT;
     const bool fills = (borderType & 15) == kuvBorderFill;
-    if (anyNull(src, dst) || anyNull(spec, buffer)) return kuvStatusNullPtr;
+    if (anyNull(src, dst, spec, buffer)) return kuvStatusNullPtr;
     if (fills && anyNull(borderValue)) return kuvStatusNullPtr;
     if (emptyRoi(roiSize)) return kuvStatusBadSize;
     if (srcStep < 1 || ptrdiff_t{4} * roiSize.width > dstStep) return kuvStatusBadStep;

@@ -31,8 +31,8 @@ void reverse(const Kuv32f* kernel, Kuv32f* reversed, std::ptrdiff_t count) {
 
 }  // namespace
 
-extern "C" KuvStatus kuviFilterBorderInit_32f_shared(const Kuv32f* kernel, KuviSize kernelSize, Kuv32s dataType, Kuv32s channels,
-                                                     Kuv32s roundMode, KuviBorderKernel* spec) {
+KuvStatus kuviFilterBorderInit_32f_shared(const Kuv32f* kernel, KuviSize kernelSize, Kuv32s dataType, Kuv32s channels,
+                                          Kuv32s roundMode, KuviBorderKernel* spec) {
     constexpr Kuv32s roundFlag = 16;
     if (anyNull(kernel, spec)) return kuvStatusNullPtr;
     if (emptyRoi(kernelSize)) return kuvStatusBadSize;

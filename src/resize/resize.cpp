@@ -32,7 +32,7 @@ KuvStatus KUV_VARIANT_FUNCTION(kuviResizeLinear_16s_C3R)(const Kuv16s* src, Kuv3
                                                          const Kuv8u* spec, Kuv8u* buffer) {
     using namespace kuv::KUV_VARIANT;
     if (!isResizeBorder(border)) return kuvStatusBadBorder;
-    if (anyNull(src, dst) || anyNull(spec, buffer)) return kuvStatusNullPtr;
+    if (anyNull(src, dst, spec, buffer)) return kuvStatusNullPtr;
     if (dstSize.width == 0 || dstSize.height == 0) return kuvStatusNoOperation;
     const kuv::ResizeHeader plan = kuv::resizeHeaderOf(spec);
     if (plan.magic != kuv::resizeMagic) return kuvStatusBadContext;

@@ -71,8 +71,8 @@ ResizeAxis makeAxis(char* start, Kuv32s srcLength, Kuv32s dstLength, Kuv64u posi
 
 }  // namespace
 
-extern "C" KuvStatus kuviResizeGetSize_16s_shared(KuviSize srcSize, KuviSize dstSize, Kuv32s interpolation, Kuv32u antialiasing,
-                                                  Kuv32s* specSize, Kuv32s* initSize) {
+KuvStatus kuviResizeGetSize_16s_shared(KuviSize srcSize, KuviSize dstSize, Kuv32s interpolation, Kuv32u antialiasing,
+                                       Kuv32s* specSize, Kuv32s* initSize) {
     if (anyNull(specSize, initSize)) return kuvStatusNullPtr;
     if (hasZero(srcSize) || hasZero(dstSize)) return kuvStatusNoOperation;
     if (emptyRoi(srcSize) || emptyRoi(dstSize)) return kuvStatusBadSize;
@@ -88,7 +88,7 @@ extern "C" KuvStatus kuviResizeGetSize_16s_shared(KuviSize srcSize, KuviSize dst
     return antialiasing != 0 && !filter->canAntialias ? kuvStatusAntialiasIgnored : kuvStatusOk;
 }
 
-extern "C" KuvStatus kuviResizeLinearInit_16s_shared(KuviSize srcSize, KuviSize dstSize, Kuv8u* spec) {
+KuvStatus kuviResizeLinearInit_16s_shared(KuviSize srcSize, KuviSize dstSize, Kuv8u* spec) {
     if (anyNull(spec)) return kuvStatusNullPtr;
     if (hasZero(srcSize) || hasZero(dstSize)) return kuvStatusNoOperation;
     if (isBelow(srcSize, 2) || emptyRoi(dstSize)) return kuvStatusBadSize;
@@ -102,7 +102,7 @@ extern "C" KuvStatus kuviResizeLinearInit_16s_shared(KuviSize srcSize, KuviSize 
     return kuvStatusOk;
 }
 
-extern "C" KuvStatus kuviResizeGetBufferSize_16s_shared(const Kuv8u* spec, KuviSize dstSize, Kuv32u numChannels, Kuv32s* bufferSize) {
+KuvStatus kuviResizeGetBufferSize_16s_shared(const Kuv8u* spec, KuviSize dstSize, Kuv32u numChannels, Kuv32s* bufferSize) {
     if (anyNull(spec, bufferSize)) return kuvStatusNullPtr;
     if (hasZero(dstSize)) return kuvStatusNoOperation;
     const ResizeHeader header = resizeHeaderOf(spec);

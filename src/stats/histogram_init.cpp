@@ -51,8 +51,8 @@ void writePlan(HistogramHeader header, const Kuv32s* counts, KuviBinPlan* spec, 
 
 }  // namespace
 
-extern "C" KuvStatus kuviHistogramGetBufferSize_shared(Kuv32s dataType, KuviSize roiSize, const Kuv32s* nLevels, Kuv32s channels, Kuv32s,
-                                                       Kuv32s* specSize, Kuv32s* bufferSize) {
+KuvStatus kuviHistogramGetBufferSize_shared(Kuv32s dataType, KuviSize roiSize, const Kuv32s* nLevels, Kuv32s channels, Kuv32s,
+                                            Kuv32s* specSize, Kuv32s* bufferSize) {
     if (anyNull(nLevels, specSize, bufferSize)) return kuvStatusNullPtr;
     if (emptyRoi(roiSize)) return kuvStatusBadSize;
     if (!isChannelCount(channels)) return kuvStatusBadChannelCount;
@@ -69,8 +69,8 @@ extern "C" KuvStatus kuviHistogramGetBufferSize_shared(Kuv32s dataType, KuviSize
     return isDataType(dataType) ? kuvStatusOk : kuvStatusBadDataType;
 }
 
-extern "C" KuvStatus kuviHistogramInit_shared(Kuv32s dataType, const Kuv32f* const* levels, const Kuv32s* nLevels, Kuv32s channels,
-                                              KuviBinPlan* spec) {
+KuvStatus kuviHistogramInit_shared(Kuv32s dataType, const Kuv32f* const* levels, const Kuv32s* nLevels, Kuv32s channels,
+                                   KuviBinPlan* spec) {
     if (!isDataType(dataType)) return kuvStatusBadDataType;
     if (anyNull(levels, nLevels, spec)) return kuvStatusNullPtr;
     if (!isChannelCount(channels)) return kuvStatusBadChannelCount;
@@ -94,8 +94,8 @@ extern "C" KuvStatus kuviHistogramInit_shared(Kuv32s dataType, const Kuv32f* con
     return kuvStatusOk;
 }
 
-extern "C" KuvStatus kuviHistogramUniformInit_shared(Kuv32s dataType, const Kuv32f* lowerLevel, const Kuv32f* upperLevel,
-                                                     const Kuv32s* nLevels, Kuv32s channels, KuviBinPlan* spec) {
+KuvStatus kuviHistogramUniformInit_shared(Kuv32s dataType, const Kuv32f* lowerLevel, const Kuv32f* upperLevel,
+                                          const Kuv32s* nLevels, Kuv32s channels, KuviBinPlan* spec) {
     if (!isDataType(dataType)) return kuvStatusBadDataType;
     if (anyNull(lowerLevel, upperLevel, nLevels, spec)) return kuvStatusNullPtr;
     if (!isChannelCount(channels)) return kuvStatusBadChannelCount;
@@ -127,7 +127,7 @@ extern "C" KuvStatus kuviHistogramUniformInit_shared(Kuv32s dataType, const Kuv3
     return isNarrow ? kuvStatusSizeWarning : kuvStatusOk;
 }
 
-extern "C" KuvStatus kuviHistogramGetLevels_shared(const KuviBinPlan* spec, Kuv32f* const* levels) {
+KuvStatus kuviHistogramGetLevels_shared(const KuviBinPlan* spec, Kuv32f* const* levels) {
     if (anyNull(spec, levels)) return kuvStatusNullPtr;
     const auto header = loadSample(placeIn<HistogramHeader>(spec, 0));
     if (header.identity != histogramIdentity) return kuvStatusBadArg;

@@ -56,7 +56,7 @@ KuvStatus makeMap(Kuv32s interpolation, Kuv32s channels, KuviSize roi, const Ton
 
     if (!isToneCurve(interpolation)) return kuvStatusBadInterpolation;
     if (emptyRoi(roi)) return kuvStatusBadSize;
-    if (anyNull(source.values, source.levels) || anyNull(source.counts, spec)) return kuvStatusNullPtr;
+    if (anyNull(source.values, source.levels, source.counts, spec)) return kuvStatusNullPtr;
     ptrdiff_t tables = alignedOffset(spec, sizeof(ToneMapHeader) + toneMapGap);
     setWord(spec, offsetof(ToneMapHeader, table), tables);
 

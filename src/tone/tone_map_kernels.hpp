@@ -113,7 +113,7 @@ public:
     KUV_INLINE V operator()(V x, int channel) const {
         V result = x;
         for (ptrdiff_t k = 0; k < count_; ++k) {
-            const V reached = equal(subSaturated(load<V>(levels_[k] + channel), x), as<Kuv16u>(fill<Native<Kuv16s>>(0)));
+            const V reached = equal(subSaturated(load<V>(levels_[k] + channel), x), fill<V>(0));
             const V value = bitOr(bitAnd(x, load<V>(kept_[k] + channel)), load<V>(values_[k] + channel));
             result = bitXor(result, bitAnd(reached, bitXor(result, value)));
         }

@@ -21,8 +21,8 @@ constexpr Kuv64u tableBytes(int channels) {
 
 }  // namespace
 
-extern "C" KuvStatus kuviLUT_GetSize_shared(Kuv32s interpolation, Kuv32s dataType, Kuv32s channels, KuviSize roiSize,
-                                            const Kuv32s* nLevels, Kuv32s* specSize) {
+KuvStatus kuviLUT_GetSize_shared(Kuv32s interpolation, Kuv32s dataType, Kuv32s channels, KuviSize roiSize,
+                                 const Kuv32s* nLevels, Kuv32s* specSize) {
     if (!isToneCurve(interpolation)) return kuvStatusBadInterpolation;
     if (anyNull(nLevels, specSize)) return kuvStatusNullPtr;
     if (emptyRoi(roiSize)) return kuvStatusBadSize;
