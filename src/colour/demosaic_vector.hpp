@@ -281,8 +281,8 @@ private:
         const auto& below = lines_.difference[slot<differenceRows>(q + 1)];
         auto& colours = lines_.colours[slot<colourRows>(q)];
         auto& down = lines_.below[slot<2>(q - 1)];
-        const Colour own = redRow ? &ColourWeights::red : &ColourWeights::blue;
-        const Colour other = redRow ? &ColourWeights::blue : &ColourWeights::red;
+        const WeightOf own = redRow ? &ColourWeights::red : &ColourWeights::blue;
+        const WeightOf other = redRow ? &ColourWeights::blue : &ColourWeights::red;
         const typename Samples::Conversion convertSite(&ColourWeights::green, other, own);
         const typename Samples::Conversion convertGreen(own, other, &ColourWeights::green);
         for (ptrdiff_t p = 0; p < end_; p += lanes) {

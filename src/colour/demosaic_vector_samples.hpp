@@ -14,7 +14,7 @@ namespace {
 template <class V>
 struct DemosaicSamples;
 
-using Colour = int ColourWeights::*;
+using WeightOf = int ColourWeights::*;
 
 template <int bytes>
 struct DemosaicSamples<Vector<Kuv8u, bytes>> {
@@ -36,7 +36,7 @@ struct DemosaicSamples<Vector<Kuv8u, bytes>> {
     // signed ones, and therefore less 128.
     class Conversion {
     public:
-        Conversion(Colour low, Colour high, Colour single)
+        Conversion(WeightOf low, WeightOf high, WeightOf single)
             : pairY_(pair(luminance.*low, luminance.*high)), pairU_(pair(chrominanceU.*low, chrominanceU.*high)),
               pairV_(pair(chrominanceV.*low, chrominanceV.*high)), singleU_(pair(chrominanceU.*single, conversionRounding / 2)),
               singleV_(pair(chrominanceV.*single, conversionRounding / 2)), singleY_(all(luminance.*single)),
@@ -96,7 +96,7 @@ struct DemosaicSamples<Vector<Kuv16u, bytes>> {
     // comes out less 220 * 32768 / 256.
     class Conversion {
     public:
-        Conversion(Colour low, Colour high, Colour single)
+        Conversion(WeightOf low, WeightOf high, WeightOf single)
             : y_(luminance, low, high, single), u_(chrominanceU, low, high, single), v_(chrominanceV, low, high, single) {}
 
         // What the colour outside of the pair contributes: it is paired with 1, for the rounding.
@@ -113,7 +113,7 @@ struct DemosaicSamples<Vector<Kuv16u, bytes>> {
     private:
         struct Weights {
             Signed pair, single;
-            KUV_INLINE Weights(const ColourWeights& w, Colour low, Colour high, Colour one)
+            KUV_INLINE Weights(const ColourWeights& w, WeightOf low, WeightOf high, WeightOf one)
                 : pair(both(w.*low, w.*high)), single(both(w.*one, conversionRounding)) {}
             static KUV_INLINE Signed both(int low, int high) {
                 return fillPairs<Signed>(static_cast<Kuv16s>(low), static_cast<Kuv16s>(high));

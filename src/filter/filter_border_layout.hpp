@@ -39,15 +39,15 @@ constexpr Extent reachBehind(Extent kernelExtent) {
 }
 
 // Sums and products of what no 32-bit integer holds stay so.
-constexpr Kuv64s beyond = Kuv64s{1} << 40;
-constexpr Kuv64s product(Kuv64s a, Kuv64s b) { return a > 0 && b > beyond / a ? beyond : a * b; }
+constexpr Kuv64s bound = Kuv64s{1} << 40;
+constexpr Kuv64s boundedProduct(Kuv64s a, Kuv64s b) { return a > 0 && b > bound / a ? bound : a * b; }
 
 // Of the strip above or below the region or of that at its side, whichever is larger, or of the whole region, with what the kernel covers.
 constexpr Kuv64s borderedElements(Kuv64s kw, Kuv64s kh, Kuv64s rw, Kuv64s rh) {
-    if (kw >= rw || kh >= rh) return product(kw + rw - 1, kh + rh - 1);
+    if (kw >= rw || kh >= rh) return boundedProduct(kw + rw - 1, kh + rh - 1);
     // A strip of one column or row has no second one to reflect about.
     const Kuv64s right = kw == 2 ? 2 : reachBehind(kw), below = kh == 2 ? 2 : reachBehind(kh);
-    const Kuv64s strip = below < 1 ? 0 : product(kw + rw - 1, kh + below - 1), side = product(kh + rh - 1, kw + right - 1);
+    const Kuv64s strip = below < 1 ? 0 : boundedProduct(kw + rw - 1, kh + below - 1), side = boundedProduct(kh + rh - 1, kw + right - 1);
     return right > 0 && strip <= side ? side : strip;
 }
 

@@ -15,18 +15,18 @@ constexpr bool isInteger(Kuv32s kernelType, KuviSize kernel, Kuv32s dataType, Ku
 }
 
 constexpr Kuv64s specBytes(Kuv64s kw, Kuv64s kh, bool integer, Kuv32s channels) {
-    const Kuv64s count = product(kw, kh);
+    const Kuv64s count = boundedProduct(kw, kh);
     Kuv64s bytes = sizeof(BorderKernelHeader) + 63;
-    bytes += roundedUp(product(integer ? 2 : 4, count), 64);
-    bytes += roundedUp(product((kw + 1) / 2 * 32, kh), 64);
-    if (hasVectors && !hasAVX && !integer && channels != 2) bytes += roundedUp(product(16, count), 64);
+    bytes += roundedUp(boundedProduct(integer ? 2 : 4, count), 64);
+    bytes += roundedUp(boundedProduct((kw + 1) / 2 * 32, kh), 64);
+    if (hasVectors && !hasAVX && !integer && channels != 2) bytes += roundedUp(boundedProduct(16, count), 64);
     return bytes;
 }
 
 // What vectors may lay out coefficients in.
 constexpr Kuv64s extraBytes(Kuv64s count, Kuv32s dataType, Kuv32s channels) {
     if (!hasVectors || dataType != kuvDataType32f || channels == 2) return 0;
-    return roundedUp(product(channels == 1 ? 32 : 16, count) + 128, 64);
+    return roundedUp(boundedProduct(channels == 1 ? 32 : 16, count) + 128, 64);
 }
 
 }  // namespace
@@ -46,8 +46,8 @@ KuvStatus KUV_VARIANT_FUNCTION(kuviFilterBorderGetSize)(KuviSize kernelSize, Kuv
     const Kuv64s kw = kernelSize.width, kh = kernelSize.height;
     const Kuv64s elementBytes = dataType == kuvDataType8u ? 1 : dataType == kuvDataType32f ? 4 : 2;
     const Kuv64s elements = borderedElements(kw, kh, roiSize.width, roiSize.height);
-    const Kuv64s region = roundedUp(product(elements, channels * elementBytes), 32) + 32;
-    const Kuv64s buffer = region + 63 + extraBytes(product(kw, kh), dataType, channels);
+    const Kuv64s region = roundedUp(boundedProduct(elements, channels * elementBytes), 32) + 32;
+    const Kuv64s buffer = region + 63 + extraBytes(boundedProduct(kw, kh), dataType, channels);
     const Kuv64s spec = specBytes(kw, kh, isInteger(kernelType, kernelSize, dataType, channels), channels);
     if (buffer > largest || spec > largest) {
         storeSample<Kuv32s>(bufferSize, 0);

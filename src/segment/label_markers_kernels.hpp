@@ -9,7 +9,7 @@
 namespace kuv::KUV_VARIANT {
 namespace {
 
-using Words = Native<Kuv16u>;
+using Samples = Native<Kuv16u>;
 
 // A bit for each of up to 64 samples that is not 0.
 KUV_INLINE Word markersAmong(const Kuv16u* row, ptrdiff_t count) {
@@ -23,21 +23,21 @@ template <int vectors>
 KUV_INLINE Word markersIn(const Kuv16u* row) {
     static_assert(vectors % 2 == 0);
     const auto empty = [row](int i) {
-        return as<Kuv16s>(shiftRight<8>(equal(load<Words>(row + i * Words::lanes), fill<Words>(0))));
+        return as<Kuv16s>(shiftRight<8>(equal(load<Samples>(row + i * Samples::lanes), fill<Samples>(0))));
     };
     Word bits = 0;
 #pragma GCC unroll 8
     for (int i = 0; i < vectors; i += 2) {
         const Word gaps = bitsOf(equal(narrowed(empty(i), empty(i + 1)), fill<ByteVector>(0)));
-        bits |= gaps << (i * Words::lanes);
+        bits |= gaps << (i * Samples::lanes);
     }
     return bits;
 }
 
 void findMarkers(const Kuv16u* row, ptrdiff_t width, Word* bits) {
     if constexpr (hasVectors) {
-        constexpr int vectors = wordColumns / Words::lanes;
-        constexpr ptrdiff_t pair = 2 * Words::lanes;
+        constexpr int vectors = wordColumns / Samples::lanes;
+        constexpr ptrdiff_t pair = 2 * Samples::lanes;
         if (width < pair) {
             *bits = markersAmong(row, width);
             return;
@@ -102,7 +102,7 @@ public:
     }
 
     static constexpr ptrdiff_t stretchWords = 16;
-    static constexpr ptrdiff_t lineSamples = stretchWords * wordColumns + Words::lanes;
+    static constexpr ptrdiff_t lineSamples = stretchWords * wordColumns + Samples::lanes;
 
 private:
     static void scatter(const Row& row, ptrdiff_t k, Word run, Kuv16u label) {
@@ -113,30 +113,30 @@ private:
 
     // May write up to a vector more, which what follows overwrites.
     static KUV_INLINE void repeat(Kuv16u* to, ptrdiff_t count, Kuv16u label) {
-        const Words labels = fill<Words>(label);
+        const Samples labels = fill<Samples>(label);
         do {
             store(to, labels);
-            to += Words::lanes;
-            count -= Words::lanes;
+            to += Samples::lanes;
+            count -= Samples::lanes;
         } while (count > 0);
     }
 
-    static KUV_INLINE Words replaced(const Kuv16u* samples, const Kuv16u* labels) {
-        return bitAndNot(equal(load<Words>(samples), fill<Words>(0)), load<Words>(labels));
+    static KUV_INLINE Samples replaced(const Kuv16u* samples, const Kuv16u* labels) {
+        return bitAndNot(equal(load<Samples>(samples), fill<Samples>(0)), load<Samples>(labels));
     }
     static KUV_INLINE void replaceWord(Kuv16u* samples, const Kuv16u* labels) {
 #pragma GCC unroll 8
-        for (ptrdiff_t i = 0; i < wordColumns; i += Words::lanes) store(samples + i, replaced(samples + i, labels + i));
+        for (ptrdiff_t i = 0; i < wordColumns; i += Samples::lanes) store(samples + i, replaced(samples + i, labels + i));
     }
     // The last vector is read before the one that it overlaps is written.
     static KUV_INLINE void replaceFew(Kuv16u* samples, const Kuv16u* labels, ptrdiff_t count) {
-        const ptrdiff_t end = count - Words::lanes;
+        const ptrdiff_t end = count - Samples::lanes;
         if (end < 0) {
             for (ptrdiff_t i = 0; i < count; ++i) storeSample<Kuv16u>(samples + i, loadSample(samples + i) != 0 ? labels[i] : 0);
             return;
         }
-        const Words last = replaced(samples + end, labels + end);
-        for (ptrdiff_t i = 0; i < end; i += Words::lanes) store(samples + i, replaced(samples + i, labels + i));
+        const Samples last = replaced(samples + end, labels + end);
+        for (ptrdiff_t i = 0; i < end; i += Samples::lanes) store(samples + i, replaced(samples + i, labels + i));
         store(samples + end, last);
     }
 

@@ -221,21 +221,21 @@ private:
 #endif
 
 // The last block overlaps the one before.
-template <class Blocks, class S, class Entry>
-KUV_INLINE void expandRow(const Blocks& blocks, Palette<Entry> palette, const S* src, Entry* dst, ptrdiff_t width) {
-    const ptrdiff_t last = width - Blocks::pixelsAfter - Blocks::lanes;
+template <class Expand, class S, class Entry>
+KUV_INLINE void expandRow(const Expand& expand, Palette<Entry> palette, const S* src, Entry* dst, ptrdiff_t width) {
+    const ptrdiff_t last = width - Expand::pixelsAfter - Expand::lanes;
     if (last < 0) return expandPixels(palette, src, dst, 0, width);
 #pragma GCC unroll 2
-    for (ptrdiff_t i = 0; i < last; i += Blocks::lanes) blocks(src + i, dst + i);
-    blocks(src + last, dst + last);
-    expandPixels(palette, src, dst, width - Blocks::pixelsAfter, width);
+    for (ptrdiff_t i = 0; i < last; i += Expand::lanes) expand(src + i, dst + i);
+    expand(src + last, dst + last);
+    expandPixels(palette, src, dst, width - Expand::pixelsAfter, width);
 }
 
-template <class Blocks, class S, class Entry>
-void expandRows(const Blocks& blocks, Palette<Entry> palette, const S* src, ptrdiff_t srcStep, Entry* dst, ptrdiff_t dstStep,
+template <class Expand, class S, class Entry>
+void expandRows(const Expand& expand, Palette<Entry> palette, const S* src, ptrdiff_t srcStep, Entry* dst, ptrdiff_t dstStep,
                 KuviSize roi) {
     for (ptrdiff_t row = 0; row < roi.height; ++row) {
-        expandRow(blocks, palette, rowAt(src, srcStep, row), rowAt(dst, dstStep, row), roi.width);
+        expandRow(expand, palette, rowAt(src, srcStep, row), rowAt(dst, dstStep, row), roi.width);
     }
 }
 
