@@ -7,7 +7,8 @@
 namespace kuv::KUV_VARIANT {
 namespace {
 
-// Offsets in bytes. What is described as a table or a plan is its distance from the record.
+// Offsets in bytes. What is described as a table or a plan is its distance from the record. Programs read these words; those that nothing
+// here reads, as hint and scaleInverse, are kept for them.
 namespace plan {
 constexpr int id = 0, length = 4, scaleForward = 8, scaleInverse = 12, scaleValue = 16, hint = 20, workBytes = 24, usesFft = 28,
               chirpLength = 44, directTwiddles = 48, chirpTable = 60, chirpSpectrum = 64, fftPlan = 68, chirpPlan = 72,
@@ -29,7 +30,9 @@ constexpr Kuv32s longestFixed = 16, longestFactored = 0x7ffffff, longestChirp = 
 constexpr Kuv32s highestRadix = hasVectors ? 50 : 75;
 constexpr Kuv32s highestRemainder(Kuv32s length) { return hasVectors && length % 4 == 0 ? 150 : highestRadix; }
 
-constexpr bool isDftFlag(Kuv32s flag) { return flag == 1 || flag == 2 || flag == 4 || flag == 8; }
+constexpr bool isDftFlag(Kuv32s flag) {
+    return flag == kuvDftScaleForward || flag == kuvDftScaleInverse || flag == kuvDftScaleBoth || flag == kuvDftScaleNone;
+}
 constexpr bool isPowerOfTwo(Kuv32s length) { return (length & (length - 1)) == 0; }
 constexpr int orderOf(Kuv32s length) { return 31 - __builtin_clz(static_cast<unsigned>(length)); }
 

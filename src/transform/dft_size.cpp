@@ -6,6 +6,7 @@ namespace kuv::KUV_VARIANT {
 namespace {
 
 constexpr Kuv64s slack = 64;  // for aligning a block
+constexpr Kuv64s planBytes = roundedUp(Kuv64s{plan::bytes}, 64);
 
 void addMixedRadix(Kuv32s length, const Factors& factors, BlockSizes& sizes) {
     Kuv64s tables = 0;
@@ -55,7 +56,7 @@ KuvStatus addPath(Kuv32s length, BlockSizes& sizes) {
 }
 
 KuvStatus addSizes(Kuv32s length, BlockSizes& sizes) {
-    sizes.spec += 576;
+    sizes.spec += planBytes;
     const KuvStatus status = addPath(length, sizes);
     sizes.spec += slack;
     if (sizes.init > 0) sizes.init += slack;
@@ -74,7 +75,7 @@ KuvStatus KUV_VARIANT_FUNCTION(kuvsDFTGetSize_C_32f)(Kuv32s length, Kuv32s flag,
     BlockSizes sizes = {};
     KuvStatus status = kuvStatusBadFlag;
     if (isDftFlag(flag)) status = addSizes(length, sizes);
-    else sizes.spec = 576 + slack;
+    else sizes.spec = planBytes + slack;
     storeSample(specSize, static_cast<Kuv32s>(sizes.spec));
     storeSample(initSize, static_cast<Kuv32s>(sizes.init));
     storeSample(workSize, static_cast<Kuv32s>(sizes.work));

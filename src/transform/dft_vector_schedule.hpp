@@ -18,7 +18,7 @@ constexpr int splitOrder(int order) {
     return order <= longestRowOrder ? 0 : order <= 18 ? 4 : order <= 20 ? order - 14 : 8;
 }
 
-constexpr int mostPasses = 31, mostRadix = 151;
+constexpr int mostPasses = 31, mostRadix = 2 * mostPairs + 1;
 // The radices of passes, the first one first, and 0 behind them.
 struct Schedule {
     Kuv8u radices[mostPasses + 1] = {};
