@@ -1,5 +1,6 @@
 // The layout of a kept kernel: a header of 32-bit words at the block's first 64-byte boundary, and the coefficients behind it. Words that
-// stand for pointers are distances from the header; what is reserved is not written.
+// stand for pointers are distances from the header; what is reserved is not written. Programs read these words; those that nothing here
+// reads are kept for them.
 #pragma once
 
 #include "kuvcv.h"

@@ -22,6 +22,7 @@ struct ResizeAxis {
     Kuv32s tailCount;
 };
 
+// Programs read these words; those that nothing here reads are kept for them.
 struct ResizeHeader {
     Kuv32u magic;
     Kuv32s dataKind;

@@ -17,6 +17,7 @@ struct TileAxis {
 
     KUV_INLINE ptrdiff_t operator[](ptrdiff_t i) const { return positions[i] + first; }
     KUV_INLINE ptrdiff_t end() const { return length - after; }
+    // A program may have reordered a plan's positions.
     KUV_INLINE bool descends() const { return positions[end() - 1] < positions[before]; }
 };
 

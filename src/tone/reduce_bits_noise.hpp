@@ -62,6 +62,7 @@ public:
     }
 
 private:
+    // It stands in the caller's buffer: programs read these words; those that nothing here reads are kept for them.
     Kuv32u identity_, seed_;
     Kuv32f low_, high_;
     Kuv64f scale_, offset_;
