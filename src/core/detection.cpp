@@ -58,7 +58,7 @@ Kuv32u maskOf(const Processor& processor) {
 }  // namespace
 
 bool detectFeatures(const Processor& processor, KuvCpuFeatures& mask) {
-    if (!__atomic_load_n(&detectedValid, __ATOMIC_ACQUIRE)) {
+    if (!loadShared(detectedValid)) {
         if (!processor.hasCpuid()) return false;
         storeShared(detectedFeatures, KuvCpuFeatures{maskOf(processor)});
         storeShared(detectedValid, Kuv32u{1});

@@ -19,10 +19,10 @@ extern Kuv32s cacheLineBytes;  // negative: unknown
 
 constexpr Kuv32s cacheNeverQueried = 1;
 
-// A relaxed access compiles to the plain load or store; it is spelled out so that the compiler keeps each access whole.
+// Acquire and release are plain moves on x86: what was stored before a value is seen with it.
 template <class T>
 inline T loadShared(const T& shared) {
-    return __atomic_load_n(&shared, __ATOMIC_RELAXED);
+    return __atomic_load_n(&shared, __ATOMIC_ACQUIRE);
 }
 template <class T>
 inline void storeShared(T& shared, T value) {
