@@ -316,8 +316,8 @@ TEST_F(Cache, LineAloneIsKnown) {
 
 TEST_F(Cache, OfThisProcessor) {
     Kuv32s size = 12345, line = 12345;
-    const KuvStatus status = kuv::kuvQueryCacheBytes(&size);
-    kuv::kuvQueryCacheLine(&line);
+    const KuvStatus status = kuv::queryCacheBytes(&size);
+    kuv::queryCacheLine(&line);
     if (!kuv::vendorIsTested(kuv::hardware)) {
         EXPECT_EQ(status, kuvStatusNoCpuid);
         EXPECT_EQ(size, -1);

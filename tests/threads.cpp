@@ -144,7 +144,7 @@ TEST(ThreadsAtLoad, MakeTheFirstCallsAtOnce) {
                 Kuv32s line;
                 start.arrive_and_wait();
                 expected.check(call, shared, own);
-                kuv::kuvQueryCacheLine(&line);
+                kuv::queryCacheLine(&line);
                 expected.check((call + 1) % calls.size(), shared, own);
             });
         }

@@ -109,7 +109,7 @@ void queryCacheLine(const Processor& processor, Kuv32s* line) {
     *line = loadShared(cacheLineBytes);
 }
 
-KuvStatus kuvQueryCacheBytes(Kuv32s* size) { return queryCacheBytes(hardware, size); }
-void kuvQueryCacheLine(Kuv32s* line) { queryCacheLine(hardware, line); }
+KuvStatus queryCacheBytes(Kuv32s* size) { return queryCacheBytes(hardware, size); }
+void queryCacheLine(Kuv32s* line) { queryCacheLine(hardware, line); }
 
 }  // namespace kuv

@@ -7,7 +7,7 @@
 namespace kuv {
 
 // kuvStatusOk and the size of the largest cache in bytes, or that it is not known. Once answered it costs a load.
-KuvStatus kuvQueryCacheBytes(Kuv32s* size);
-void kuvQueryCacheLine(Kuv32s* line);
+KuvStatus queryCacheBytes(Kuv32s* size);
+void queryCacheLine(Kuv32s* line);
 
 }  // namespace kuv

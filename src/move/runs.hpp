@@ -23,7 +23,7 @@ KUV_INLINE ptrdiff_t bytesToBoundary(const void* address, ptrdiff_t alignment) {
 // Whether so many bytes are to bypass the caches: at least a given part of the largest one, if its size is known.
 KUV_INLINE bool exceedsCache(Kuv64s bytes, int partsOfCache) {
     Kuv32s cache;
-    return kuvQueryCacheBytes(&cache) == kuvStatusOk && bytes * partsOfCache >= cache;
+    return queryCacheBytes(&cache) == kuvStatusOk && bytes * partsOfCache >= cache;
 }
 
 // The first and the last sizeof(T) of n bytes, which may overlap: sizeof(T) <= n <= 2 * sizeof(T).

@@ -97,9 +97,9 @@ struct PastCaches {
 // largest one on, which many processors share. Short rows stay in the caches.
 KUV_INLINE bool bypassesCaches(ptrdiff_t rows, ptrdiff_t samples, ptrdiff_t sampleBytes, ptrdiff_t dstRowBytes, Kuv32s parts = 16) {
     Kuv32s line, cache;
-    kuvQueryCacheLine(&line);
+    queryCacheLine(&line);
     if (dstRowBytes < 2 * ptrdiff_t{line}) return false;
-    return kuvQueryCacheBytes(&cache) == kuvStatusOk && samples * sampleBytes > (cache / parts - 1) / rows;
+    return queryCacheBytes(&cache) == kuvStatusOk && samples * sampleBytes > (cache / parts - 1) / rows;
 }
 
 // dst[i] = operation(operands of i ...) for i in 0 .. count - 1, where dst may be the row of an operand, but not lie on one in another
