@@ -1,7 +1,5 @@
 #include "core/cpuid.hpp"
 
-#include "core/features.hpp"
-
 namespace kuv {
 namespace {
 

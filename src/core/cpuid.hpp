@@ -15,4 +15,9 @@ struct Processor {
     Kuv32u (*xcr0)();  // low half
 };
 
+// The one in the hardware; the tests pass processors of their own making.
+extern const Processor hardware;
+
+bool vendorIsTested(const Processor& processor);
+
 }  // namespace kuv

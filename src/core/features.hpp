@@ -29,34 +29,44 @@ inline void storeShared(T& shared, T value) {
     __atomic_store_n(&shared, value, __ATOMIC_RELEASE);
 }
 
-constexpr KuvCpuFeatures forceBit = KUV_CPU_FORCE;
-constexpr Kuv32u osStateBit = 0x200;
-constexpr Kuv32u undefinedBits = 0x60000000;
-constexpr Kuv32u needOsState = 0x7F08100;  // AVX, AVX2 and the AVX-512 sets but VBMI
-
 struct SelectionRow {
-    Kuv32u test;
-    Kuv32u closure;  // what the variant takes for granted
+    KuvCpuFeatures test;
+    KuvCpuFeatures closure;  // what the variant takes for granted
     Kuv32s index;
 };
 
+// The groups of AVX-512 that processors have.
+constexpr KuvCpuFeatures serverAvx512 = KUV_CPU_AVX512F | KUV_CPU_AVX512CD | KUV_CPU_AVX512BW | KUV_CPU_AVX512DQ | KUV_CPU_AVX512VL;
+constexpr KuvCpuFeatures manyCoreAvx512 = KUV_CPU_AVX512F | KUV_CPU_AVX512CD | KUV_CPU_AVX512ER | KUV_CPU_AVX512PF;
+
+// Each set with those before it.
+constexpr KuvCpuFeatures upToSse = KUV_CPU_MMX | KUV_CPU_SSE;
+constexpr KuvCpuFeatures upToSse2 = upToSse | KUV_CPU_SSE2;
+constexpr KuvCpuFeatures upToSse3 = upToSse2 | KUV_CPU_SSE3;
+constexpr KuvCpuFeatures upToSsse3 = upToSse3 | KUV_CPU_SSSE3;
+constexpr KuvCpuFeatures upToSse41 = upToSsse3 | KUV_CPU_SSE41;
+constexpr KuvCpuFeatures upToSse42 = upToSse41 | KUV_CPU_SSE42;
+constexpr KuvCpuFeatures upToAvx = upToSse42 | KUV_CPU_AVX;
+constexpr KuvCpuFeatures upToAvx2 = upToAvx | KUV_CPU_AVX2;
+
 // The first row whose test bits a mask holds is its row; the last one takes every mask.
 inline constexpr SelectionRow selectionTable[] = {
-    {0x7300000, 0x73081DF, 5}, {0xF00000, 0xF081DF, 5}, {0x8000, 0x81DF, 5}, {0x100, 0x1DF, 4},
-    {0x80, 0xDF, 3},           {0x40, 0x5F, 2},         {0x20, 0x3F, 2},     {0x10, 0x1F, 2},
-    {0x8, 0xF, 1},             {0x4, 0x7, 1},           {0x2, 0x3, 0},       {0x0, 0x1, 0},
+    {serverAvx512, upToAvx2 | serverAvx512, 5},
+    {manyCoreAvx512, upToAvx2 | manyCoreAvx512, 5},
+    {KUV_CPU_AVX2, upToAvx2, 5},
+    {KUV_CPU_AVX, upToAvx, 4},
+    {KUV_CPU_SSE42, upToSse42, 3},
+    {KUV_CPU_SSE41, upToSse41, 2},
+    {KUV_CPU_MOVBE, upToSsse3 | KUV_CPU_MOVBE, 2},
+    {KUV_CPU_SSSE3, upToSsse3, 2},
+    {KUV_CPU_SSE3, upToSse3, 1},
+    {KUV_CPU_SSE2, upToSse2, 1},
+    {KUV_CPU_SSE, upToSse, 0},
+    {0, KUV_CPU_MMX, 0},
 };
-
-// The processor in the hardware; the tests pass processors of their own making.
-extern const Processor hardware;
-
-bool vendorIsTested(const Processor& processor);
 
 // Gives the feature mask, from the cache after the first time. False: no CPUID, and mask is left alone.
 bool detectFeatures(const Processor& processor, KuvCpuFeatures& mask);
-
-// Stores enabledFeatures and gives the index, which the caller stores.
-KuvStatus selectVariant(const Processor& processor, KuvCpuFeatures mask, Kuv32s& index);
 
 KuvStatus initialise(const Processor& processor);
 KuvStatus setCpuFeatures(const Processor& processor, KuvCpuFeatures features);

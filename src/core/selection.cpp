@@ -4,64 +4,52 @@
 namespace kuv {
 
 Kuv32s variantIndex = -1;
-KuvCpuFeatures enabledFeatures = 3;
+KuvCpuFeatures enabledFeatures = upToSse;
 
 namespace {
 
-const SelectionRow& rowOf(Kuv32u low) {
+constexpr KuvCpuFeatures undefinedBits = 0x7FFFFFFF60000000;
+constexpr KuvCpuFeatures needOsState = KUV_CPU_AVX | KUV_CPU_AVX2 | serverAvx512 | manyCoreAvx512;
+
+const SelectionRow& rowOf(KuvCpuFeatures features) {
     const SelectionRow* row = selectionTable;
-    while ((low & row->test) != row->test) ++row;
+    while ((features & row->test) != row->test) ++row;
     return *row;
 }
 
 }  // namespace
 
-KuvStatus selectVariant(const Processor& processor, KuvCpuFeatures mask, Kuv32s& index) {
-    Kuv32u low = static_cast<Kuv32u>(mask);
+KuvStatus setCpuFeatures(const Processor& processor, KuvCpuFeatures features) {
     KuvStatus pending = kuvStatusOk;
-    if (mask & forceBit) {
+    if (features & KUV_CPU_FORCE) {
         // The processor is not asked. The mask that was in force becomes the detected one.
-        mask &= ~forceBit;
+        features &= ~KUV_CPU_FORCE;
         storeShared(detectedFeatures, loadShared(enabledFeatures));
         storeShared(detectedValid, Kuv32u{1});
     } else {
         KuvCpuFeatures detected = 0;
         detectFeatures(processor, detected);
-        const Kuv32u high = static_cast<Kuv32u>(mask >> 32);
-        if ((low & undefinedBits) != 0 || (high & 0x7FFFFFFF) != 0) pending = kuvStatusFeatureUnknown;
-        if ((low & needOsState) != 0 && (detected & osStateBit) == 0) {
-            low &= ~needOsState;
+        if ((features & undefinedBits) != 0) pending = kuvStatusFeatureUnknown;
+        if ((features & needOsState) != 0 && (detected & KUV_CPU_OS_AVX) == 0) {
+            features &= ~needOsState;
             pending = kuvStatusFeatureMissing;
         }
-        const KuvCpuFeatures requested = static_cast<KuvCpuFeatures>(high) << 32 | low;
-        if ((requested & ~detected) != 0) pending = kuvStatusFeatureMissing;
+        if ((features & ~detected) != 0) pending = kuvStatusFeatureMissing;
     }
 
-    const SelectionRow& row = rowOf(low);
-    constexpr KuvCpuFeatures highWord = 0xFFFFFFFF00000000;
-    storeShared(enabledFeatures, (mask & highWord) | low | row.closure);
-    index = row.index;
+    const SelectionRow& row = rowOf(features);
+    storeShared(enabledFeatures, features | row.closure);
+    storeShared(variantIndex, row.index);
     if (pending != kuvStatusOk) return pending;
     if (row.test == 0) return kuvStatusNoCpuid;
-    return (low & row.closure) == row.closure ? kuvStatusOk : kuvStatusFeatureIncomplete;
+    return (features & row.closure) == row.closure ? kuvStatusOk : kuvStatusFeatureIncomplete;
 }
 
 KuvStatus initialise(const Processor& processor) {
     KuvCpuFeatures mask = 0;
-    if (getCpuFeatures(processor, &mask, nullptr) != kuvStatusOk) {
-        mask = 0;
-        storeShared(variantIndex, Kuv32s{0});
-        storeShared(enabledFeatures, KuvCpuFeatures{3});
-    }
+    detectFeatures(processor, mask);  // 0 without CPUID
     const KuvStatus status = setCpuFeatures(processor, mask);
     return vendorIsTested(processor) ? status : kuvStatusNotVendorCpu;
-}
-
-KuvStatus setCpuFeatures(const Processor& processor, KuvCpuFeatures features) {
-    Kuv32s index;
-    const KuvStatus status = selectVariant(processor, features, index);
-    storeShared(variantIndex, index);
-    return status;
 }
 
 }  // namespace kuv

@@ -31,55 +31,55 @@ namespace {
 
 enum class Code { px, w7, s8, p8, g9, h9 };
 
-// The feature bits that the compiler was told to use in this unit.
-constexpr unsigned compiledFeatures() {
-    unsigned bits = 0x3;
+// The features that the compiler was told to use in this unit.
+constexpr KuvCpuFeatures compiledFeatures() {
+    KuvCpuFeatures features = KUV_CPU_MMX | KUV_CPU_SSE;
 #ifdef __SSE2__
-    bits |= 0x4;
+    features |= KUV_CPU_SSE2;
 #endif
 #ifdef __SSE3__
-    bits |= 0x8;
+    features |= KUV_CPU_SSE3;
 #endif
 #ifdef __SSSE3__
-    bits |= 0x10;
+    features |= KUV_CPU_SSSE3;
 #endif
 #ifdef __MOVBE__
-    bits |= 0x20;
+    features |= KUV_CPU_MOVBE;
 #endif
 #ifdef __SSE4_1__
-    bits |= 0x40;
+    features |= KUV_CPU_SSE41;
 #endif
 #ifdef __SSE4_2__
-    bits |= 0x80;
+    features |= KUV_CPU_SSE42;
 #endif
 #ifdef __AVX__
-    bits |= 0x100;
+    features |= KUV_CPU_AVX;
 #endif
 #ifdef __AES__
-    bits |= 0x400;
+    features |= KUV_CPU_AES;
 #endif
 #ifdef __PCLMUL__
-    bits |= 0x800;
+    features |= KUV_CPU_PCLMULQDQ;
 #endif
 #ifdef __RDRND__
-    bits |= 0x2000;
+    features |= KUV_CPU_RDRAND;
 #endif
 #ifdef __F16C__
-    bits |= 0x4000;
+    features |= KUV_CPU_F16C;
 #endif
 #if defined(__AVX2__) && defined(__FMA__) && defined(__BMI__) && defined(__BMI2__)
-    bits |= 0x8000;
+    features |= KUV_CPU_AVX2;
 #endif
 #ifdef __AVX512F__
-    bits |= 0x100000;
+    features |= KUV_CPU_AVX512F;
 #endif
-    return bits;
+    return features;
 }
 
 struct Facts {
     Code code;
     int index;
-    unsigned features;
+    KuvCpuFeatures features;
 };
 
 constexpr Facts factsOf(Code wanted) {
@@ -94,13 +94,13 @@ constexpr Facts factsOf(Code wanted) {
 constexpr Facts facts = factsOf(Code::KUV_VARIANT);
 
 // px is the baseline of the platform: on x86-64 that has SSE2, which the compiler needs for scalar floating point.
-static_assert(compiledFeatures() == (facts.features | 0x4), "compiler flags and the variant's feature set disagree");
+static_assert(compiledFeatures() == (facts.features | KUV_CPU_SSE2), "compiler flags and the variant's feature set disagree");
 
 constexpr bool hasVectors = facts.index >= 1;
-constexpr bool hasSSSE3 = (facts.features & 0x10) != 0;
-constexpr bool hasSSE41 = (facts.features & 0x40) != 0;
-constexpr bool hasAVX = (facts.features & 0x100) != 0;
-constexpr bool hasAVX2 = (facts.features & 0x8000) != 0;
+constexpr bool hasSSSE3 = (facts.features & KUV_CPU_SSSE3) != 0;
+constexpr bool hasSSE41 = (facts.features & KUV_CPU_SSE41) != 0;
+constexpr bool hasAVX = (facts.features & KUV_CPU_AVX) != 0;
+constexpr bool hasAVX2 = (facts.features & KUV_CPU_AVX2) != 0;
 
 // Widest vector of the variant in bytes: integer and floating point differ in AVX alone.
 constexpr int integerBytes = hasAVX2 ? 32 : 16;
