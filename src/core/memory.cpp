@@ -10,7 +10,10 @@ constexpr Kuv64s alignment = 64;
 constexpr Kuv64s largest = 0x7FFFFFFF;
 constexpr Kuv64s overhead = alignment + static_cast<Kuv64s>(sizeof(void*));
 
-constexpr std::uintptr_t roundUp(std::uintptr_t value) { return (value + alignment - 1) & ~static_cast<std::uintptr_t>(alignment - 1); }
+template <class T>
+constexpr T roundUp(T value) {
+    return (value + static_cast<T>(alignment - 1)) & static_cast<T>(-alignment);
+}
 
 // Rows of whole 64-byte units, step times height bytes in all. When only the product is too large the step stays as computed.
 template <class T>
@@ -20,7 +23,7 @@ T* mallocImage(Kuv32s width, Kuv32s height, Kuv32s* stepBytes, Kuv64s pixelBytes
     if (width < 1 || height < 1) return nullptr;
     const Kuv64s rowBytes = width * pixelBytes;
     if (rowBytes > largest) return nullptr;
-    const Kuv64s step = (rowBytes + alignment - 1) & -alignment;
+    const Kuv64s step = roundUp(rowBytes);
     *stepBytes = static_cast<Kuv32s>(step);
     const Kuv64s total = step * height;
     if (total > largest) return nullptr;
