@@ -93,7 +93,7 @@ KuvStatus shiftC1(Kuv32u value, Kuv16u* srcDst, Kuv32s srcDstStep, KuviSize roiS
     if (anyNull(srcDst)) return kuvStatusNullPtr;
     if (srcDstStep < 1) return kuvStatusBadStep;
     if (emptyRoi(roiSize)) return kuvStatusBadSize;
-    if (value == 0) return KUV_VARIANT_FUNCTION(kuviCopy_16u_C1R)(srcDst, srcDstStep, srcDst, srcDstStep, roiSize);
+    if (value == 0) return kuvStatusOk;
     shiftSamples<Shift>(value, srcDst, srcDstStep, roiSize.width, roiSize.height);
     return kuvStatusOk;
 }
@@ -108,7 +108,7 @@ struct ThreeCounts {
             of[c] = count < emptying ? count : emptying;
         }
     }
-    bool all(Kuv32u count) const { return of[0] == count && equal(); }
+    bool allZero() const { return of[0] == 0 && equal(); }
     bool equal() const { return of[0] == of[1] && of[0] == of[2]; }
 };
 
@@ -118,7 +118,7 @@ KuvStatus shiftC3(const Kuv32u* value, Kuv16u* srcDst, Kuv32s srcDstStep, KuviSi
     if (srcDstStep < 1) return kuvStatusBadStep;
     if (emptyRoi(roiSize)) return kuvStatusBadSize;
     const ThreeCounts counts(value);
-    if (counts.all(0)) return KUV_VARIANT_FUNCTION(kuviCopy_16u_C3R)(srcDst, srcDstStep, srcDst, srcDstStep, roiSize);
+    if (counts.allZero()) return kuvStatusOk;
     if (counts.equal()) {
         shiftSamples<Shift>(counts.of[0], srcDst, srcDstStep, ptrdiff_t{3} * roiSize.width, roiSize.height);
     } else {
@@ -133,23 +133,18 @@ KuvStatus shiftAC4(const Kuv32u* value, Kuv16u* srcDst, Kuv32s srcDstStep, KuviS
     if (srcDstStep < 1) return kuvStatusBadStep;
     if (emptyRoi(roiSize)) return kuvStatusBadSize;
     const ThreeCounts counts(value);
-    if (counts.all(0)) return KUV_VARIANT_FUNCTION(kuviCopy_16u_AC4R)(srcDst, srcDstStep, srcDst, srcDstStep, roiSize);
-    if (counts.all(emptying)) {
-        clearColours(srcDst, srcDstStep, roiSize.width, roiSize.height);
-    } else {
-        shiftPixels<Shift, 4>(counts.of, srcDst, srcDstStep, roiSize.width, roiSize.height);
-    }
+    if (counts.allZero()) return kuvStatusOk;
+    shiftPixels<Shift, 4>(counts.of, srcDst, srcDstStep, roiSize.width, roiSize.height);
     return kuvStatusOk;
 }
 
 template <class Shift>
 KuvStatus shiftSignal(Kuv32s value, Kuv16u* srcDst, Kuv32s len) {
-    if (value >= static_cast<Kuv32s>(emptying)) return clearSignal(srcDst, len);
     if (anyNull(srcDst)) return kuvStatusNullPtr;
     if (len < 1) return kuvStatusBadSize;
     if (value < 0) return kuvStatusBadShift;
     if (value == 0) return kuvStatusOk;
-    shiftPixels<Shift, 1>({static_cast<Kuv32u>(value)}, srcDst, 0, len, 1);
+    shiftSamples<Shift>(static_cast<Kuv32u>(value), srcDst, 0, len, 1);
     return kuvStatusOk;
 }
 

@@ -1,6 +1,7 @@
 // Fills with a constant.
 #include "core/checks.hpp"
 #include "move/fills.hpp"
+#include "simd/rows.hpp"
 
 namespace kuv::KUV_VARIANT {
 namespace {
