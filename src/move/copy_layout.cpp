@@ -36,8 +36,7 @@ KuvStatus copyPlanes(const Kuv8u* const* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s
         const Kuv8u* planes[channels];
         for (int c = 0; c < channels; ++c) planes[c] = rowAt(first[c], srcStep, row);
         Kuv8u* const to = rowAt(dst, dstStep, row);
-        if (streaming) interleaveRowStreaming<channels>(planes, to, width);
-        else interleaveRow<channels>(planes, to, width);
+        if (!streaming || !interleaveRowStreaming<channels>(planes, to, width)) interleaveRow<channels>(planes, to, width);
     }
     if (streaming) streamFence();
     return kuvStatusOk;

@@ -7,6 +7,7 @@
 #include "move/runs.hpp"
 #include "simd/bytes.hpp"
 #include "simd/interleave.hpp"
+#include "simd/rows.hpp"
 
 namespace kuv::KUV_VARIANT {
 namespace {
@@ -207,26 +208,25 @@ void interleaveRow(const Kuv8u* const (&planes)[channels], Kuv8u* dst, ptrdiff_t
     interleavePixels(planes, done, width, dst);
 }
 
-// Past the caches, where a pixel begins on a vector's boundary. The caller closes with a fence.
+// Past the caches; false if no pixel begins on a vector's boundary. Rows have a vector of pixels at least. The caller closes with a fence.
 template <int channels>
-void interleaveRowStreaming(const Kuv8u* const (&planes)[channels], Kuv8u* dst, ptrdiff_t width) {
+bool interleaveRowStreaming(const Kuv8u* const (&planes)[channels], Kuv8u* dst, ptrdiff_t width) {
     // Of four channels both halves of a register go to the same line, for which 16 bytes at a time do.
     using V = std::conditional_t<channels == 4, Vector<Kuv8u, 16>, ByteVector>;
-    ptrdiff_t i = 0;
-    while (i < width && i < V::bytes && offsetIn(dst + channels * i, V::bytes) != 0) ++i;
+    ptrdiff_t i = pixelsToAlignment<channels>(dst, V::bytes);
+    if (offsetIn(dst + channels * i, V::bytes) != 0) return false;
     interleavePixels(planes, 0, i, dst);
-    if (offsetIn(dst + channels * i, V::bytes) == 0) {
-        for (; i + V::bytes <= width; i += V::bytes) {
-            alignas(V::bytes) Kuv8u block[channels * V::bytes];
-            V v[channels];
-            loadPlanes(planes, i, v);
-            storePixels(block, v);
-            for (int k = 0; k < channels; ++k) {
-                stream(dst + channels * i + k * V::bytes, load<V>(block + k * V::bytes));
-            }
+    for (; i + V::bytes <= width; i += V::bytes) {
+        alignas(V::bytes) Kuv8u block[channels * V::bytes];
+        V v[channels];
+        loadPlanes(planes, i, v);
+        storePixels(block, v);
+        for (int k = 0; k < channels; ++k) {
+            stream(dst + channels * i + k * V::bytes, load<V>(block + k * V::bytes));
         }
     }
     interleavePixels(planes, i, width, dst);
+    return true;
 }
 
 // Samples whose mask element is not 0.
