@@ -21,11 +21,21 @@ KUV_INLINE T* rowAt(T* image, ptrdiff_t step, ptrdiff_t row) {
     return reinterpret_cast<T*>(reinterpret_cast<ByteOf<T>*>(image) + step * row);
 }
 
-// Rows that touch are one long row.
-KUV_INLINE void joinRows(ptrdiff_t& width, ptrdiff_t& height, ptrdiff_t step, ptrdiff_t pixelBytes) {
-    if (step != width * pixelBytes) return;
+struct RowLayout {
+    ptrdiff_t step, pixelBytes;
+};
+
+// Rows that touch are one long row, if those of all images do.
+template <int images>
+KUV_INLINE void joinRows(ptrdiff_t& width, ptrdiff_t& height, const RowLayout (&layouts)[images]) {
+    for (const RowLayout& each : layouts) {
+        if (each.step != width * each.pixelBytes) return;
+    }
     width *= height;
     height = 1;
+}
+KUV_INLINE void joinRows(ptrdiff_t& width, ptrdiff_t& height, ptrdiff_t step, ptrdiff_t pixelBytes) {
+    joinRows(width, height, {{step, pixelBytes}});
 }
 
 // Asks for memory that is needed in about a microsecond: rows of a tile lie too far apart for the processor to foresee them.

@@ -13,17 +13,11 @@ constexpr Kuv32s partsOfCache = 16;
 template <>
 constexpr Kuv32s partsOfCache<ToSingles<Kuv8u>> = 1;
 
-constexpr ptrdiff_t anyRun = PTRDIFF_MAX;
-
-// Rows that touch are one run, of up to longestRun samples.
 template <class Operation, class S, class D>
 KuvStatus convertRows(const Operation& operation, const S* src, ptrdiff_t srcStep, D* dst, ptrdiff_t dstStep, ptrdiff_t samples,
-                      ptrdiff_t rows, ptrdiff_t longestRun = anyRun) {
+                      ptrdiff_t rows) {
     constexpr ptrdiff_t srcBytes = sizeof(S), dstBytes = sizeof(D);
-    if (srcStep == samples * srcBytes && dstStep == samples * dstBytes && samples <= longestRun / rows) {
-        samples *= rows;
-        rows = 1;
-    }
+    joinRows(samples, rows, {{srcStep, srcBytes}, {dstStep, dstBytes}});
     const bool streaming = hasVectors && bypassesCaches(rows, samples, srcBytes + dstBytes, samples * dstBytes, partsOfCache<Operation>);
     const auto convert = [&](auto byHalves) {
         for (ptrdiff_t row = 0; row < rows; ++row) {
@@ -53,7 +47,7 @@ KuvStatus scaleImage(const S* src, Kuv32s srcStep, D* dst, Kuv32s dstStep, KuviS
     if (anyNull(src, dst)) return kuvStatusNullPtr;
     if (emptyRoi(roi)) return kuvStatusBadSize;
     if (srcStep < 1 || dstStep < 1) return kuvStatusBadStep;
-    return convertRows(Operation(vMin, vMax), src, srcStep, dst, dstStep, ptrdiff_t{3} * roi.width, roi.height, 0x7FFFFFFE);
+    return convertRows(Operation(vMin, vMax), src, srcStep, dst, dstStep, ptrdiff_t{3} * roi.width, roi.height);
 }
 
 }  // namespace

@@ -58,13 +58,9 @@ void copyPlanned(const Kuv8u* src, ptrdiff_t srcStep, Kuv8u* dst, ptrdiff_t dstS
     copyRows(src, srcStep, dst, dstStep, w, height, copyForward);
 }
 
-// largestSide: up to which both sides may be for the rows to count as one.
-void copyUnasked(const Kuv8u* src, ptrdiff_t srcStep, Kuv8u* dst, ptrdiff_t dstStep, ptrdiff_t w, ptrdiff_t height, ptrdiff_t largestSide) {
+void copyUnasked(const Kuv8u* src, ptrdiff_t srcStep, Kuv8u* dst, ptrdiff_t dstStep, ptrdiff_t w, ptrdiff_t height) {
     const bool streaming = w > leastStreamedUnasked / height;
-    if (srcStep == w && dstStep == w && w <= largestSide && height <= largestSide) {
-        w *= height;
-        height = 1;
-    }
+    joinRows(w, height, {{srcStep, 1}, {dstStep, 1}});
     if (streaming) return copyRowsStreaming(src, srcStep, dst, dstStep, w, height);
     copyRows(src, srcStep, dst, dstStep, w, height, copyForward);
 }
@@ -83,8 +79,7 @@ KuvStatus copyImage(const T* src, Kuv32s srcStep, T* dst, Kuv32s dstStep, KuviSi
     } else if constexpr (plansByCache) {
         copyPlanned(bytesOf(src), srcStep, bytesOf(dst), dstStep, w, roi.height);
     } else {
-        constexpr ptrdiff_t largestSide = sizeof(T) == 1 && channels == 1 ? 0x7FFF : 0x7FFFFFFF;
-        copyUnasked(bytesOf(src), srcStep, bytesOf(dst), dstStep, w, roi.height, largestSide);
+        copyUnasked(bytesOf(src), srcStep, bytesOf(dst), dstStep, w, roi.height);
     }
     return kuvStatusOk;
 }

@@ -27,10 +27,7 @@ KuvStatus copyPlanes(const Kuv8u* const* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s
     }
     if (emptyRoi(roi)) return kuvStatusBadSize;
     ptrdiff_t width = roi.width, height = roi.height;
-    if (hasVectors && srcStep == width && dstStep == channels * width) {
-        width *= height;
-        height = 1;
-    }
+    joinRows(width, height, {{srcStep, 1}, {dstStep, channels}});
     const bool streaming = hasVectors && width >= leastStreamed && bypassesCaches(height, width, 2 * channels, channels * width, 32);
     for (ptrdiff_t row = 0; row < height; ++row) {
         const Kuv8u* planes[channels];
@@ -42,17 +39,12 @@ KuvStatus copyPlanes(const Kuv8u* const* src, Kuv32s srcStep, Kuv8u* dst, Kuv32s
     return kuvStatusOk;
 }
 
-// Rows are merged only if those of the mask touch as well.
 template <class T>
 KuvStatus copyUnderMask(const T* src, Kuv32s srcStep, T* dst, Kuv32s dstStep, KuviSize roi, const Kuv8u* mask, Kuv32s maskStep) {
     if (anyNull(src, dst, mask)) return kuvStatusNullPtr;
     if (emptyRoi(roi)) return kuvStatusBadSize;
     ptrdiff_t width = roi.width, height = roi.height;
-    const ptrdiff_t rowBytes = width * static_cast<ptrdiff_t>(sizeof(T));
-    if (hasVectors && srcStep == rowBytes && dstStep == rowBytes && maskStep == width) {
-        width *= height;
-        height = 1;
-    }
+    joinRows(width, height, {{srcStep, sizeof(T)}, {dstStep, sizeof(T)}, {maskStep, 1}});
     for (ptrdiff_t row = 0; row < height; ++row) {
         copyMasked(rowAt(src, srcStep, row), rowAt(dst, dstStep, row), rowAt(mask, maskStep, row), width);
     }
