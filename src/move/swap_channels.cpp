@@ -1,4 +1,4 @@
-// Channels of interleaved pixels reordered: checks, and which rows are one.
+// Channels of interleaved pixels reordered.
 #include "core/checks.hpp"
 #include "move/swap_channels_kernels.hpp"
 
@@ -33,13 +33,6 @@ KuvStatus swapChannels(const T* src, Kuv32s srcStep, T* dst, Kuv32s dstStep, Kuv
     return kuvStatusOk;
 }
 
-// Rows without padding are one long row.
-KUV_INLINE void swapInPlace(const ChannelOrder<Pixel<Kuv8u, 3, 3>>& order, Kuv8u* srcDst, ptrdiff_t step, KuviSize size) {
-    ptrdiff_t width = size.width, height = size.height;
-    joinRows(width, height, step, 3);
-    swapImage(order, srcDst, step, srcDst, step, width, height);
-}
-
 }  // namespace
 }  // namespace kuv::KUV_VARIANT
 
@@ -52,11 +45,7 @@ KuvStatus KUV_VARIANT_FUNCTION(kuviSwapChannels_8u_C3R)(const Kuv8u* src, Kuv32s
     if (srcStep == 0 || dstStep == 0) return kuvStatusBadStep;
     const auto order = orderOf<Rgb>(dstOrder);
     if (!namesChannels(order)) return kuvStatusBadChannelOrder;
-    if (src == dst) {
-        swapInPlace(order, dst, dstStep, roiSize);
-    } else {
-        swapImage(order, src, srcStep, dst, dstStep, roiSize.width, roiSize.height);
-    }
+    swapImage(order, src, src == dst ? dstStep : srcStep, dst, dstStep, roiSize.width, roiSize.height);
     return kuvStatusOk;
 }
 
@@ -81,15 +70,7 @@ KuvStatus KUV_VARIANT_FUNCTION(kuviSwapChannels_16u_AC4R)(const Kuv16u* src, Kuv
 KuvStatus KUV_VARIANT_FUNCTION(kuviSwapChannels_8u_C3IR)(Kuv8u* srcDst, Kuv32s srcDstStep, KuviSize roiSize,
                                                          const Kuv32s* dstOrder) {
     using namespace kuv::KUV_VARIANT;
-    using Rgb = Pixel<Kuv8u, 3, 3>;
-    if (anyNull(srcDst)) return kuvStatusNullPtr;
-    if (srcDstStep == 0) return kuvStatusBadStep;
-    if (emptyRoi(roiSize)) return kuvStatusBadSize;
-    if (anyNull(dstOrder)) return kuvStatusNullPtr;
-    const auto order = orderOf<Rgb>(dstOrder);
-    if (!namesChannels(order)) return kuvStatusBadChannelOrder;
-    swapInPlace(order, srcDst, srcDstStep, roiSize);
-    return kuvStatusOk;
+    return swapChannels<Pixel<Kuv8u, 3, 3>>(srcDst, srcDstStep, srcDst, srcDstStep, roiSize, dstOrder);
 }
 
 KuvStatus KUV_VARIANT_FUNCTION(kuviSwapChannels_8u_C4IR)(Kuv8u* srcDst, Kuv32s srcDstStep, KuviSize roiSize,

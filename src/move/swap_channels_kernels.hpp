@@ -228,6 +228,7 @@ bool swapRows(const ChannelOrder<P>& order, const typename P::Sample* src, ptrdi
     }
     return true;
 }
+    joinRows(width, height, {{srcStep, P::bytes}, {dstStep, P::bytes}});
 
 // `src` may be `dst`.
 template <class P>
