@@ -10,8 +10,8 @@ constexpr bool plansByCache = hasAVX2;
 
 constexpr Kuv64s tooLarge = 0x80000000;
 
-constexpr ptrdiff_t leastPlannedRow = 512, leastPlannedRun = 32768;
-constexpr Kuv64s leastStreamedRun = 0x400000, leastStreamedImage = 0x300000, leastStreamedUnasked = 0x100000;
+constexpr ptrdiff_t leastPlannedRun = 32768;
+constexpr Kuv64s leastStreamedRun = 0x400000, leastStreamedUnasked = 0x100000;
 // Less than this behind the source within a page, a destination is close.
 constexpr ptrdiff_t closeOffset = 160;
 
@@ -46,8 +46,8 @@ void copyPlanned(const Kuv8u* src, ptrdiff_t srcStep, Kuv8u* dst, ptrdiff_t dstS
     if (!fits) return copyRowsStreaming(src, srcStep, dst, dstStep, w, height);
     const ptrdiff_t n = w * height;
     if (srcStep == w && dstStep == w) return copyRun(dst, src, n);
-    if (w < leastPlannedRow) return copyRows(src, srcStep, dst, dstStep, w, height, copyShort<>);
-    if (n > leastStreamedImage && exceedsCache(n, 2)) return copyRowsStreaming(src, srcStep, dst, dstStep, w, height);
+    if (w < leastAlignedRow) return copyRows(src, srcStep, dst, dstStep, w, height, copyShort<>);
+    if (copyBypassesCaches(w, height)) return copyRowsStreaming(src, srcStep, dst, dstStep, w, height);
     const bool aligned = offsetIn(dst, 32) == 0 && dstStep % 32 == 0 && w % 32 == 0;
     const ptrdiff_t offset = offsetInPage(dst, src);
     if (aligned && srcStep == dstStep && offset >= 0 && offset < closeOffset) {
@@ -71,11 +71,7 @@ KuvStatus copyImage(const T* src, Kuv32s srcStep, T* dst, Kuv32s dstStep, KuviSi
     if (emptyRoi(roi)) return kuvStatusBadSize;
     const ptrdiff_t samples = ptrdiff_t{channels} * roi.width, w = samples * static_cast<ptrdiff_t>(sizeof(T));
     if constexpr (!hasVectors) {
-        for (ptrdiff_t row = 0; row < roi.height; ++row) {
-            const T* const from = rowAt(src, srcStep, row);
-            T* const to = rowAt(dst, dstStep, row);
-            for (ptrdiff_t i = 0; i < samples; ++i) storeSample(to + i, loadSample(from + i));
-        }
+        for (ptrdiff_t row = 0; row < roi.height; ++row) copySamples(rowAt(dst, dstStep, row), rowAt(src, srcStep, row), samples);
     } else if constexpr (plansByCache) {
         copyPlanned(bytesOf(src), srcStep, bytesOf(dst), dstStep, w, roi.height);
     } else {
@@ -111,7 +107,7 @@ KuvStatus KUV_VARIANT_FUNCTION(kuvsCopy_8u)(const Kuv8u* src, Kuv8u* dst, Kuv32s
     if constexpr (hasVectors) {
         copyRun(dst, src, len);
     } else {
-        for (ptrdiff_t i = 0; i < len; ++i) dst[i] = src[i];
+        copySamples(dst, src, len);
     }
     return kuvStatusOk;
 }

@@ -8,27 +8,16 @@ namespace {
 constexpr bool isDiagonal(Kuv32s axis) { return axis == kuvAxisDiagonal || axis == kuvAxisSecondDiagonal; }
 constexpr bool isPlain(Kuv32s axis) { return axis == kuvAxisHorizontal || axis == kuvAxisVertical || axis == kuvAxisBoth; }
 
-// Images of at most so many bytes never ask for the size of the cache.
-constexpr Kuv64s neverStreamed = 0x300000, tooLarge = 0x100000000;
-
-// Of shorter rows it does not pay to align what is written.
-constexpr ptrdiff_t leastAligned = 512;
-
-KUV_INLINE bool bypassesCaches(ptrdiff_t rowBytes, ptrdiff_t rows) {
-    if (rowBytes <= neverStreamed / rows) return false;
-    return exceedsCache(rowBytes <= tooLarge / rows ? rowBytes * rows : tooLarge, 2);
-}
-
 // About the horizontal axis rows are copied.
 KUV_ALIGNED void copyRowsUpward(const Kuv8u* src, ptrdiff_t srcStep, Kuv8u* dst, ptrdiff_t dstStep, ptrdiff_t n, ptrdiff_t height) {
-    const bool streaming = bypassesCaches(n, height), aligned = offsetIn(dst, vectorBytes) == 0 && dstStep % vectorBytes == 0;
+    const bool streaming = copyBypassesCaches(n, height), aligned = offsetIn(dst, vectorBytes) == 0 && dstStep % vectorBytes == 0;
     const bool large = n > firstLevelBytes / height;
     for (ptrdiff_t row = 0; row < height; ++row) {
         const Kuv8u* const from = rowAt(src, srcStep, row);
         Kuv8u* const to = rowAt(dst, dstStep, height - 1 - row);
         if (streaming) copyStreaming(to, from, n);
         else if (large && aligned) copyShort<true>(to, from, n);
-        else if (aligned || n < leastAligned) copyShort(to, from, n);
+        else if (aligned || n < leastAlignedRow) copyShort(to, from, n);
         else copyForward(to, from, n);
     }
     if (streaming) streamFence();
@@ -87,7 +76,7 @@ KuvStatus mirrorBetween(const T* src, ptrdiff_t srcStep, T* dst, ptrdiff_t dstSt
         const T* const from = rowAt(src, srcStep, r);
         T* const to = rowAt(dst, dstStep, axis == kuvAxisVertical ? r : height - 1 - r);
         if (axis == kuvAxisHorizontal) {
-            for (ptrdiff_t i = 0; i < channels * ptrdiff_t{roi.width}; ++i) storeSample(to + i, loadSample(from + i));
+            copySamples(to, from, channels * ptrdiff_t{roi.width});
         } else {
             reverseRow<channels>(from, to, roi.width);
         }

@@ -26,6 +26,22 @@ KUV_INLINE bool exceedsCache(Kuv64s bytes, int partsOfCache) {
     return queryCacheBytes(&cache) == kuvStatusOk && bytes * partsOfCache >= cache;
 }
 
+// The same for a copy of an image. Small ones never ask for the size of the cache.
+KUV_INLINE bool copyBypassesCaches(ptrdiff_t rowBytes, ptrdiff_t rows) {
+    constexpr Kuv64s leastStreamed = 0x300000, tooLarge = 0x100000000;
+    if (rowBytes <= leastStreamed / rows) return false;
+    return exceedsCache(rowBytes <= tooLarge / rows ? rowBytes * rows : tooLarge, 2);
+}
+
+// Of shorter rows it does not pay to align what is written.
+constexpr ptrdiff_t leastAlignedRow = 512;
+
+// Samples one after the other.
+template <class T>
+KUV_INLINE void copySamples(T* dst, const T* src, ptrdiff_t n) {
+    for (ptrdiff_t i = 0; i < n; ++i) storeSample(dst + i, loadSample(src + i));
+}
+
 // The first and the last sizeof(T) of n bytes, which may overlap: sizeof(T) <= n <= 2 * sizeof(T).
 template <class T>
 KUV_INLINE void copyEnds(Kuv8u* dst, const Kuv8u* src, ptrdiff_t n) {
