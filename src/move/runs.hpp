@@ -45,10 +45,12 @@ KUV_INLINE void copySamples(T* dst, const T* src, ptrdiff_t n) {
 // The first and the last sizeof(T) of n bytes, which may overlap: sizeof(T) <= n <= 2 * sizeof(T).
 template <class T>
 KUV_INLINE void copyEnds(Kuv8u* dst, const Kuv8u* src, ptrdiff_t n) {
-    const auto at = [](auto* p) { return reinterpret_cast<std::conditional_t<std::is_const_v<std::remove_pointer_t<decltype(p)>>, const T*, T*>>(p); };
-    const T first = loadSample(at(src)), last = loadSample(at(src + n) - 1);
-    storeSample(at(dst), first);
-    storeSample(at(dst + n) - 1, last);
+    constexpr ptrdiff_t size = sizeof(T);
+    T first, last;
+    __builtin_memcpy(&first, src, size);
+    __builtin_memcpy(&last, src + n - size, size);
+    __builtin_memcpy(dst, &first, size);
+    __builtin_memcpy(dst + n - size, &last, size);
 }
 
 // Fewer bytes than two vectors of 16.
