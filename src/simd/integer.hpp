@@ -69,6 +69,12 @@ KUV_BINARY(interleaveHigh, Kuv16u, Kuv16u, unpackhi_epi16)
 KUV_BINARY(pack, Kuv16s, Kuv8s, packs_epi16)
 KUV_BINARY(pack, Kuv32s, Kuv16s, packs_epi32)
 
+// Extremes. Of other types they take SSE4.1: see below.
+KUV_BINARY(minimum, Kuv8u, Kuv8u, min_epu8)
+KUV_BINARY(maximum, Kuv8u, Kuv8u, max_epu8)
+KUV_BINARY(minimum, Kuv16s, Kuv16s, min_epi16)
+KUV_BINARY(maximum, Kuv16s, Kuv16s, max_epi16)
+
 #undef KUV_BINARY
 
 #define KUV_BITWISE(operation, instruction)                                                   \
@@ -127,10 +133,10 @@ KUV_INLINE Vector<T, bytes> select(Vector<T, bytes> mask, Vector<T, bytes> a, Ve
     }
 }
 
-// Extremes. What a set lacks is made of a comparison or of the saturating difference.
-#define KUV_EXTREME(operation, T, instruction, has, otherwise)                                \
+// Without SSE4.1 they are made of a comparison or of the saturating difference.
+#define KUV_EXTREME(operation, T, instruction, otherwise)                                     \
     KUV_INLINE Vector<T, 16> operation(Vector<T, 16> a, Vector<T, 16> b) {                    \
-        if constexpr (has) {                                                                  \
+        if constexpr (hasSSE41) {                                                             \
             return {_mm_##instruction(a.raw, b.raw)};                                         \
         } else {                                                                              \
             return otherwise;                                                                 \
@@ -140,14 +146,10 @@ KUV_INLINE Vector<T, bytes> select(Vector<T, bytes> mask, Vector<T, bytes> a, Ve
         return {_mm256_##instruction(a.raw, b.raw)};                                          \
     })
 
-KUV_EXTREME(minimum, Kuv8u, min_epu8, true, a)
-KUV_EXTREME(maximum, Kuv8u, max_epu8, true, a)
-KUV_EXTREME(minimum, Kuv16s, min_epi16, true, a)
-KUV_EXTREME(maximum, Kuv16s, max_epi16, true, a)
-KUV_EXTREME(minimum, Kuv16u, min_epu16, hasSSE41, as<Kuv16u>(sub(as<Kuv16s>(a), as<Kuv16s>(subSaturated(a, b)))))
-KUV_EXTREME(maximum, Kuv16u, max_epu16, hasSSE41, as<Kuv16u>(add(as<Kuv16s>(b), as<Kuv16s>(subSaturated(a, b)))))
-KUV_EXTREME(minimum, Kuv32s, min_epi32, hasSSE41, select(greater(a, b), b, a))
-KUV_EXTREME(maximum, Kuv32s, max_epi32, hasSSE41, select(greater(a, b), a, b))
+KUV_EXTREME(minimum, Kuv16u, min_epu16, as<Kuv16u>(sub(as<Kuv16s>(a), as<Kuv16s>(subSaturated(a, b)))))
+KUV_EXTREME(maximum, Kuv16u, max_epu16, as<Kuv16u>(add(as<Kuv16s>(b), as<Kuv16s>(subSaturated(a, b)))))
+KUV_EXTREME(minimum, Kuv32s, min_epi32, select(greater(a, b), b, a))
+KUV_EXTREME(maximum, Kuv32s, max_epi32, select(greater(a, b), a, b))
 
 #undef KUV_EXTREME
 

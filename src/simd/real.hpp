@@ -58,6 +58,8 @@ KUV_OF_PRODUCT(plusProduct, fmadd, add(multiply(a, b), c))
 KUV_OF_PRODUCT(productMinus, fmsub, sub(multiply(a, b), c))
 KUV_OF_PRODUCT(minusProduct, fnmadd, sub(c, multiply(a, b)))
 #undef KUV_OF_PRODUCT
+#undef KUV_FUSED
+#undef KUV_V
 
 KUV_INLINE Kuv32f squareRoot(Kuv32f x) { return _mm_cvtss_f32(_mm_sqrt_ss(_mm_set_ss(x))); }
 KUV_INLINE Vector<Kuv32f, 16> squareRoot(Vector<Kuv32f, 16> v) { return {_mm_sqrt_ps(v.raw)}; }
@@ -71,26 +73,19 @@ KUV_INLINE Vector<Kuv32f, bytes> absolute(Vector<Kuv32f, bytes> v) {
 }
 
 // Ones where the comparison holds, which with a NaN it does not, but for `unequal` and `unordered`: those hold.
-KUV_INLINE Vector<Kuv32f, 16> greater(Vector<Kuv32f, 16> a, Vector<Kuv32f, 16> b) { return {_mm_cmpgt_ps(a.raw, b.raw)}; }
-KUV_INLINE Vector<Kuv32f, 16> atLeast(Vector<Kuv32f, 16> a, Vector<Kuv32f, 16> b) { return {_mm_cmpge_ps(a.raw, b.raw)}; }
-KUV_INLINE Vector<Kuv32f, 16> equal(Vector<Kuv32f, 16> a, Vector<Kuv32f, 16> b) { return {_mm_cmpeq_ps(a.raw, b.raw)}; }
-KUV_INLINE Vector<Kuv32f, 16> unequal(Vector<Kuv32f, 16> a, Vector<Kuv32f, 16> b) { return {_mm_cmpneq_ps(a.raw, b.raw)}; }
-KUV_INLINE Vector<Kuv32f, 16> unordered(Vector<Kuv32f, 16> a, Vector<Kuv32f, 16> b) { return {_mm_cmpunord_ps(a.raw, b.raw)}; }
-KUV_AVX(KUV_INLINE Vector<Kuv32f, 32> greater(Vector<Kuv32f, 32> a, Vector<Kuv32f, 32> b) {
-    return {_mm256_cmp_ps(a.raw, b.raw, _CMP_GT_OQ)};
-}
-KUV_INLINE Vector<Kuv32f, 32> atLeast(Vector<Kuv32f, 32> a, Vector<Kuv32f, 32> b) {
-    return {_mm256_cmp_ps(a.raw, b.raw, _CMP_GE_OQ)};
-}
-KUV_INLINE Vector<Kuv32f, 32> equal(Vector<Kuv32f, 32> a, Vector<Kuv32f, 32> b) {
-    return {_mm256_cmp_ps(a.raw, b.raw, _CMP_EQ_OQ)};
-}
-KUV_INLINE Vector<Kuv32f, 32> unequal(Vector<Kuv32f, 32> a, Vector<Kuv32f, 32> b) {
-    return {_mm256_cmp_ps(a.raw, b.raw, _CMP_NEQ_UQ)};
-}
-KUV_INLINE Vector<Kuv32f, 32> unordered(Vector<Kuv32f, 32> a, Vector<Kuv32f, 32> b) {
-    return {_mm256_cmp_ps(a.raw, b.raw, _CMP_UNORD_Q)};
-})
+#define KUV_COMPARISON(operation, instruction, predicate)                                                                           \
+    KUV_INLINE Vector<Kuv32f, 16> operation(Vector<Kuv32f, 16> a, Vector<Kuv32f, 16> b) { return {_mm_##instruction(a.raw, b.raw)}; } \
+    KUV_AVX(KUV_INLINE Vector<Kuv32f, 32> operation(Vector<Kuv32f, 32> a, Vector<Kuv32f, 32> b) {                                   \
+        return {_mm256_cmp_ps(a.raw, b.raw, predicate)};                                                                            \
+    })
+
+KUV_COMPARISON(greater, cmpgt_ps, _CMP_GT_OQ)
+KUV_COMPARISON(atLeast, cmpge_ps, _CMP_GE_OQ)
+KUV_COMPARISON(equal, cmpeq_ps, _CMP_EQ_OQ)
+KUV_COMPARISON(unequal, cmpneq_ps, _CMP_NEQ_UQ)
+KUV_COMPARISON(unordered, cmpunord_ps, _CMP_UNORD_Q)
+
+#undef KUV_COMPARISON
 
 // The sign bits of all lanes, the first one's lowest.
 KUV_INLINE unsigned laneBits(Vector<Kuv32f, 16> v) { return static_cast<unsigned>(_mm_movemask_ps(v.raw)); }
@@ -104,7 +99,7 @@ KUV_INLINE Vector<Kuv32f, bytes> select(Vector<Kuv32f, bytes> mask, Vector<Kuv32
 
 KUV_INLINE Vector<Kuv32s, 16> asIntegers(Vector<Kuv32f, 16> v) { return {_mm_castps_si128(v.raw)}; }
 
-// a where a and b are equal, else 0.
+// `value` where a and b are equal, else 0.
 KUV_INLINE Vector<Kuv64f, 16> whereEqual(Vector<Kuv64f, 16> value, Vector<Kuv64f, 16> a, Vector<Kuv64f, 16> b) {
     return {_mm_and_pd(value.raw, _mm_cmpeq_pd(a.raw, b.raw))};
 }
@@ -149,8 +144,7 @@ KUV_AVX(KUV_INLINE void storeTruncated(Kuv32s* to, Vector<Kuv32f, 32> v) {
 KUV_INLINE Vector<Kuv32f, 16> wholePart(Vector<Kuv32f, 16> v) { return {_mm_cvtepi32_ps(_mm_cvttps_epi32(v.raw))}; }
 KUV_AVX(KUV_INLINE Vector<Kuv32f, 32> wholePart(Vector<Kuv32f, 32> v) { return {_mm256_cvtepi32_ps(_mm256_cvttps_epi32(v.raw))}; })
 
-// Four samples computed in double precision: `compute` gets as many of them as fit a register, widened by toDoubles, and gives what
-// toSingles or truncated(doubles) made of them.
+// To and from double precision: as many lanes as fit a register of it.
 template <class Doubles>
 KUV_INLINE Doubles toDoubles(Vector<Kuv32f, 16> v) {
     if constexpr (Doubles::bytes == 16) {
@@ -189,6 +183,8 @@ KUV_INLINE V fromHalves(Half half) {
     }
 }
 
+// Four samples computed in double precision: `compute` gets as many of them as fit a register, widened by toDoubles, and gives what
+// toSingles or truncated(doubles) made of them.
 template <class V, class Compute>
 KUV_INLINE auto inDoubles(V v, Compute compute) {
     using Doubles = Native<Kuv64f>;
