@@ -272,12 +272,12 @@ const std::map<std::string, Reference>& references() {
             const int parts = bytes / 16;
             for (int i = 0; i < bytes; ++i) result[i % 16 < 12 ? i / 16 * 12 + i % 16 : parts * 12 + i / 16 * 4 + i % 16 - 12] = a[i];
         }},
-        {"storeParts4 Kuv8u", [](In a, In b, In c, int bytes, Out result) {
+        {"storePartsOf four Kuv8u", [](In a, In b, In c, int bytes, Out result) {
             for (int i = 0; i < 4 * bytes; ++i) {
                 result[i] = std::array{a, b, c, a}[static_cast<std::size_t>(i / 16 % 4)][i / 64 * 16 + i % 16];
             }
         }},
-        {"storeParts6 Kuv8u", [](In a, In b, In c, int bytes, Out result) {
+        {"storePartsOf six Kuv8u", [](In a, In b, In c, int bytes, Out result) {
             for (int i = 0; i < 6 * bytes; ++i) {
                 result[i] = std::array{a, b, c, b, a, c}[static_cast<std::size_t>(i / 16 % 6)][i / 96 * 16 + i % 16];
             }
@@ -346,6 +346,9 @@ const std::map<std::string, Reference>& references() {
         }},
         {"loadWidened of words Kuv32s", [](In a, In, In, int bytes, Out result) {
             for (int i = 0; i < lanesIn<Kuv32s>(bytes); ++i) store(result, i, Kuv32s{load<Kuv16u>(a, i)});
+        }},
+        {"loadWidened of signed words Kuv32s", [](In a, In, In, int bytes, Out result) {
+            for (int i = 0; i < lanesIn<Kuv32s>(bytes); ++i) store(result, i, Kuv32s{load<Kuv16s>(a, i)});
         }},
         {"pack Kuv16s", packed<Kuv16s, Kuv8s>()}, {"pack Kuv32s", packed<Kuv32s, Kuv16s>(0)},
         {"narrowed Kuv16s", [](In a, In b, In, int bytes, Out result) {

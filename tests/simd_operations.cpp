@@ -90,8 +90,8 @@ constexpr SimdOperation operations[] = {
     RUN("storeHalves", Kuv8u, storeHalves(reinterpret_cast<Kuv8u*>(result), a))
     RUN("storeParts3", Kuv8u, storeParts3(result, a, b, c))
     OPERATION("joinTwelves", Kuv8u, joinTwelves(a))
-    RUN("storeParts4", Kuv8u, storeParts4(result, a, b, c, a))
-    RUN("storeParts6", Kuv8u, storeParts6(result, {a, b, c, b, a, c}))
+    RUN("storePartsOf four", Kuv8u, storePartsOf(result, {a, b, c, a}))
+    RUN("storePartsOf six", Kuv8u, storePartsOf(result, {a, b, c, b, a, c}))
 #ifdef __SSSE3__
     BINARY(shuffleBytes, Kuv8u)
 #endif

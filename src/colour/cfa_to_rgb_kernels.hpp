@@ -162,8 +162,8 @@ KUV_INLINE void storePixels(typename V::Lane* to, const V (&even)[3], const V (&
     }
     interleave3(low, lower);
     interleave3(high, upper);
-    storeParts6(reinterpret_cast<Kuv8u*>(to), {as<Kuv8u>(lower[0]), as<Kuv8u>(lower[1]), as<Kuv8u>(lower[2]), as<Kuv8u>(upper[0]),
-                                               as<Kuv8u>(upper[1]), as<Kuv8u>(upper[2])});
+    storePartsOf(reinterpret_cast<Kuv8u*>(to), {as<Kuv8u>(lower[0]), as<Kuv8u>(lower[1]), as<Kuv8u>(lower[2]), as<Kuv8u>(upper[0]),
+                                                as<Kuv8u>(upper[1]), as<Kuv8u>(upper[2])});
 }
 
 // Twice as many columns as V has lanes, from column 2 * i on. The outputs are the pixels of column 0. Either may be null.

@@ -67,29 +67,24 @@ KUV_AVX2(KUV_INLINE void storeParts3(Kuv8u* to, Vector<Kuv8u, 32> a, Vector<Kuv8
     store<Vector<Kuv8u, 32>>(to + 64, {_mm256_permute2x128_si256(b.raw, c.raw, 0x31)});
 })
 
-// The same for four.
-KUV_INLINE void storeParts4(Kuv8u* to, Vector<Kuv8u, 16> a, Vector<Kuv8u, 16> b, Vector<Kuv8u, 16> c, Vector<Kuv8u, 16> d) {
-    storeParts3(to, a, b, c);
-    store(to + 48, d);
+// The same for an even number of them.
+template <int count, int bytes>
+KUV_INLINE void storePartsOf(Kuv8u* to, const Vector<Kuv8u, bytes> (&parts)[count]) {
+    static_assert(count % 2 == 0);
+    if constexpr (bytes == 16) {
+#pragma GCC unroll 6
+        for (int i = 0; i < count; ++i) store(to + 16 * i, parts[i]);
+    } else {
+#pragma GCC unroll 3
+        for (int i = 0; i < count; i += 2) {
+            KUV_AVX2(store<Vector<Kuv8u, 32>>(to + 16 * i, {_mm256_permute2x128_si256(parts[i].raw, parts[i + 1].raw, 0x20)});)
+        }
+#pragma GCC unroll 3
+        for (int i = 0; i < count; i += 2) {
+            KUV_AVX2(store<Vector<Kuv8u, 32>>(to + 16 * (count + i), {_mm256_permute2x128_si256(parts[i].raw, parts[i + 1].raw, 0x31)});)
+        }
+    }
 }
-KUV_AVX2(KUV_INLINE void storeParts4(Kuv8u* to, Vector<Kuv8u, 32> a, Vector<Kuv8u, 32> b, Vector<Kuv8u, 32> c, Vector<Kuv8u, 32> d) {
-    store<Vector<Kuv8u, 32>>(to, {_mm256_permute2x128_si256(a.raw, b.raw, 0x20)});
-    store<Vector<Kuv8u, 32>>(to + 32, {_mm256_permute2x128_si256(c.raw, d.raw, 0x20)});
-    store<Vector<Kuv8u, 32>>(to + 64, {_mm256_permute2x128_si256(a.raw, b.raw, 0x31)});
-    store<Vector<Kuv8u, 32>>(to + 96, {_mm256_permute2x128_si256(c.raw, d.raw, 0x31)});
-})
-
-// The same for six.
-KUV_INLINE void storeParts6(Kuv8u* to, const Vector<Kuv8u, 16> (&parts)[6]) {
-    storeParts3(to, parts[0], parts[1], parts[2]);
-    storeParts3(to + 48, parts[3], parts[4], parts[5]);
-}
-KUV_AVX2(KUV_INLINE void storeParts6(Kuv8u* to, const Vector<Kuv8u, 32> (&parts)[6]) {
-    const auto lower = [&](int i) -> Vector<Kuv8u, 32> { return {_mm256_permute2x128_si256(parts[i].raw, parts[i + 1].raw, 0x20)}; };
-    const auto upper = [&](int i) -> Vector<Kuv8u, 32> { return {_mm256_permute2x128_si256(parts[i].raw, parts[i + 1].raw, 0x31)}; };
-    for (int i = 0; i < 3; ++i) store(to + 32 * i, lower(2 * i));
-    for (int i = 0; i < 3; ++i) store(to + 96 + 32 * i, upper(2 * i));
-})
 
 // The first 12 of each 16 bytes one after the other, and after them the last 4 of each.
 KUV_INLINE Vector<Kuv8u, 16> joinTwelves(Vector<Kuv8u, 16> v) { return v; }

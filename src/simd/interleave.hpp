@@ -123,8 +123,8 @@ template <int bytes>
 KUV_INLINE void storeInterleaved4(Kuv8u* to, Vector<Kuv8u, bytes> a, Vector<Kuv8u, bytes> b, Vector<Kuv8u, bytes> c, Vector<Kuv8u, bytes> d) {
     const auto abLow = as<Kuv16u>(interleaveLow(a, b)), abHigh = as<Kuv16u>(interleaveHigh(a, b));
     const auto cdLow = as<Kuv16u>(interleaveLow(c, d)), cdHigh = as<Kuv16u>(interleaveHigh(c, d));
-    storeParts4(to, as<Kuv8u>(interleaveLow(abLow, cdLow)), as<Kuv8u>(interleaveHigh(abLow, cdLow)),
-                as<Kuv8u>(interleaveLow(abHigh, cdHigh)), as<Kuv8u>(interleaveHigh(abHigh, cdHigh)));
+    storePartsOf(to, {as<Kuv8u>(interleaveLow(abLow, cdLow)), as<Kuv8u>(interleaveHigh(abLow, cdLow)),
+                      as<Kuv8u>(interleaveLow(abHigh, cdHigh)), as<Kuv8u>(interleaveHigh(abHigh, cdHigh))});
 }
 
 }  // namespace
