@@ -139,6 +139,7 @@ constexpr SimdOperation operations[] = {
     OPERATION("loadWidened", Kuv16u, loadWidened<V>(first))
     OPERATION("loadWidened", Kuv32s, loadWidened<V>(first))
     OPERATION("loadWidened of words", Kuv32s, loadWidened<V>(reinterpret_cast<const Kuv16u*>(first)))
+    OPERATION("loadWidened of signed words", Kuv32s, loadWidened<V>(reinterpret_cast<const Kuv16s*>(first)))
     BINARY(pack, Kuv16s) BINARY(pack, Kuv32s)
     BINARY(packUnsigned, Kuv16s)
     // Half the range: what is outside of it must not be packed.

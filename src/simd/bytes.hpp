@@ -96,25 +96,26 @@ KUV_AVX2(KUV_INLINE Vector<Kuv8u, 32> joinTwelves(Vector<Kuv8u, 32> v) {
 template <class V, class T>
 KUV_INLINE V loadWidened(const T* from) {
     using Lane = typename V::Lane;
-    static_assert(!std::is_signed_v<T> && sizeof(Lane) > sizeof(T) && sizeof(Lane) <= 4);
-    constexpr bool fromBytes = sizeof(T) == 1, toWords = sizeof(Lane) == 2;
+    constexpr bool fromBytes = sizeof(T) == 1, toWords = sizeof(Lane) == 2, isSigned = std::is_signed_v<T>;
+    static_assert(sizeof(Lane) > sizeof(T) && sizeof(Lane) <= 4 && (!isSigned || (!fromBytes && std::is_signed_v<Lane>)));
+    [[maybe_unused]] const auto* const at = reinterpret_cast<const __m128i*>(from);
     if constexpr (V::bytes == 32) {
-        KUV_AVX2(if constexpr (toWords) return {_mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(from)))};
-                 else if constexpr (fromBytes) return {_mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(from)))};
-                 else return {_mm256_cvtepu16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(from)))};)
-    } else {
-        const __m128i zero = _mm_setzero_si128();
-        if constexpr (fromBytes && !toWords) {
-            const __m128i four = _mm_cvtsi32_si128(loadSample(reinterpret_cast<const Kuv32s*>(from)));
+        KUV_AVX2(if constexpr (toWords) return {_mm256_cvtepu8_epi16(_mm_loadu_si128(at))};
+                 else if constexpr (fromBytes) return {_mm256_cvtepu8_epi32(_mm_loadl_epi64(at))};
+                 else if constexpr (isSigned) return {_mm256_cvtepi16_epi32(_mm_loadu_si128(at))};
+                 else return {_mm256_cvtepu16_epi32(_mm_loadu_si128(at))};)
+    } else if constexpr (fromBytes && !toWords) {
+        const __m128i four = _mm_cvtsi32_si128(loadSample(reinterpret_cast<const Kuv32s*>(from)));
 #ifdef __SSE4_1__
-            return {_mm_cvtepu8_epi32(four)};
+        return {_mm_cvtepu8_epi32(four)};
 #else
-            return {_mm_unpacklo_epi16(_mm_unpacklo_epi8(four, zero), zero)};
+        const __m128i zero = _mm_setzero_si128();
+        return {_mm_unpacklo_epi16(_mm_unpacklo_epi8(four, zero), zero)};
 #endif
-        } else {
-            const __m128i half = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from));
-            return {fromBytes ? _mm_unpacklo_epi8(half, zero) : _mm_unpacklo_epi16(half, zero)};
-        }
+    } else {
+        const __m128i half = _mm_loadl_epi64(at), zero = _mm_setzero_si128();
+        if constexpr (isSigned) return {_mm_srai_epi32(_mm_unpacklo_epi16(half, half), 16)};
+        else return {fromBytes ? _mm_unpacklo_epi8(half, zero) : _mm_unpacklo_epi16(half, zero)};
     }
 }
 

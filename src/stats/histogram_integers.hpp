@@ -158,19 +158,6 @@ void divideSamples(const EvenBins (&even)[channels], const IntegerBins (&of)[cha
     }
 }
 
-// Samples as 32-bit integers.
-template <class V, class T>
-KUV_INLINE V widened(const T* from) {
-    if constexpr (!std::is_signed_v<T>) {
-        return loadWidened<V>(from);
-    } else if constexpr (V::bytes == 32) {
-        KUV_AVX2(return {_mm256_cvtepi16_epi32(load<Vector<Kuv16s, 16>>(from).raw)};)
-    } else {
-        const __m128i v = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from));
-        return {_mm_srai_epi32(_mm_unpacklo_epi16(v, v), 16)};
-    }
-}
-
 // The same for eight samples, in single precision. Quotients of integers below 2^22 are cut to the right integer, however they are
 // rounded: one that is no integer misses the next by more than the rounding moves it.
 template <int channels>
@@ -202,7 +189,7 @@ public:
     KUV_INLINE void operator()(const T* samples, Kuv32s* indices) const {
 #pragma GCC unroll 2
         for (int i = 0; i < 8; i += V::lanes) {
-            const V distance = sub(widened<V>(samples + i), load<V>(first_));
+            const V distance = sub(loadWidened<V>(samples + i), load<V>(first_));
             const V inside = bitAnd(greater(distance, fill<V>(-1)), greater(load<V>(range_), distance));
             const V bin = truncated(divide(toReals(distance), load<Reals>(step_)));
             store(indices + i, bitOr(bitAnd(inside, bin), bitAndNot(inside, load<V>(bins_))));  // a blend takes as long, or longer
