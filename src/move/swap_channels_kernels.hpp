@@ -56,7 +56,7 @@ struct BlockPattern {
 };
 
 template <class P>
-constexpr BlockPattern<P> blockPattern() {
+constexpr BlockPattern<P> blockPattern = [] {
     BlockPattern<P> pattern{};
     for (int at = 0; at < 16 * patternRegisters<P>; ++at) {
         const int sample = at / static_cast<int>(sizeof(typename P::Sample));
@@ -64,12 +64,7 @@ constexpr BlockPattern<P> blockPattern() {
         pattern.place[at / 16][at % 16] = static_cast<Kuv8u>(at);
     }
     return pattern;
-}
-
-template <class P>
-struct BlockPatternOf {
-    static constexpr BlockPattern<P> pattern = blockPattern<P>();
-};
+}();
 
 // What the kinds of blocks have in common. The halves of wide registers work on pixels of their own, a pattern apart.
 template <class P, class V, int registerCount>
@@ -87,7 +82,7 @@ struct BlockBase {
         return loadParts<V>(block + 16 * i, 16 * pattern);
     }
     static KUV_INLINE V repeated(const Kuv8u (&half)[16]) { return loadParts<V>(half, 0); }
-    static KUV_INLINE V channel(int number, int i) { return repeated(BlockPatternOf<P>::pattern.channel[number][i % pattern]); }
+    static KUV_INLINE V channel(int number, int i) { return repeated(blockPattern<P>.channel[number][i % pattern]); }
 
     static KUV_INLINE V withAlpha(V value, [[maybe_unused]] const Kuv8u* dst, [[maybe_unused]] int i) {
         if constexpr (P::hasAlpha) return bitOr(value, bitAnd(channel(P::colours, i), at(dst, i)));
@@ -115,7 +110,7 @@ public:
     KUV_INLINE explicit Block(const ChannelOrder<P>& order) {
         const auto filled = [](int value) { return as<Kuv8s>(fill<V>(static_cast<Kuv8u>(value))); };
         for (int i = 0; i < Base::pattern; ++i) {
-            auto place = as<Kuv8s>(Base::repeated(BlockPatternOf<P>::pattern.place[i]));
+            auto place = as<Kuv8s>(Base::repeated(blockPattern<P>.place[i]));
             for (int c = 0; c < P::colours; ++c) {
                 place = add(place, bitAnd(as<Kuv8s>(Base::channel(c, i)), filled(order.displacement(c))));
             }
@@ -228,12 +223,12 @@ bool swapRows(const ChannelOrder<P>& order, const typename P::Sample* src, ptrdi
     }
     return true;
 }
-    joinRows(width, height, {{srcStep, P::bytes}, {dstStep, P::bytes}});
 
 // `src` may be `dst`.
 template <class P>
 KUV_INLINE void swapImage(const ChannelOrder<P>& order, const typename P::Sample* src, ptrdiff_t srcStep, typename P::Sample* dst,
                           ptrdiff_t dstStep, ptrdiff_t width, ptrdiff_t height) {
+    joinRows(width, height, {{srcStep, P::bytes}, {dstStep, P::bytes}});
     if constexpr (hasVectors) {
         using Half = Vector<Kuv8u, 16>;
         constexpr int pattern = patternRegisters<P>, many = pattern == 1 && hasSSSE3 ? 4 : pattern;

@@ -13,7 +13,8 @@ struct Interleave3Shuffles {
     unsigned char together[3][32];  // of a plane: each byte for the only output that has it at that place
 };
 
-constexpr Interleave3Shuffles interleave3Shuffles(int sampleSize) {
+template <int sampleSize>
+constexpr Interleave3Shuffles interleave3Shuffles = [] {
     Interleave3Shuffles all{};
     for (int byte = 0; byte < 48; ++byte) {
         const int sample = byte / sampleSize;
@@ -26,7 +27,7 @@ constexpr Interleave3Shuffles interleave3Shuffles(int sampleSize) {
         }
     }
     return all;
-}
+}();
 
 // A bit for each sample of an output register that comes from that plane.
 constexpr int samplesOfPlane(int output, int plane, int samples) {
@@ -34,11 +35,6 @@ constexpr int samplesOfPlane(int output, int plane, int samples) {
     for (int i = 0; i < samples; ++i) bits |= ((samples * output + i) % 3 == plane) << i;
     return bits;
 }
-
-template <int sampleSize>
-struct Interleave3 {
-    static constexpr Interleave3Shuffles shuffles = interleave3Shuffles(sampleSize);
-};
 
 // Lanes of 32 bits where nothing blends them.
 template <class T>
@@ -56,7 +52,7 @@ template <class V>
 KUV_INLINE void interleave3(const V (&planes)[3], V (&out)[3]) {
     using Bytes = Vector<Kuv8u, V::bytes>;
     using T = typename V::Lane;
-    constexpr auto& shuffles = Interleave3<sizeof(T)>::shuffles;
+    constexpr auto& shuffles = interleave3Shuffles<sizeof(T)>;
     const auto shuffled = [&](int plane, const unsigned char (&order)[32]) {
         return as<T>(shuffleBytes(as<Kuv8u>(planes[plane]), load<Bytes>(order)));
     };
@@ -82,31 +78,34 @@ KUV_INLINE void interleave3(const V (&planes)[3], V (&out)[3]) {
 // Without a byte shuffle: to pixels of three samples and a zero, then the gaps closed step by step.
 template <class T>
 KUV_INLINE void interleave3(const Vector<T, 16> (&planes)[3], Vector<T, 16> (&out)[3]) {
-    if constexpr (sizeof(T) == 4) return interleave3OfFour(planes, out);
-    const __m128i a = planes[0].raw, b = planes[1].raw, c = planes[2].raw, zero = _mm_setzero_si128();
-    __m128i quarter[4];  // the low 12 bytes of each: four pixels of bytes, or two of 16-bit samples
-    if constexpr (sizeof(T) == 1) {
-        const __m128i ab[2] = {_mm_unpacklo_epi8(a, b), _mm_unpackhi_epi8(a, b)};
-        const __m128i c0[2] = {_mm_unpacklo_epi8(c, zero), _mm_unpackhi_epi8(c, zero)};
-        const __m128i first = _mm_set1_epi64x(0xFFFFFF), second = _mm_set1_epi64x(0xFFFFFF000000);
-        for (int i = 0; i < 4; ++i) {
-            const __m128i pixels = i % 2 == 0 ? _mm_unpacklo_epi16(ab[i / 2], c0[i / 2]) : _mm_unpackhi_epi16(ab[i / 2], c0[i / 2]);
-            quarter[i] = _mm_or_si128(_mm_and_si128(pixels, first), _mm_and_si128(_mm_srli_epi64(pixels, 8), second));
-        }
+    if constexpr (sizeof(T) == 4) {
+        interleave3OfFour(planes, out);
     } else {
-        const __m128i ab[2] = {_mm_unpacklo_epi16(a, b), _mm_unpackhi_epi16(a, b)};
-        const __m128i c0[2] = {_mm_unpacklo_epi16(c, zero), _mm_unpackhi_epi16(c, zero)};
-        for (int i = 0; i < 4; ++i) {
-            quarter[i] = i % 2 == 0 ? _mm_unpacklo_epi32(ab[i / 2], c0[i / 2]) : _mm_unpackhi_epi32(ab[i / 2], c0[i / 2]);
+        const __m128i a = planes[0].raw, b = planes[1].raw, c = planes[2].raw, zero = _mm_setzero_si128();
+        __m128i quarter[4];  // the low 12 bytes of each: four pixels of bytes, or two of 16-bit samples
+        if constexpr (sizeof(T) == 1) {
+            const __m128i ab[2] = {_mm_unpacklo_epi8(a, b), _mm_unpackhi_epi8(a, b)};
+            const __m128i c0[2] = {_mm_unpacklo_epi8(c, zero), _mm_unpackhi_epi8(c, zero)};
+            const __m128i first = _mm_set1_epi64x(0xFFFFFF), second = _mm_set1_epi64x(0xFFFFFF000000);
+            for (int i = 0; i < 4; ++i) {
+                const __m128i pixels = i % 2 == 0 ? _mm_unpacklo_epi16(ab[i / 2], c0[i / 2]) : _mm_unpackhi_epi16(ab[i / 2], c0[i / 2]);
+                quarter[i] = _mm_or_si128(_mm_and_si128(pixels, first), _mm_and_si128(_mm_srli_epi64(pixels, 8), second));
+            }
+        } else {
+            const __m128i ab[2] = {_mm_unpacklo_epi16(a, b), _mm_unpackhi_epi16(a, b)};
+            const __m128i c0[2] = {_mm_unpacklo_epi16(c, zero), _mm_unpackhi_epi16(c, zero)};
+            for (int i = 0; i < 4; ++i) {
+                quarter[i] = i % 2 == 0 ? _mm_unpacklo_epi32(ab[i / 2], c0[i / 2]) : _mm_unpackhi_epi32(ab[i / 2], c0[i / 2]);
+            }
         }
+        const __m128i low = _mm_set_epi64x(0, 0xFFFFFFFFFFFF);
+        for (__m128i& each : quarter) {
+            each = _mm_or_si128(_mm_and_si128(each, low), _mm_srli_si128(_mm_andnot_si128(low, each), 2));
+        }
+        out[0].raw = _mm_or_si128(quarter[0], _mm_slli_si128(quarter[1], 12));
+        out[1].raw = _mm_or_si128(_mm_srli_si128(quarter[1], 4), _mm_slli_si128(quarter[2], 8));
+        out[2].raw = _mm_or_si128(_mm_srli_si128(quarter[2], 8), _mm_slli_si128(quarter[3], 4));
     }
-    const __m128i low = _mm_set_epi64x(0, 0xFFFFFFFFFFFF);
-    for (__m128i& each : quarter) {
-        each = _mm_or_si128(_mm_and_si128(each, low), _mm_srli_si128(_mm_andnot_si128(low, each), 2));
-    }
-    out[0].raw = _mm_or_si128(quarter[0], _mm_slli_si128(quarter[1], 12));
-    out[1].raw = _mm_or_si128(_mm_srli_si128(quarter[1], 4), _mm_slli_si128(quarter[2], 8));
-    out[2].raw = _mm_or_si128(_mm_srli_si128(quarter[2], 8), _mm_slli_si128(quarter[3], 4));
 }
 #endif
 
