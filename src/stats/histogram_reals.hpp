@@ -135,20 +135,14 @@ public:
 #pragma GCC unroll 2
         for (int i = 0; i < 8; i += V::lanes) {
             const V x = load<V>(samples + i), bin = select(inside(x), quotient(x), none());
-            const V fromMiddle = bitAndNot(fill<V>(-0.0f), sub(sub(bin, wholePart(bin)), fill<V>(0.5f)));
+            const V fromMiddle = absolute(sub(sub(bin, wholePart(bin)), fill<V>(0.5f)));
             storeTruncated(indices + i, bin);
             if (const unsigned bits = laneBits(greater(fromMiddle, fill<V>(0.5f - margin_))); bits != 0) settle(samples + i, indices + i, bits);
         }
     }
 
 private:
-    KUV_INLINE V quotient(V x) const {
-#ifdef __FMA__
-        return {_mm256_fmsub_ps(x.raw, fill<V>(reciprocal_).raw, fill<V>(offset_).raw)};
-#else
-        return sub(multiply(x, fill<V>(reciprocal_)), fill<V>(offset_));
-#endif
-    }
+    KUV_INLINE V quotient(V x) const { return productMinus(x, fill<V>(reciprocal_), fill<V>(offset_)); }
     // The bin, or the one before or behind it, of those samples whose bits are set.
     KUV_INLINE void settle(const Kuv32f* samples, Kuv32s* indices, unsigned bits) const {
         const Kuv32s lastBin = of_.bins - 1;
