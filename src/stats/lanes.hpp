@@ -7,11 +7,6 @@
 namespace kuv::KUV_VARIANT {
 namespace {
 
-template <class V>
-KUV_INLINE V noLanes() {
-    return as<typename V::Lane>(fill<Vector<Kuv8u, V::bytes>>(0));
-}
-
 template <class T, class V>
 KUV_INLINE Kuv64u sumOfLanes(V v) {
     T lanes[V::bytes / sizeof(T)];

@@ -58,12 +58,7 @@ public:
     static constexpr ptrdiff_t blockSamples = channels * (hasVectors ? vectorBytes : 1);
     static constexpr ptrdiff_t blocksToFlush = hasVectors ? 0xFFFFFFFF / largestSquares : endless;
 
-    explicit ByteMoments(ChannelBytes<channels> samples) : samples_(samples) {
-        if constexpr (hasVectors) {
-            sums_ = noLanes<Native<Kuv64u>>();
-            squares_ = noLanes<Native<Kuv32s>>();
-        }
-    }
+    explicit ByteMoments(ChannelBytes<channels> samples) : samples_(samples) {}
     KUV_INLINE Kuv8u padding(ptrdiff_t) const { return 0; }
     KUV_INLINE void block(const Kuv8u* from) {
         if constexpr (hasVectors) {
@@ -81,7 +76,7 @@ public:
     KUV_INLINE void flush() {
         if constexpr (hasVectors) {
             total_.squares += sumOfLanes<Kuv32u>(squares_);
-            squares_ = noLanes<Native<Kuv32s>>();
+            squares_ = fill<Native<Kuv32s>>(0);
         }
     }
     Moments total() const {
@@ -93,8 +88,8 @@ public:
 private:
     ChannelBytes<channels> samples_;
     Moments total_ = {0, 0};
-    Native<Kuv64u> sums_;
-    Native<Kuv32s> squares_;
+    Native<Kuv64u> sums_ = fill<Native<Kuv64u>>(0);
+    Native<Kuv32s> squares_ = fill<Native<Kuv32s>>(0);
 };
 
 // The sums of three channels.
@@ -104,9 +99,6 @@ public:
     static constexpr ptrdiff_t blockSamples = 3 * (hasVectors ? vectorBytes : 1);
     static constexpr ptrdiff_t blocksToFlush = endless;
 
-    ChannelSums() {
-        if constexpr (hasVectors) first_ = second_ = third_ = noLanes<Native<Kuv64u>>();
-    }
     KUV_INLINE Kuv8u padding(ptrdiff_t) const { return 0; }
     KUV_INLINE void block(const Kuv8u* from) {
         if constexpr (hasVectors) {
@@ -131,7 +123,7 @@ public:
 private:
     Kuv64u total_[3] = {0, 0, 0};
     ChannelBytes<3> red_{0}, green_{1}, blue_{2};
-    Native<Kuv64u> first_, second_, third_;
+    Native<Kuv64u> first_ = fill<Native<Kuv64u>>(0), second_ = first_, third_ = first_;
 };
 
 // The sum of signed samples.
@@ -142,9 +134,6 @@ public:
     // A lane gets two samples of at most 2^15 from each block.
     static constexpr ptrdiff_t blocksToFlush = hasVectors ? 0x7FFF : endless;
 
-    SignedSum() {
-        if constexpr (hasVectors) sums_ = noLanes<Native<Kuv32s>>();
-    }
     KUV_INLINE Kuv16s padding(ptrdiff_t) const { return 0; }
     KUV_INLINE void block(const Kuv16s* from) {
         if constexpr (hasVectors) {
@@ -156,14 +145,14 @@ public:
     KUV_INLINE void flush() {
         if constexpr (hasVectors) {
             total_ += static_cast<Kuv64s>(sumOfLanes<Kuv32s>(sums_));
-            sums_ = noLanes<Native<Kuv32s>>();
+            sums_ = fill<Native<Kuv32s>>(0);
         }
     }
     Kuv64s total() const { return total_; }
 
 private:
     Kuv64s total_ = 0;
-    Native<Kuv32s> sums_;
+    Native<Kuv32s> sums_ = fill<Native<Kuv32s>>(0);
 };
 
 // Sum and squares of samples less 32768: so the products of pairs, of two times 2^30 at most, fit 32 bits, if unsigned ones.
@@ -176,12 +165,6 @@ public:
     static constexpr ptrdiff_t blockSamples = hasVectors ? V::lanes : 1;
     static constexpr ptrdiff_t blocksToFlush = SignedSum::blocksToFlush;
 
-    CentredMoments() {
-        if constexpr (hasVectors) {
-            sums_ = noLanes<Native<Kuv32s>>();
-            squares_ = noLanes<Native<Kuv64u>>();
-        }
-    }
     KUV_INLINE Kuv16u padding(ptrdiff_t) const { return centre; }
     KUV_INLINE void block(const Kuv16u* from) {
         if constexpr (hasVectors) {
@@ -197,7 +180,7 @@ public:
     KUV_INLINE void flush() {
         if constexpr (hasVectors) {
             sum_ += static_cast<Kuv64s>(sumOfLanes<Kuv32s>(sums_));
-            sums_ = noLanes<Native<Kuv32s>>();
+            sums_ = fill<Native<Kuv32s>>(0);
         }
     }
     // Of the samples themselves, of which there were so many.
@@ -210,8 +193,8 @@ public:
 private:
     Kuv64s sum_ = 0;
     Kuv64u squareSum_ = 0;
-    Native<Kuv32s> sums_;
-    Native<Kuv64u> squares_;
+    Native<Kuv32s> sums_ = fill<Native<Kuv32s>>(0);
+    Native<Kuv64u> squares_ = fill<Native<Kuv64u>>(0);
 };
 
 // Columns x, x + count, x + 2 * count ... each in a sum of their own, in double precision.

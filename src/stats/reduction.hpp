@@ -16,7 +16,7 @@ namespace kuv::KUV_VARIANT {
 namespace {
 
 // For accumulators that cannot overflow.
-constexpr ptrdiff_t endless = PTRDIFF_MAX / 256;
+constexpr ptrdiff_t endless = PTRDIFF_MAX;
 
 // Whole blocks.
 template <class Accumulator, class T>
