@@ -6,27 +6,26 @@ namespace kuv::KUV_VARIANT {
 namespace {
 
 // The first zero of a channel, of which there is one. It has a sign.
-Kuv32f firstZero(const Kuv32f* src, ptrdiff_t step, KuviSize roi, int channels, int channel) {
+template <int channels, class T>
+T firstZeroIn(const T* src, ptrdiff_t step, KuviSize roi, int channel) {
     for (ptrdiff_t row = 0; row < roi.height; ++row) {
-        const Kuv32f* const samples = rowAt(src, step, row);
+        const T* const samples = rowAt(src, step, row);
         for (ptrdiff_t i = channel; i < ptrdiff_t{channels} * roi.width; i += channels) {
-            if (const Kuv32f sample = loadSample(samples + i); sample == 0) return sample;
+            if (const T sample = loadSample(samples + i); sample == 0) return sample;
         }
     }
     return 0;
 }
 
-// The extreme of lanes, each `channels` apart. Each lane of reals keeps its first zero; only if two differ has it to be asked which came
-// first.
-template <class T, class Better>
-T extremeOf(const T* lanes, int count, int channels, int channel, Better better, const T* src, ptrdiff_t step, KuviSize roi) {
+// The extreme of a channel's lanes, which stand `channels` apart. Each lane of reals keeps its first zero; only if two differ is
+// `firstZero` asked which came first.
+template <int channels, class T, int count, class Better, class FirstZero>
+T extremeOf(const T (&lanes)[count], int channel, Better better, FirstZero firstZero) {
     T extreme = lanes[channel];
     for (int i = channel; i < count; i += channels) extreme = better(lanes[i], extreme);
     if constexpr (std::is_floating_point_v<T>) {
         for (int i = channel; extreme == 0 && i < count; i += channels) {
-            if (lanes[i] == 0 && __builtin_signbit(lanes[i]) != __builtin_signbit(extreme)) {
-                return firstZero(src, step, roi, channels, channel);
-            }
+            if (lanes[i] == 0 && __builtin_signbit(lanes[i]) != __builtin_signbit(extreme)) return firstZero(channel);
         }
     }
     return extreme;
@@ -44,8 +43,9 @@ KuvStatus minMax(const T* src, ptrdiff_t step, KuviSize roi, T* minValue, T* max
     constexpr int lanes = Range<T>::blockSamples;
     T smallest[lanes], largest[lanes];
     range.extremes(smallest, largest);
-    storeSample(minValue, extremeOf(smallest, lanes, 1, 0, lower, src, step, roi));
-    storeSample(maxValue, extremeOf(largest, lanes, 1, 0, higher, src, step, roi));
+    const auto firstZero = [&](int channel) { return firstZeroIn<1>(src, step, roi, channel); };
+    storeSample(minValue, extremeOf<1>(smallest, 0, lower, firstZero));
+    storeSample(maxValue, extremeOf<1>(largest, 0, higher, firstZero));
     return kuvStatusOk;
 }
 
@@ -68,11 +68,11 @@ KuvStatus KUV_VARIANT_FUNCTION(kuviMax_32f_C3R)(const Kuv32f* src, Kuv32s srcSte
     if (emptyRoi(roiSize)) return kuvStatusBadSize;
     ThreeLargest accumulator(src);
     reduceAll<3>(accumulator, src, srcStep, roiSize);
-    constexpr int lanes = ThreeLargest::blockSamples;
-    Kuv32f largest[lanes];
+    Kuv32f largest[ThreeLargest::blockSamples];
     accumulator.extremes(largest);
+    const auto firstZero = [&](int channel) { return firstZeroIn<3>(src, srcStep, roiSize, channel); };
     Kuv32f results[3];
-    for (int c = 0; c < 3; ++c) results[c] = extremeOf(largest, lanes, 3, c, higher, src, srcStep, roiSize);
+    for (int c = 0; c < 3; ++c) results[c] = extremeOf<3>(largest, c, higher, firstZero);
     for (int c = 0; c < 3; ++c) storeSample(maxValue + c, results[c]);
     return kuvStatusOk;
 }

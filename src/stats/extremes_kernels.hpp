@@ -63,12 +63,11 @@ public:
     static constexpr ptrdiff_t blockSamples = lanes, blocksToFlush = endless;
 
     explicit ThreeLargest(const T* first) {
-        T pixels[lanes];
-        for (int i = 0; i < lanes; ++i) pixels[i] = loadSample(first + i % 3);
+        for (int i = 0; i < lanes; ++i) first_[i] = loadSample(first + i % 3);
 #pragma GCC unroll 3
-        for (int k = 0; k < 3; ++k) first_[k] = largest_[k] = Lanes<T>::loaded(pixels + k * Lanes<T>::count);
+        for (int k = 0; k < 3; ++k) largest_[k] = Lanes<T>::loaded(first_ + k * Lanes<T>::count);
     }
-    KUV_INLINE T padding(ptrdiff_t k) const { return reinterpret_cast<const T*>(first_)[k]; }
+    KUV_INLINE T padding(ptrdiff_t k) const { return first_[k]; }
     KUV_INLINE void block(const T* from) {
 #pragma GCC unroll 3
         for (int k = 0; k < 3; ++k) largest_[k] = maximum(Lanes<T>::loaded(from + k * Lanes<T>::count), largest_[k]);
@@ -78,7 +77,8 @@ public:
     void extremes(T (&largest)[lanes]) const { __builtin_memcpy(largest, largest_, sizeof(largest)); }
 
 private:
-    V first_[3], largest_[3];
+    T first_[lanes];
+    V largest_[3];
 };
 
 }  // namespace
