@@ -19,86 +19,98 @@ constexpr bool isSmall(KuviSize roi) {
     return static_cast<Kuv32s>(static_cast<Kuv32u>(roi.width) * static_cast<Kuv32u>(roi.height)) < 65536;
 }
 
-template <int channels, class T>
-void divide(const EvenBins (&even)[channels], const IntegerBins (&of)[channels], const T* src, ptrdiff_t step, ptrdiff_t samples,
-            ptrdiff_t rows) {
+template <int channelCount, class T>
+void countByDivision(const EvenBins (&even)[channelCount], const IntegerBins (&channels)[channelCount], const T* src, ptrdiff_t step,
+                     ptrdiff_t samples, ptrdiff_t rows) {
     if constexpr (hasVectors) {
-        if (Quotients<channels>::suit(even)) {
-            BinCounts<channels> counts(of);
-            return counts.take(counts.fit(of), Quotients<channels>(even, of), src, step, samples, rows);
+        if (Quotients<channelCount>::suit(even)) {
+            BinCounts<channelCount> counts(channels);
+            return counts.take(counts.fit(channels), Quotients<channelCount>(even, channels), src, step, samples, rows);
         }
     }
-    divideSamples(even, of, src, step, samples, rows);
+    countSamplesByDivision(even, channels, src, step, samples, rows);
 }
 
 // Whether it did all there is to do.
-template <int channels, class T>
-bool measureByDivision(const IntegerBins (&of)[channels], const KuviBinPlan* spec, const T* src, ptrdiff_t step, KuviSize roi,
+template <int channelCount, class T>
+bool measureByDivision(const IntegerBins (&channels)[channelCount], const KuviBinPlan* spec, const T* src, ptrdiff_t step, KuviSize roi,
                        ptrdiff_t samples, ptrdiff_t rows) {
     if (!isUniform(spec)) return false;
-    EvenBins even[channels];
-    for (int c = 0; c < channels; ++c) {
-        if (!even[c].divide(of[c])) return false;
+    EvenBins even[channelCount];
+    for (int c = 0; c < channelCount; ++c) {
+        if (!even[c].spread(channels[c])) return false;
     }
     if (!isSmall(roi)) {
         // With levels just where the division takes them to be, it gives the same, and eight at a time faster in few bins.
         if constexpr (!hasAVX2) {
             return false;
         } else {
-            if (!BinCounts<channels>::fit(of) || !Quotients<channels>::suit(even)) return false;
-            for (int c = 0; c < channels; ++c) {
-                if (!even[c].agree(of[c])) return false;
+            if (!BinCounts<channelCount>::fit(channels) || !Quotients<channelCount>::suit(even)) return false;
+            for (int c = 0; c < channelCount; ++c) {
+                if (!even[c].agree(channels[c])) return false;
             }
         }
     }
-    divide(even, of, src, step, samples, rows);
+    countByDivision(even, channels, src, step, samples, rows);
     return true;
 }
 
-template <int channels, class T>
-KuvStatus measure(const T* src, Kuv32s srcStep, KuviSize roi, Kuv32u* const (&hist)[channels], const KuviBinPlan* spec,
+template <int channelCount, class T>
+KuvStatus measure(const T* src, Kuv32s srcStep, KuviSize roi, Kuv32u* const (&hist)[channelCount], const KuviBinPlan* spec,
                   Kuv8u* buffer) {
     if (emptyRoi(roi)) return kuvStatusBadSize;
-    if (ptrdiff_t{channels} * static_cast<ptrdiff_t>(sizeof(T)) * roi.width > srcStep) return kuvStatusBadStep;
+    if (ptrdiff_t{channelCount} * static_cast<ptrdiff_t>(sizeof(T)) * roi.width > srcStep) return kuvStatusBadStep;
     if (!isPlan(spec)) return kuvStatusBadArg;
 
     ptrdiff_t width = roi.width, rows = roi.height;
-    joinRows(width, rows, srcStep, channels * static_cast<ptrdiff_t>(sizeof(T)));
-    IntegerBins of[channels];
-    for (int c = 0; c < channels; ++c) of[c] = IntegerBins(spec, c, hist[c]);
+    joinRows(width, rows, srcStep, channelCount * static_cast<ptrdiff_t>(sizeof(T)));
+    IntegerBins channels[channelCount];
+    for (int c = 0; c < channelCount; ++c) channels[c] = IntegerBins(spec, c, hist[c]);
     if constexpr (sizeof(T) == 2) {
-        if (measureByDivision(of, spec, src, srcStep, roi, channels * width, rows)) return kuvStatusOk;
+        if (measureByDivision(channels, spec, src, srcStep, roi, channelCount * width, rows)) return kuvStatusOk;
     }
     Kuv32u* const counts = reinterpret_cast<Kuv32u*>(buffer);
-    countValues<channels>(counts, src, srcStep, channels * width, rows);
-    for (int c = 0; c < channels; ++c) sumBins<T>(counts + ptrdiff_t{c} * valueCount<T>, of[c]);
+    countValues<channelCount>(counts, src, srcStep, channelCount * width, rows);
+    for (int c = 0; c < channelCount; ++c) sumBins<T>(counts + ptrdiff_t{c} * valueCount<T>, channels[c]);
     return kuvStatusOk;
 }
 
-void measureReals(const RealBins& of, const KuviBinPlan* spec, const Kuv32f* src, ptrdiff_t step, ptrdiff_t width, ptrdiff_t rows) {
-    const bool isEven = isUniform(spec) && of.bins > 2;
+// The same with the checks of pointers. The list of results may stand at any address.
+template <int channelCount, class T>
+KuvStatus measureEach(const T* src, Kuv32s srcStep, KuviSize roi, Kuv32u* const* hist, const KuviBinPlan* spec, Kuv8u* buffer) {
+    if (anyNull(src, hist, spec, buffer)) return kuvStatusNullPtr;
+    Kuv32u* each[channelCount];
+    __builtin_memcpy(each, hist, sizeof(each));
+    for (const Kuv32u* one : each) {
+        if (anyNull(one)) return kuvStatusNullPtr;
+    }
+    return measure<channelCount>(src, srcStep, roi, each, spec, buffer);
+}
+
+void measureReals(const RealBins& channel, const KuviBinPlan* spec, const Kuv32f* src, ptrdiff_t step, ptrdiff_t width, ptrdiff_t rows) {
+    const bool isEven = isUniform(spec) && channel.bins > 2;
     if (hasSingleRowRule && isEven && width == step >> 4) {
         width *= rows;
         rows = 1;
     }
     joinRows(width, rows, step, sizeof(Kuv32f));
     if constexpr (hasVectors) {
-        const RealBins all[1] = {of};
+        const RealBins all[1] = {channel};
         const bool small = BinCounts<1>::fit(all);
         BinCounts<1> counts(all);
         if (isEven) {
             const Kuv32f binWidth = loadSample(placeIn<Kuv32f>(spec, offsetof(HistogramHeader, steps)));
-            const Estimate estimate(of, binWidth);
+            const Estimate estimate(channel, binWidth);
             if (estimate.suits()) return counts.take(small, estimate, src, step, width, rows);
         }
-        if (doRise(of)) {
-            if (of.bins <= LevelCount::mostBins) counts.take(small, LevelCount(of), src, step, width, rows);
-            else counts.take(small, SteadySearch(of), src, step, width, rows);
+        if (doRise(channel)) {
+            if (channel.bins <= LevelCount::mostBins) counts.take(small, LevelCount(channel), src, step, width, rows);
+            else counts.take(small, SteadySearch(channel), src, step, width, rows);
             return;
         }
     }
-    if (of.bins < mostScanned) searchSamples(Scan{}, of, src, step, width, rows);
-    else searchSamples(BinarySearch{}, of, src, step, width, rows);
+    if (channel.bins < mostScanned) searchSamples(Scan{}, channel, src, step, width, rows);
+    else searchSamples(BinarySearch{}, channel, src, step, width, rows);
 }
 
 }  // namespace
@@ -107,21 +119,12 @@ void measureReals(const RealBins& of, const KuviBinPlan* spec, const Kuv32f* src
 #define KUV_HISTOGRAM_C1(name, T)                                                                                              \
     KuvStatus KUV_VARIANT_FUNCTION(name)(const T* src, Kuv32s srcStep, KuviSize roiSize, Kuv32u* hist, const KuviBinPlan* spec, \
                                          Kuv8u* buffer) {                                                                      \
-        using namespace kuv::KUV_VARIANT;                                                                                      \
-        if (anyNull(src) || anyNull(hist) || anyNull(spec) || anyNull(buffer)) return kuvStatusNullPtr;                        \
-        return measure<1>(src, srcStep, roiSize, {hist}, spec, buffer);                                                        \
+        return kuv::KUV_VARIANT::measureEach<1>(src, srcStep, roiSize, &hist, spec, buffer);                                   \
     }
-#define KUV_HISTOGRAM(name, T, channels)                                                                                       \
-    KuvStatus KUV_VARIANT_FUNCTION(name)(const T* src, Kuv32s srcStep, KuviSize roiSize, Kuv32u* const hist[channels],         \
+#define KUV_HISTOGRAM(name, T, channelCount)                                                                                   \
+    KuvStatus KUV_VARIANT_FUNCTION(name)(const T* src, Kuv32s srcStep, KuviSize roiSize, Kuv32u* const hist[channelCount],     \
                                          const KuviBinPlan* spec, Kuv8u* buffer) {                                             \
-        using namespace kuv::KUV_VARIANT;                                                                                      \
-        if (anyNull(src) || anyNull(hist) || anyNull(spec) || anyNull(buffer)) return kuvStatusNullPtr;                        \
-        Kuv32u* each[channels];                                                                                                \
-        __builtin_memcpy(each, hist, sizeof(each)); /* it may stand at any address */                                          \
-        for (const Kuv32u* one : each) {                                                                                       \
-            if (one == nullptr) return kuvStatusNullPtr;                                                                       \
-        }                                                                                                                      \
-        return measure<channels>(src, srcStep, roiSize, each, spec, buffer);                                                   \
+        return kuv::KUV_VARIANT::measureEach<channelCount>(src, srcStep, roiSize, hist, spec, buffer);                         \
     }
 KUV_HISTOGRAM_C1(kuviHistogram_8u_C1R, Kuv8u)
 KUV_HISTOGRAM(kuviHistogram_8u_C3R, Kuv8u, 3)
@@ -133,11 +136,11 @@ KUV_HISTOGRAM_C1(kuviHistogram_16s_C1R, Kuv16s)
 KuvStatus KUV_VARIANT_FUNCTION(kuviHistogram_32f_C1R)(const Kuv32f* src, Kuv32s srcStep, KuviSize roiSize, Kuv32u* hist,
                                                       const KuviBinPlan* spec, Kuv8u*) {
     using namespace kuv::KUV_VARIANT;
-    if (anyNull(src) || anyNull(hist) || anyNull(spec)) return kuvStatusNullPtr;
+    if (anyNull(src, hist, spec)) return kuvStatusNullPtr;
     if (emptyRoi(roiSize)) return kuvStatusBadSize;
     if (static_cast<ptrdiff_t>(sizeof(Kuv32f)) * roiSize.width > srcStep) return kuvStatusBadStep;
     if (!isPlan(spec)) return kuvStatusBadArg;
-    const RealBins of(spec, 0, hist);
-    if (of.bins > 0) measureReals(of, spec, src, srcStep, roiSize.width, roiSize.height);
+    const RealBins channel(spec, 0, hist);
+    if (channel.bins > 0) measureReals(channel, spec, src, srcStep, roiSize.width, roiSize.height);
     return kuvStatusOk;
 }

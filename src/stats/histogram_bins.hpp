@@ -65,9 +65,9 @@ void addTables(Kuv32u* to, const Kuv32u* from, ptrdiff_t tableStride, ptrdiff_t 
 //
 // The results of small histograms are kept in tables, of one channel in four side by side: the next sample often goes to the same bin,
 // and would wait for the count before.
-template <int channels>
+template <int channelCount>
 class BinCounts {
-    static_assert(channels == 1 || channels == 4);
+    static_assert(channelCount == 1 || channelCount == 4);
     static constexpr int tables = 4;
     // Tables at distances that differ modulo 4096: the processor compares no more of an address before it lets a load pass a store.
     static constexpr ptrdiff_t mostBins = 511, stride = mostBins + 1 + 16;
@@ -76,17 +76,17 @@ public:
     static constexpr ptrdiff_t block = 8;
 
     template <class Level>
-    static bool fit(const ChannelBins<Level> (&of)[channels]) {
+    static bool fit(const ChannelBins<Level> (&channels)[channelCount]) {
         bool small = true;
-        for (int c = 0; c < channels; ++c) small = small && of[c].bins <= mostBins;
+        for (int c = 0; c < channelCount; ++c) small = small && channels[c].bins <= mostBins;
         return small;
     }
 
     template <class Level>
-    explicit BinCounts(const ChannelBins<Level> (&of)[channels]) {
+    explicit BinCounts(const ChannelBins<Level> (&channels)[channelCount]) {
         for (int t = 0; t < tables; ++t) {
-            hist_[t] = of[t % channels].hist;
-            bins_[t] = of[t % channels].bins;
+            hist_[t] = channels[t % channelCount].hist;
+            bins_[t] = channels[t % channelCount].bins;
         }
     }
 
@@ -123,7 +123,7 @@ private:
 #ifdef __AVX__
         _mm256_zeroupper();  // GCC 12 forgets it before what follows
 #endif
-        if constexpr (small && channels == 1) {
+        if constexpr (small && channelCount == 1) {
             addTables<tables>(hist_[0], pool_, stride, bins_[0]);
         } else if constexpr (small) {
             for (int t = 0; t < tables; ++t) addTables<1>(hist_[t], pool_ + t * stride, stride, bins_[t]);

@@ -41,36 +41,36 @@ KUV_INLINE ptrdiff_t placeOf(Kuv32s level) {
 
 // Whether the bins from k on, as many as a vector has counts, hold one value each.
 template <class T>
-KUV_INLINE bool holdOneEach(const IntegerBins& of, ptrdiff_t k) {
+KUV_INLINE bool holdOneEach(const IntegerBins& channel, ptrdiff_t k) {
     using V = CountVector;
-    const ptrdiff_t place = ptrdiff_t{of.level(k)} - lowestValue<T>;
+    const ptrdiff_t place = ptrdiff_t{channel.level(k)} - lowestValue<T>;
     if (place < 0 || place + V::lanes > valueCount<T>) return false;
-    const V widths = sub(load<V>(of.levels + k + 1), load<V>(of.levels + k));
+    const V widths = sub(load<V>(channel.levels + k + 1), load<V>(channel.levels + k));
     return bitsOf(equal(as<Kuv8u>(widths), as<Kuv8u>(fill<V>(1)))) == static_cast<Kuv32u>(-1) >> (32 - V::bytes);
 }
 
 template <class T>
-void sumBins(const Kuv32u* counts, const IntegerBins& of) {
-    for (ptrdiff_t k = 0; k < of.bins;) {
-        const ptrdiff_t low = placeOf<T>(of.level(k)), high = placeOf<T>(of.level(k + 1));
+void sumBins(const Kuv32u* counts, const IntegerBins& channel) {
+    for (ptrdiff_t k = 0; k < channel.bins;) {
+        const ptrdiff_t low = placeOf<T>(channel.level(k)), high = placeOf<T>(channel.level(k + 1));
         if constexpr (hasVectors) {
-            if (k + CountVector::lanes <= of.bins && holdOneEach<T>(of, k)) {
-                storeCounts(of.hist + k, loadCounts(counts + low));
+            if (k + CountVector::lanes <= channel.bins && holdOneEach<T>(channel, k)) {
+                storeCounts(channel.hist + k, loadCounts(counts + low));
                 k += CountVector::lanes;
                 continue;
             }
         }
-        storeSample(of.hist + k, low < high ? sumOfCounts(counts + low, high - low) : 0);
+        storeSample(channel.hist + k, low < high ? sumOfCounts(counts + low, high - low) : 0);
         ++k;
     }
 }
 
 // Counts values. Samples are taken out of words of eight bytes; those of a channel go to each of its `sets` tables in turn.
-template <int channels, int sets, ptrdiff_t stride, class T>
+template <int channelCount, int sets, ptrdiff_t stride, class T>
 void countRows(Kuv32u* tables, const T* src, ptrdiff_t step, ptrdiff_t samples, ptrdiff_t rows) {
-    constexpr int perWord = 8 / sizeof(T), block = hasVectors ? (channels == 3 ? 24 : 8) : 2 * channels;
+    constexpr int perWord = 8 / sizeof(T), block = hasVectors ? (channelCount == 3 ? 24 : 8) : 2 * channelCount;
     const auto count = [tables](T sample, ptrdiff_t i) {
-        constexpr ptrdiff_t period = channels * sets;
+        constexpr ptrdiff_t period = channelCount * sets;
         countOne(tables + stride * (i % period), sample - lowestValue<T>);
     };
     for (ptrdiff_t row = 0; row < rows; ++row) {
@@ -95,27 +95,27 @@ void countRows(Kuv32u* tables, const T* src, ptrdiff_t step, ptrdiff_t samples, 
 
 // The same by way of several tables for each channel: equal neighbours would wait for each other's counts. Tables lie at distances that
 // differ modulo 4096, like those of BinCounts.
-template <int channels, int sets>
+template <int channelCount, int sets>
 __attribute__((noinline)) void countInTables(Kuv32u* counts, const Kuv8u* src, ptrdiff_t step, ptrdiff_t samples, ptrdiff_t rows) {
     constexpr ptrdiff_t values = valueCount<Kuv8u>, stride = values + 16;
-    alignas(64) Kuv32u tables[sets * channels * stride];
-    clearCounts(tables, sets * channels * stride);
-    countRows<channels, sets, stride>(tables, src, step, samples, rows);
-    for (int c = 0; c < channels; ++c) addTables<sets>(counts + c * values, tables + c * stride, channels * stride, values);
+    alignas(64) Kuv32u tables[sets * channelCount * stride];
+    clearCounts(tables, sets * channelCount * stride);
+    countRows<channelCount, sets, stride>(tables, src, step, samples, rows);
+    for (int c = 0; c < channelCount; ++c) addTables<sets>(counts + c * values, tables + c * stride, channelCount * stride, values);
 }
 
 // Counts values in `counts`.
-template <int channels, class T>
+template <int channelCount, class T>
 void countValues(Kuv32u* counts, const T* src, ptrdiff_t step, ptrdiff_t samples, ptrdiff_t rows) {
     if constexpr (hasVectors && sizeof(T) == 1) {
         // About eight tables in all, or four where eight would take longer to clear and add than they save.
-        constexpr int sets = channels == 1 ? 8 : 2;
+        constexpr int sets = channelCount == 1 ? 8 : 2;
         const ptrdiff_t all = samples * rows;
-        if (all >= (channels == 1 ? 2048 : 8192)) return countInTables<channels, sets>(counts, src, step, samples, rows);
-        if (channels == 1 && all >= 256) return countInTables<channels, 4>(counts, src, step, samples, rows);
+        if (all >= (channelCount == 1 ? 2048 : 8192)) return countInTables<channelCount, sets>(counts, src, step, samples, rows);
+        if (channelCount == 1 && all >= 256) return countInTables<channelCount, 4>(counts, src, step, samples, rows);
     }
-    clearCounts(counts, ptrdiff_t{channels} * valueCount<T>);
-    countRows<channels, 1, valueCount<T>>(counts, src, step, samples, rows);
+    clearCounts(counts, ptrdiff_t{channelCount} * valueCount<T>);
+    countRows<channelCount, 1, valueCount<T>>(counts, src, step, samples, rows);
 }
 
 // Bins of one width: x is in bin (x - first) / step.
@@ -125,42 +125,42 @@ struct EvenBins {
 
     EvenBins() = default;
     // Whether the whole range is a multiple of the bins' number.
-    bool divide(const IntegerBins& of) {
-        if (of.bins == 0) return true;
-        first = of.level(0);
-        last = of.level(of.bins);
+    bool spread(const IntegerBins& channel) {
+        if (channel.bins == 0) return true;
+        first = channel.level(0);
+        last = channel.level(channel.bins);
         const Kuv32u range = static_cast<Kuv32u>(last) - static_cast<Kuv32u>(first);
-        step = range / static_cast<Kuv32u>(of.bins);
-        return range % static_cast<Kuv32u>(of.bins) == 0;
+        step = range / static_cast<Kuv32u>(channel.bins);
+        return range % static_cast<Kuv32u>(channel.bins) == 0;
     }
     // Whether the levels between are where this takes them to be.
-    bool agree(const IntegerBins& of) const {
+    bool agree(const IntegerBins& channel) const {
         bool same = true;
-        for (ptrdiff_t k = 0; k < of.bins; ++k) {
-            same = same && static_cast<Kuv32u>(of.level(k)) == static_cast<Kuv32u>(first) + static_cast<Kuv32u>(k) * step;
+        for (ptrdiff_t k = 0; k < channel.bins; ++k) {
+            same = same && static_cast<Kuv32u>(channel.level(k)) == static_cast<Kuv32u>(first) + static_cast<Kuv32u>(k) * step;
         }
         return same;
     }
 };
 
-template <int channels, class T>
-void divideSamples(const EvenBins (&even)[channels], const IntegerBins (&of)[channels], const T* src, ptrdiff_t step, ptrdiff_t samples,
-                   ptrdiff_t rows) {
-    for (const IntegerBins& each : of) clearCounts(each.hist, each.bins);
+template <int channelCount, class T>
+void countSamplesByDivision(const EvenBins (&even)[channelCount], const IntegerBins (&channels)[channelCount], const T* src, ptrdiff_t step,
+                            ptrdiff_t samples, ptrdiff_t rows) {
+    for (const IntegerBins& each : channels) clearCounts(each.hist, each.bins);
     for (ptrdiff_t row = 0; row < rows; ++row) {
         const T* const from = rowAt(src, step, row);
         for (ptrdiff_t i = 0; i < samples; ++i) {
-            const EvenBins& bins = even[i % channels];
+            const EvenBins& bins = even[i % channelCount];
             const Kuv32s x = loadSample(from + i);
             if (x < bins.first || x >= bins.last) continue;
-            countOne(of[i % channels].hist, (static_cast<Kuv32u>(x) - static_cast<Kuv32u>(bins.first)) / bins.step);
+            countOne(channels[i % channelCount].hist, (static_cast<Kuv32u>(x) - static_cast<Kuv32u>(bins.first)) / bins.step);
         }
     }
 }
 
 // The same for eight samples, in single precision. Quotients of integers below 2^22 are cut to the right integer, however they are
 // rounded: one that is no integer misses the next by more than the rounding moves it.
-template <int channels>
+template <int channelCount>
 class Quotients {
     using V = CountVector;
     using Reals = Vector<Kuv32f, V::bytes>;
@@ -168,20 +168,20 @@ class Quotients {
 
 public:
     // No sample is that far above the first level.
-    static bool suit(const EvenBins (&even)[channels]) {
+    static bool suit(const EvenBins (&even)[channelCount]) {
         bool near = true;
         for (const EvenBins& each : even) near = near && each.first > 65536 - exact;
         return near;
     }
 
-    Quotients(const EvenBins (&even)[channels], const IntegerBins (&of)[channels]) {
+    Quotients(const EvenBins (&even)[channelCount], const IntegerBins (&channels)[channelCount]) {
         for (int i = 0; i < V::lanes; ++i) {
-            const EvenBins& each = even[i % channels];
+            const EvenBins& each = even[i % channelCount];
             const Kuv64s range = Kuv64s{each.last} - each.first;
             first_[i] = each.first;
             range_[i] = static_cast<Kuv32s>(range < 0 ? 0 : range < exact ? range : exact);
             step_[i] = static_cast<Kuv32f>(each.step < exact ? each.step : exact);
-            bins_[i] = of[i % channels].bins;
+            bins_[i] = channels[i % channelCount].bins;
         }
     }
 
