@@ -2,18 +2,16 @@
 #include <cstdint>
 #include <cstdlib>
 
+#include "core/align.hpp"
 #include "core/dispatch.hpp"
 
 namespace {
 
-constexpr Kuv64s alignment = 64;
-constexpr Kuv64s largest = 0x7FFFFFFF;
-constexpr Kuv64s overhead = alignment + static_cast<Kuv64s>(sizeof(void*));
+using namespace kuv;
 
-template <class T>
-constexpr T roundUp(T value) {
-    return (value + static_cast<T>(alignment - 1)) & static_cast<T>(-alignment);
-}
+constexpr int alignment = 64;
+constexpr Kuv64s largest = 0x7FFFFFFF;
+constexpr Kuv64s overhead = alignment + sizeof(void*);
 
 // Rows of whole 64-byte units, step times height bytes in all. When only the product is too large the step stays as computed.
 template <class T>
@@ -23,7 +21,7 @@ T* mallocImage(Kuv32s width, Kuv32s height, Kuv32s* stepBytes, Kuv64s pixelBytes
     if (width < 1 || height < 1) return nullptr;
     const Kuv64s rowBytes = width * pixelBytes;
     if (rowBytes > largest) return nullptr;
-    const Kuv64s step = roundUp(rowBytes);
+    const Kuv64s step = roundedUp(rowBytes, alignment);
     *stepBytes = static_cast<Kuv32s>(step);
     const Kuv64s total = step * height;
     if (total > largest) return nullptr;
@@ -38,7 +36,7 @@ void* kuvMalloc(Kuv32s length) {
     if (length < 1 || length > largest - overhead) return nullptr;
     void* const raw = std::malloc(static_cast<std::size_t>(length + overhead));
     if (raw == nullptr) return nullptr;
-    void** const user = reinterpret_cast<void**>(roundUp(reinterpret_cast<std::uintptr_t>(raw) + sizeof(void*)));
+    void** const user = alignedUp(static_cast<void**>(raw) + 1, alignment);
     user[-1] = raw;
     return user;
 }

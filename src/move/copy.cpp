@@ -31,7 +31,8 @@ void copyRun(Kuv8u* dst, const Kuv8u* src, ptrdiff_t n) {
 }
 
 template <class CopyRow>
-KUV_INLINE void copyRows(const Kuv8u* src, ptrdiff_t srcStep, Kuv8u* dst, ptrdiff_t dstStep, ptrdiff_t w, ptrdiff_t height, CopyRow copyRow) {
+KUV_INLINE void copyRows(const Kuv8u* src, ptrdiff_t srcStep, Kuv8u* dst, ptrdiff_t dstStep, ptrdiff_t w, ptrdiff_t height,
+                         CopyRow copyRow) {
     for (ptrdiff_t row = 0; row < height; ++row) copyRow(rowAt(dst, dstStep, row), rowAt(src, srcStep, row), w);
 }
 

@@ -149,10 +149,12 @@ KUV_INLINE void copyC1C3(const Kuv8u* src, Kuv8u* dst, ptrdiff_t width) {
     const auto read = [&](ptrdiff_t i, Thirds& thirds) {
         // The middle third's lower half comes from the first 16 samples, its upper half from the last 16.
         const Kuv8u* const from = src + i;
-        const ByteVector samples[3] = {loadParts<ByteVector>(from, 0), load<ByteVector>(from), loadParts<ByteVector>(from + vectorBytes - 16, 0)};
+        const ByteVector samples[3] = {loadParts<ByteVector>(from, 0), load<ByteVector>(from),
+                                       loadParts<ByteVector>(from + vectorBytes - 16, 0)};
 #pragma GCC unroll 3
         for (int k = 0; k < 3; ++k) {
-            const ByteVector old = bitAnd(load<ByteVector>(FirstOfThree::tables.others[k]), load<ByteVector>(dst + 3 * i + vectorBytes * k));
+            const ByteVector all = load<ByteVector>(dst + 3 * i + vectorBytes * k);
+            const ByteVector old = bitAnd(load<ByteVector>(FirstOfThree::tables.others[k]), all);
             thirds[k] = bitOr(old, shuffleBytes(samples[k], load<ByteVector>(FirstOfThree::tables.from[k])));
         }
     };

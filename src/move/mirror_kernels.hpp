@@ -316,7 +316,8 @@ KUV_INLINE bool withBlocks(ptrdiff_t n, Run run) {
     if constexpr (!hasVectors) {
         return false;
     } else if constexpr (channels == 1) {
-        return tried(std::type_identity<SampleBlock<Native<T>>>{}, 4 * vectorBytes) || tried(std::type_identity<SampleBlock<Vector<T, 16>>>{});
+        return tried(std::type_identity<SampleBlock<Native<T>>>{}, 4 * vectorBytes) ||
+               tried(std::type_identity<SampleBlock<Vector<T, 16>>>{});
     } else {
         return tried(std::type_identity<PixelBlock<T>>{});
     }

@@ -151,7 +151,8 @@ KUV_INLINE Vector<Kuv8u, bytes> narrowed(Vector<Kuv16s, bytes> a, Vector<Kuv16s,
     }
 }
 template <int bytes>
-KUV_INLINE Vector<Kuv8u, bytes> narrowed(Vector<Kuv32s, bytes> a, Vector<Kuv32s, bytes> b, Vector<Kuv32s, bytes> c, Vector<Kuv32s, bytes> d) {
+KUV_INLINE Vector<Kuv8u, bytes> narrowed(Vector<Kuv32s, bytes> a, Vector<Kuv32s, bytes> b, Vector<Kuv32s, bytes> c,
+                                         Vector<Kuv32s, bytes> d) {
     const Vector<Kuv8u, bytes> packed = packUnsigned(pack(a, b), pack(c, d));
     if constexpr (bytes == 16) {
         return packed;

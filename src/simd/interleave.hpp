@@ -119,7 +119,8 @@ KUV_INLINE void storeInterleaved3(T* to, Vector<T, bytes> a, Vector<T, bytes> b,
 
 // Writes as many pixels a, b, c, d, a, b, c, d ... as a register has bytes.
 template <int bytes>
-KUV_INLINE void storeInterleaved4(Kuv8u* to, Vector<Kuv8u, bytes> a, Vector<Kuv8u, bytes> b, Vector<Kuv8u, bytes> c, Vector<Kuv8u, bytes> d) {
+KUV_INLINE void storeInterleaved4(Kuv8u* to, Vector<Kuv8u, bytes> a, Vector<Kuv8u, bytes> b, Vector<Kuv8u, bytes> c,
+                                  Vector<Kuv8u, bytes> d) {
     const auto abLow = as<Kuv16u>(interleaveLow(a, b)), abHigh = as<Kuv16u>(interleaveHigh(a, b));
     const auto cdLow = as<Kuv16u>(interleaveLow(c, d)), cdHigh = as<Kuv16u>(interleaveHigh(c, d));
     storePartsOf(to, {as<Kuv8u>(interleaveLow(abLow, cdLow)), as<Kuv8u>(interleaveHigh(abLow, cdLow)),

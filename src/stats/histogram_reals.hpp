@@ -138,7 +138,8 @@ public:
             const V x = load<V>(samples + i), bin = select(inside(x), quotient(x), none());
             const V fromMiddle = absolute(sub(sub(bin, wholePart(bin)), fill<V>(0.5f)));
             storeTruncated(indices + i, bin);
-            if (const unsigned bits = laneBits(greater(fromMiddle, fill<V>(0.5f - margin_))); bits != 0) settle(samples + i, indices + i, bits);
+            const unsigned unsure = laneBits(greater(fromMiddle, fill<V>(0.5f - margin_)));
+            if (unsure != 0) settle(samples + i, indices + i, unsure);
         }
     }
 
