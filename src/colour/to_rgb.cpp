@@ -16,7 +16,7 @@ KuvStatus KUV_VARIANT_FUNCTION(kuviGrayToRGB_8u_C1C3R)(const Kuv8u* src, Kuv32s 
     if (anyNull(src, dst)) return kuvStatusNullPtr;
     if (emptyRoi(roiSize)) return kuvStatusBadSize;
     ptrdiff_t width = roiSize.width, rows = roiSize.height;
-    if (dstStep == 3 * width) joinRows(width, rows, srcStep, 1);
+    joinRows(width, rows, {{srcStep, 1}, {dstStep, 3}});
     for (ptrdiff_t row = 0; row < rows; ++row) greyRow(rowAt(src, srcStep, row), rowAt(dst, dstStep, row), width);
     return kuvStatusOk;
 }
