@@ -113,7 +113,10 @@ struct ImageArgument {
 
     std::tuple<Pointer, Kuv32s> operator()(Draw& draw) const {
         const int elements = draw.size.width * channels - omitted;
-        const std::ptrdiff_t step = drawStep(draw.random, steps, elements * static_cast<int>(sizeof(T)));
+        constexpr std::ptrdiff_t bytes = sizeof(T);
+        std::ptrdiff_t step = drawStep(draw.random, steps, elements * static_cast<int>(bytes));
+        // Where the bits of NaNs are free, rows that lie on each other do so by whole samples: parts of a NaN are no NaN.
+        if (same != sameBits<T> && step > 0 && step < elements * bytes) step = (step + bytes - 1) / bytes * bytes;
         const Image& image = draw.image<T>(role, elements, draw.size.height, step, same);
         return {image.row<T>(), image.step()};
     }
