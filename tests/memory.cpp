@@ -125,7 +125,7 @@ TEST(Memory, NullIsIgnored) {
 
 TEST(Memory, AnyBlockGoesBackByAnyRelease) {
     for (const auto release : {kuvFree, kuviFree, kuvsFree}) {
-        const Heap heap = heapOf([&] {
+        const auto allocateAndRelease = [&] {
             release(kuvMalloc(100));
             release(kuvsMalloc_8u(100));
             release(kuvsMalloc_32f(100));
@@ -133,9 +133,14 @@ TEST(Memory, AnyBlockGoesBackByAnyRelease) {
                 Kuv32s step;
                 release(each.allocate(10, 10, &step));
             }
-        });
-        EXPECT_EQ(heapWatch.releases, heap.allocations);
-        EXPECT_EQ(heap.allocations, kuvtest::heapIsWatched ? 3 + static_cast<int>(std::size(imageAllocators)) : 0);
+        };
+        // A sanitizer, which has the heap then, finds what is not released by itself.
+        if (!kuvtest::heapIsWatched) {
+            allocateAndRelease();
+            continue;
+        }
+        EXPECT_EQ(heapOf(allocateAndRelease).allocations, 3 + static_cast<int>(std::size(imageAllocators)));
+        EXPECT_EQ(heapWatch.releases, heapWatch.allocations);
     }
 }
 
