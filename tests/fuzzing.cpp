@@ -3,7 +3,6 @@
 
 #include <cfenv>
 #include <filesystem>
-#include <regex>
 #include <set>
 
 #include "support/statuses.hpp"
@@ -134,10 +133,14 @@ TEST(Fuzzing, PrintsItsCalls) {
     EXPECT_EQ(troubleWith({&call}, input, &again), "");
     EXPECT_NE(once.str().find("copy in px, size 13 x 5"), std::string::npos) << once.str();
     EXPECT_NE(once.str().find("argument 4: 13 x 5"), std::string::npos) << once.str();
-    const auto withoutAddresses = [](const std::ostringstream& printed) {
-        return std::regex_replace(printed.str(), std::regex("0x[0-9a-f]+"), "address");
+    const auto withoutAddresses = [](std::string text) {
+        for (std::size_t at = 0; (at = text.find("0x", at)) != std::string::npos;) {
+            at += 2;
+            text.erase(at, text.find_first_not_of("0123456789abcdef", at) - at);
+        }
+        return text;
     };
-    EXPECT_EQ(withoutAddresses(once), withoutAddresses(again));
+    EXPECT_EQ(withoutAddresses(once.str()), withoutAddresses(again.str()));
 }
 
 }  // namespace
