@@ -105,7 +105,7 @@ KUV_INLINE bool bypassesCaches(ptrdiff_t rows, ptrdiff_t samples, ptrdiff_t samp
 // dst[i] = operation(operands of i ...) for i in 0 .. count - 1, where dst may be the row of an operand, but not lie on one in another
 // way. In place, so no sample is computed from a result: the vectors at both ends are read before what they share with the aligned
 // ones in between is written. Fewer samples than a vector's go one by one. The operation sees some samples twice and none that is not
-// of the row, so it may note what it meets. What is stored past the caches must be aligned to its samples.
+// of the row, so it may note what it meets.
 template <class Store, class Operation, class T, class... Operands>
 KUV_INLINE void transformRow(Store storeAligned, Operation& operation, T* dst, ptrdiff_t count, const Operands&... operands) {
     if constexpr (hasVectors) {
@@ -164,27 +164,46 @@ KUV_INLINE void transformInPlace(Operation&& operation, T* srcDst, ptrdiff_t ste
     eachRow(ThroughCaches<false>{});
 }
 
+// dst[i] = operation(src1[i], src2[i]) for i in 0 .. count - 1, past the caches, into the row of another image, of aligned samples. Only
+// whole lines, which nothing else is written to: the processor would fetch others and throw them out again.
+template <class Operation, class T>
+KUV_INLINE void streamRow(Operation& operation, const T* src1, const T* src2, T* dst, ptrdiff_t count) {
+    using V = Native<T>;
+    constexpr ptrdiff_t lineBytes = 64, line = lineBytes / sizeof(T);
+    const ptrdiff_t toLine = samplesToAlignment(dst, lineBytes), start = toLine < count ? toLine : count;
+    const ptrdiff_t end = start + (count - start) / line * line;
+    const ptrdiff_t ends[][2] = {{0, start}, {end, count}};
+    for (const auto& [from, to] : ends) {
+        transformRow(ThroughCaches<false>{}, operation, dst + from, to - from, Row<T>{src1 + from}, Row<T>{src2 + from});
+    }
+    for (ptrdiff_t i = start; i < end; i += line) {
+#pragma GCC unroll 4
+        for (ptrdiff_t j = i; j < i + line; j += V::lanes) stream(dst + j, operation(load<V>(src1 + j), load<V>(src2 + j)));
+    }
+}
+
 // dst[i] = operation(src1[i], src2[i]) on every row, from the first. dst may be one of the sources; if not, and if its samples are
 // aligned, large images are streamed past the caches.
 template <class Operation, class T>
 KUV_INLINE void combine(Operation&& operation, const T* src1, ptrdiff_t src1Step, const T* src2, ptrdiff_t src2Step, T* dst,
                         ptrdiff_t dstStep, ptrdiff_t count, ptrdiff_t rows) {
-    const auto eachRow = [&](auto store) __attribute__((always_inline)) {
+    const auto eachRow = [&](auto combineRow) __attribute__((always_inline)) {
         for (ptrdiff_t row = 0; row < rows; ++row) {
-            transformRow(store, operation, rowAt(dst, dstStep, row), count, Row<T>{rowAt(src1, src1Step, row)},
-                         Row<T>{rowAt(src2, src2Step, row)});
+            combineRow(rowAt(src1, src1Step, row), rowAt(src2, src2Step, row), rowAt(dst, dstStep, row));
         }
     };
     if constexpr (hasVectors) {
         constexpr ptrdiff_t sampleBytes = sizeof(T);
         const bool aligned = (reinterpret_cast<std::intptr_t>(dst) | dstStep) % sampleBytes == 0;
         if (dst != src1 && dst != src2 && aligned && bypassesCaches(rows, count, 3 * sampleBytes, count * sampleBytes)) {
-            eachRow(PastCaches{});
+            eachRow([&](const T* a, const T* b, T* to) __attribute__((always_inline)) { streamRow(operation, a, b, to, count); });
             return streamFence();
         }
     }
     // By 32 bytes in place, too: beside the rows of another image 16 are not faster.
-    eachRow(ThroughCaches<false>{});
+    eachRow([&](const T* a, const T* b, T* to) __attribute__((always_inline)) {
+        transformRow(ThroughCaches<false>{}, operation, to, count, Row<T>{a}, Row<T>{b});
+    });
 }
 
 // srcDst[i] = operation(srcDst[i], src[i]) on every row, from the first.
