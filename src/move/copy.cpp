@@ -24,6 +24,7 @@ void copyRun(Kuv8u* dst, const Kuv8u* src, ptrdiff_t n) {
             copyStreaming(dst, src, n);
             return streamFence();
         }
+        if (movesStringsFast()) return copyString(dst, src, n);
         const ptrdiff_t offset = offsetInPage(dst, src);
         if (offset >= 0 && offset < closeOffset) return copyBackward(dst, src, n);
     }
@@ -49,6 +50,7 @@ void copyPlanned(const Kuv8u* src, ptrdiff_t srcStep, Kuv8u* dst, ptrdiff_t dstS
     if (srcStep == w && dstStep == w) return copyRun(dst, src, n);
     if (w < leastAlignedRow) return copyRows(src, srcStep, dst, dstStep, w, height, copyShort<>);
     if (copyBypassesCaches(w, height)) return copyRowsStreaming(src, srcStep, dst, dstStep, w, height);
+    if (copyByStrings(w, height)) return copyRows(src, srcStep, dst, dstStep, w, height, copyString);
     const bool aligned = offsetIn(dst, 32) == 0 && dstStep % 32 == 0 && w % 32 == 0;
     const ptrdiff_t offset = offsetInPage(dst, src);
     if (aligned && srcStep == dstStep && offset >= 0 && offset < closeOffset) {

@@ -11,11 +11,12 @@ constexpr bool isPlain(Kuv32s axis) { return axis == kuvAxisHorizontal || axis =
 // About the horizontal axis rows are copied.
 KUV_ALIGNED void copyRowsUpward(const Kuv8u* src, ptrdiff_t srcStep, Kuv8u* dst, ptrdiff_t dstStep, ptrdiff_t n, ptrdiff_t height) {
     const bool streaming = copyBypassesCaches(n, height), aligned = offsetIn(dst, vectorBytes) == 0 && dstStep % vectorBytes == 0;
-    const bool large = n > firstLevelBytes / height;
+    const bool large = n > firstLevelBytes / height, strings = copyByStrings(n, height);
     for (ptrdiff_t row = 0; row < height; ++row) {
         const Kuv8u* const from = rowAt(src, srcStep, row);
         Kuv8u* const to = rowAt(dst, dstStep, height - 1 - row);
         if (streaming) copyStreaming(to, from, n);
+        else if (strings) copyString(to, from, n);
         else if (large && aligned) copyShort<true>(to, from, n);
         else if (aligned || n < leastAlignedRow) copyShort(to, from, n);
         else copyForward(to, from, n);

@@ -33,6 +33,18 @@ KUV_INLINE bool copyBypassesCaches(ptrdiff_t rowBytes, ptrdiff_t rows) {
     return exceedsCache(rowBytes <= tooLarge / rows ? rowBytes * rows : tooLarge, 2);
 }
 
+// Whether the processor is of those that tell their cache. Their string moves are fast.
+KUV_INLINE bool movesStringsFast() {
+    Kuv32s cache;
+    return hasAVX2 && queryCacheBytes(&cache) == kuvStatusOk;
+}
+
+// Whether the rows of an image are to be copied by string moves: if the second-level cache does not hold it.
+KUV_INLINE bool copyByStrings(ptrdiff_t rowBytes, ptrdiff_t rows) {
+    constexpr ptrdiff_t leastRow = 1024, leastImage = 0x100000;
+    return rowBytes >= leastRow && rowBytes > leastImage / rows && movesStringsFast();
+}
+
 // Of shorter rows it does not pay to align what is written.
 constexpr ptrdiff_t leastAlignedRow = 512;
 
@@ -110,6 +122,17 @@ void copyBackward(Kuv8u* dst, const Kuv8u* src, ptrdiff_t n) {
     copyShort(dst + end, src + end, n - end);
     for (; end >= blockBytes; end -= blockBytes) copyVectors<blockBytes / vectorBytes>(dst + end - blockBytes, src + end - blockBytes);
     copyShort(dst, src, end);
+}
+
+// By a string move, which the processor does at its own best width and without reading what it overwrites, into aligned blocks. For runs
+// of at least a block.
+void copyString(Kuv8u* dst, const Kuv8u* src, ptrdiff_t n) {
+    const ptrdiff_t head = bytesToBoundary(dst, blockBytes);
+    copyShort(dst, src, head);
+    dst += head;
+    src += head;
+    n -= head;
+    asm volatile("rep movsb" : "+D"(dst), "+S"(src), "+c"(n) : : "memory");
 }
 
 // Past the caches. The caller closes with a fence.
