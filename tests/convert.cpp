@@ -268,7 +268,7 @@ TEST_P(Convert, LargeImages) {
         const PresetCache cache(status, bytes, line);
         for (const Conversion& each : conversions()) {
             for (const int gap : {0, 4, 18, 33}) {
-                for (const int width : {1, 31, 32, 150, 420}) {
+                for (const int width : {1, 24, 31, 32, 70, 150, 420}) {
                     const int src = width * each.channels * each.srcBytes, dst = width * each.channels * each.dstBytes;
                     expectConversion(each, {width, 7}, src, dst, Guard::end, gap, gap);
                     expectConversion(each, {width, 7}, src + 3, dst + 64 - dst % 64, Guard::end, gap, gap);

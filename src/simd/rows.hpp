@@ -235,8 +235,8 @@ KUV_INLINE void convertRow(const Operation& operation, const S* src, D* dst, ptr
         };
         if (count < fewBlocks * block) return blocks(0, count);
         ptrdiff_t first = samplesToAlignment(dst, 64);
-        if (streaming && reinterpret_cast<std::uintptr_t>(dst + first) % 64 == 0) {
-            // Whole lines, which nothing else is written to.
+        if (streaming && count >= block + line && reinterpret_cast<std::uintptr_t>(dst + first) % 64 == 0) {
+            // Whole lines, which nothing else is written to. The first begins before block + line.
             while (first > 0 && first < block) first += line;
             constexpr ptrdiff_t step = block > line ? block : line;
             ptrdiff_t end = first + (count - first) / step * step;
