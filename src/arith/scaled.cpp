@@ -11,10 +11,6 @@ namespace {
 // From one more on nothing is left.
 constexpr Kuv32s mostPlaces = 16, mostPlacesOfSquares = 30;
 
-void clear(Kuv16s* dst, ptrdiff_t step, ptrdiff_t count, ptrdiff_t rows) {
-    fillImage<Kuv16u>(0, reinterpret_cast<Kuv16u*>(dst), step, count, rows);
-}
-
 // Gives `run` the operation that a scale factor up to `mostPlaces` asks for.
 template <class Exact, class Run>
 KUV_INLINE void withOperation(Kuv32s scaleFactor, Run run) {
@@ -28,7 +24,7 @@ KUV_INLINE void withOperation(Kuv32s scaleFactor, Run run) {
 template <class Exact>
 void scaleImages(const Kuv16s* a, ptrdiff_t aStep, const Kuv16s* b, ptrdiff_t bStep, Kuv16s* dst, ptrdiff_t dstStep,
                  ptrdiff_t count, ptrdiff_t rows, Kuv32s scaleFactor) {
-    if (scaleFactor > mostPlaces) return clear(dst, dstStep, count, rows);
+    if (scaleFactor > mostPlaces) return fillImage<Kuv16s>(0, dst, dstStep, count, rows);
     withOperation<Exact>(scaleFactor, [&](auto operation) __attribute__((always_inline)) {
         combine(operation, a, aStep, b, bStep, dst, dstStep, count, rows);
     });
@@ -38,7 +34,7 @@ template <class Exact, int channels>
 void scaleConstant(const Kuv16s* value, Kuv16s* srcDst, ptrdiff_t step, KuviSize roi, Kuv32s scaleFactor) {
     ptrdiff_t width = roi.width, rows = roi.height;
     joinRows(width, rows, step, channels * sizeof(Kuv16s));
-    if (scaleFactor > mostPlaces) return clear(srcDst, step, channels * width, rows);
+    if (scaleFactor > mostPlaces) return fillImage<Kuv16s>(0, srcDst, step, channels * width, rows);
     Kuv16s values[channels];
     for (int c = 0; c < channels; ++c) values[c] = loadSample(value + c);
     const Periodic constants(values);
@@ -53,7 +49,7 @@ void scaleSquares(Kuv16s* srcDst, ptrdiff_t step, KuviSize roi, Kuv32s scaleFact
     const auto run = [&](auto operation) __attribute__((always_inline)) {
         transformInPlace(operation, srcDst, step, width, rows);
     };
-    if (scaleFactor > mostPlacesOfSquares) clear(srcDst, step, width, rows);
+    if (scaleFactor > mostPlacesOfSquares) fillImage<Kuv16s>(0, srcDst, step, width, rows);
     else if (scaleFactor == 0) run(SquareUnscaled{});
     else if (scaleFactor < -14) run(SquareSign{});
     else if (scaleFactor < 0) run(SquareShiftedLeft{LeftShift(scaleFactor)});

@@ -1,6 +1,8 @@
 // Logical shifts of 16-bit samples by a constant.
 #include "core/checks.hpp"
+#include "core/integers.hpp"
 #include "move/fills.hpp"
+#include "simd/integer.hpp"
 #include "simd/rows.hpp"
 
 namespace kuv::KUV_VARIANT {
@@ -103,38 +105,25 @@ struct ThreeCounts {
     Kuv32u of[3];
 
     explicit ThreeCounts(const Kuv32u* values) {
-        for (int c = 0; c < 3; ++c) {
-            const Kuv32u count = loadSample(values + c);
-            of[c] = count < emptying ? count : emptying;
-        }
+        for (int c = 0; c < 3; ++c) of[c] = smaller(loadSample(values + c), emptying);
     }
     bool allZero() const { return of[0] == 0 && equal(); }
     bool equal() const { return of[0] == of[1] && of[0] == of[2]; }
 };
 
-template <class Shift>
-KuvStatus shiftC3(const Kuv32u* value, Kuv16u* srcDst, Kuv32s srcDstStep, KuviSize roiSize) {
+// Three colours, in pixels of so many samples.
+template <class Shift, int samples>
+KuvStatus shiftColours(const Kuv32u* value, Kuv16u* srcDst, Kuv32s srcDstStep, KuviSize roiSize) {
     if (anyNull(value, srcDst)) return kuvStatusNullPtr;
     if (srcDstStep < 1) return kuvStatusBadStep;
     if (emptyRoi(roiSize)) return kuvStatusBadSize;
     const ThreeCounts counts(value);
     if (counts.allZero()) return kuvStatusOk;
-    if (counts.equal()) {
+    if (samples == 3 && counts.equal()) {
         shiftSamples<Shift>(counts.of[0], srcDst, srcDstStep, ptrdiff_t{3} * roiSize.width, roiSize.height);
     } else {
-        shiftPixels<Shift, 3>(counts.of, srcDst, srcDstStep, roiSize.width, roiSize.height);
+        shiftPixels<Shift, samples>(counts.of, srcDst, srcDstStep, roiSize.width, roiSize.height);
     }
-    return kuvStatusOk;
-}
-
-template <class Shift>
-KuvStatus shiftAC4(const Kuv32u* value, Kuv16u* srcDst, Kuv32s srcDstStep, KuviSize roiSize) {
-    if (anyNull(value, srcDst)) return kuvStatusNullPtr;
-    if (srcDstStep < 1) return kuvStatusBadStep;
-    if (emptyRoi(roiSize)) return kuvStatusBadSize;
-    const ThreeCounts counts(value);
-    if (counts.allZero()) return kuvStatusOk;
-    shiftPixels<Shift, 4>(counts.of, srcDst, srcDstStep, roiSize.width, roiSize.height);
     return kuvStatusOk;
 }
 
@@ -151,17 +140,17 @@ KuvStatus shiftSignal(Kuv32s value, Kuv16u* srcDst, Kuv32s len) {
 }  // namespace
 }  // namespace kuv::KUV_VARIANT
 
-#define KUV_SHIFT_IMAGE(name, Count, shift)                                                                         \
+#define KUV_SHIFT_IMAGE(name, Count, ...)                                                                           \
     KuvStatus KUV_VARIANT_FUNCTION(name)(Count value, Kuv16u* srcDst, Kuv32s srcDstStep, KuviSize roiSize) {        \
         using namespace kuv::KUV_VARIANT;                                                                           \
-        return shift(value, srcDst, srcDstStep, roiSize);                                                           \
+        return __VA_ARGS__(value, srcDst, srcDstStep, roiSize);                                                     \
     }
 KUV_SHIFT_IMAGE(kuviLShiftC_16u_C1IR, Kuv32u, shiftC1<LeftShift>)
 KUV_SHIFT_IMAGE(kuviRShiftC_16u_C1IR, Kuv32u, shiftC1<RightShift>)
-KUV_SHIFT_IMAGE(kuviLShiftC_16u_C3IR, const Kuv32u*, shiftC3<LeftShift>)
-KUV_SHIFT_IMAGE(kuviRShiftC_16u_C3IR, const Kuv32u*, shiftC3<RightShift>)
-KUV_SHIFT_IMAGE(kuviLShiftC_16u_AC4IR, const Kuv32u*, shiftAC4<LeftShift>)
-KUV_SHIFT_IMAGE(kuviRShiftC_16u_AC4IR, const Kuv32u*, shiftAC4<RightShift>)
+KUV_SHIFT_IMAGE(kuviLShiftC_16u_C3IR, const Kuv32u*, shiftColours<LeftShift, 3>)
+KUV_SHIFT_IMAGE(kuviRShiftC_16u_C3IR, const Kuv32u*, shiftColours<RightShift, 3>)
+KUV_SHIFT_IMAGE(kuviLShiftC_16u_AC4IR, const Kuv32u*, shiftColours<LeftShift, 4>)
+KUV_SHIFT_IMAGE(kuviRShiftC_16u_AC4IR, const Kuv32u*, shiftColours<RightShift, 4>)
 
 KuvStatus KUV_VARIANT_FUNCTION(kuvsLShiftC_16u_I)(Kuv32s value, Kuv16u* srcDst, Kuv32s len) {
     return kuv::KUV_VARIANT::shiftSignal<kuv::KUV_VARIANT::LeftShift>(value, srcDst, len);

@@ -13,7 +13,8 @@ constexpr int alignment = 64;
 constexpr Kuv64s largest = 0x7FFFFFFF;
 constexpr Kuv64s overhead = alignment + sizeof(void*);
 
-// Rows of whole 64-byte units, step times height bytes in all. When only the product is too large the step stays as computed.
+// Rows of whole 64-byte units, step times height bytes in all. When only the product is too large the step stays as computed, 0x80000000 as
+// the lowest integer.
 template <class T>
 T* mallocImage(Kuv32s width, Kuv32s height, Kuv32s* stepBytes, Kuv64s pixelBytes) {
     if (stepBytes == nullptr) return nullptr;

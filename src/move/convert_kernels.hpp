@@ -10,19 +10,19 @@ namespace kuv::KUV_VARIANT {
 namespace {
 
 // Four registers of 32 bits make one of bytes.
-using Words = Native<Kuv32s>;
-using Singles = Vector<Kuv32f, Words::bytes>;
-constexpr ptrdiff_t fourWords = 4 * Words::lanes;
+using Integers = Native<Kuv32s>;
+using Singles = Vector<Kuv32f, Integers::bytes>;
+constexpr ptrdiff_t fourRegisters = 4 * Integers::lanes;
 
 template <class S>
 struct ToSingles {
-    static constexpr ptrdiff_t blockSamples = fourWords;
+    static constexpr ptrdiff_t blockSamples = fourRegisters;
 
     KUV_INLINE Kuv32f operator()(S x) const { return static_cast<Kuv32f>(x); }
 
     template <class Write>
     KUV_INLINE void block(const S* src, Kuv32f* dst, Write write) const {
-        for (ptrdiff_t i = 0; i < blockSamples; i += Words::lanes) write(dst + i, toReals(loadWidened<Words>(src + i)));
+        for (ptrdiff_t i = 0; i < blockSamples; i += Integers::lanes) write(dst + i, toReals(loadWidened<Integers>(src + i)));
     }
 };
 
@@ -46,7 +46,7 @@ enum class Cut { towardZero, nearestEven, nearestAway };
 // Vectors round as the processor is told to: towardZero and nearestAway want it to be toward zero, nearestEven to the nearest.
 template <Cut cut>
 struct SinglesToBytes {
-    static constexpr ptrdiff_t blockSamples = fourWords;
+    static constexpr ptrdiff_t blockSamples = fourRegisters;
 
     KUV_INLINE Kuv8u operator()(Kuv32f x) const {
         if (x >= 255.0f) return 255;
@@ -60,7 +60,7 @@ struct SinglesToBytes {
     }
 
     // A NaN becomes the lowest integer, and what is below 0 saturates when it is narrowed.
-    static KUV_INLINE Words cutWords(const Kuv32f* from) {
+    static KUV_INLINE Integers integersOf(const Kuv32f* from) {
         const Singles x = minimum(fill<Singles>(255.0f), load<Singles>(from));
         if constexpr (cut == Cut::nearestEven) return rounded(x);
         if constexpr (cut == Cut::nearestAway) return truncated(add(x, fill<Singles>(0.5f)));
@@ -69,13 +69,13 @@ struct SinglesToBytes {
 
     template <class Write>
     KUV_INLINE void block(const Kuv32f* src, Kuv8u* dst, Write write) const {
-        constexpr ptrdiff_t lanes = Words::lanes;
-        write(dst, narrowed(cutWords(src), cutWords(src + lanes), cutWords(src + 2 * lanes), cutWords(src + 3 * lanes)));
+        constexpr ptrdiff_t lanes = Integers::lanes;
+        write(dst, narrowed(integersOf(src), integersOf(src + lanes), integersOf(src + 2 * lanes), integersOf(src + 3 * lanes)));
     }
 };
 
 struct BytesToRange {
-    static constexpr ptrdiff_t blockSamples = fourWords;
+    static constexpr ptrdiff_t blockSamples = fourRegisters;
 
     Kuv64f step, lowest;
 
@@ -98,7 +98,7 @@ struct BytesToRange {
 // between them; else the block is computed as stated.
 class RangeToBytes {
 public:
-    static constexpr ptrdiff_t blockSamples = fourWords;
+    static constexpr ptrdiff_t blockSamples = fourRegisters;
 
     RangeToBytes(Kuv32f vMin, Kuv32f vMax) : vMin_(vMin), vMax_(vMax) {
         const Kuv64f range = Kuv64f{vMax} - Kuv64f{vMin};
@@ -109,7 +109,7 @@ public:
             // In units of 2^-24, and twice that if the processor does not round to the nearest: the factor, the product, the constant and
             // the sum are each off by half a unit of their size, and the largest counts.
             const Kuv64f largest = 255.0 + __builtin_fabs(offset);
-            const Kuv64f off = 1.01 * 0x1p-24 * (3.0 * largest + 2.0 * (__builtin_fabs(offset) + 1.0) + 2.0 * 256.0);
+            const Kuv64f off = 1.01 * 0x1p-24 * (4.0 * largest + 2.0 * (__builtin_fabs(offset) + 1.0) + 2.0 * 256.0);
             estimates_ = off < 0x1p-6 && range > 0x1p-64 && range < 0x1p64;
             estimatedFactor_ = estimates_ ? static_cast<Kuv32f>(factor_) : 0.0f;
             below_ = estimates_ ? static_cast<Kuv32f>(start_ - off) : 0.0f;
@@ -131,15 +131,15 @@ public:
         if (!estimates_) return computed(src, dst, write);
         const Singles top = fill<Singles>(vMax_), factor = fill<Singles>(estimatedFactor_);
         const Singles below = fill<Singles>(below_), above = fill<Singles>(above_);
-        Words low[4], high[4];
+        Integers low[4], high[4];
 #pragma GCC unroll 4
         for (int i = 0; i < 4; ++i) {
-            const Singles product = multiply(minimum(top, load<Singles>(src + i * Words::lanes)), factor);
+            const Singles product = multiply(minimum(top, load<Singles>(src + i * Integers::lanes)), factor);
             low[i] = truncated(add(product, below));
             high[i] = truncated(add(product, above));
         }
         const auto lows = narrowed(low[0], low[1], low[2], low[3]), highs = narrowed(high[0], high[1], high[2], high[3]);
-        constexpr Kuv32u all = Words::bytes == 32 ? 0xFFFFFFFF : 0xFFFF;
+        constexpr Kuv32u all = Integers::bytes == 32 ? 0xFFFFFFFF : 0xFFFF;
         if (bitsOf(equal(lows, highs)) != all) return computed(src, dst, write);
         write(dst, lows);
     }
@@ -164,10 +164,10 @@ private:
 
     template <class Write>
     __attribute__((noinline)) void computed(const Kuv32f* src, Kuv8u* dst, Write write) const {
-        const auto words = [&](int i) {
-            return fromHalves<Words>([&](int lane) { return computedFour(src + i * Words::lanes + lane); });
+        const auto integers = [&](int i) {
+            return fromHalves<Integers>([&](int lane) { return computedFour(src + i * Integers::lanes + lane); });
         };
-        write(dst, narrowed(words(0), words(1), words(2), words(3)));
+        write(dst, narrowed(integers(0), integers(1), integers(2), integers(3)));
     }
 
     Kuv64f factor_, start_;

@@ -20,7 +20,7 @@ KUV_INLINE ptrdiff_t offsetInPage(const Kuv8u* dst, const Kuv8u* src) { return o
 void copyRun(Kuv8u* dst, const Kuv8u* src, ptrdiff_t n) {
     if (n < leastPlannedRun) return copyShort(dst, src, n);
     if constexpr (plansByCache) {
-        if (n > leastStreamedRun && exceedsCache(n, 2)) {
+        if (n > leastStreamedRun && exceedsCache(n, 1, 2)) {
             copyStreaming(dst, src, n);
             return streamFence();
         }

@@ -9,7 +9,7 @@ constexpr bool isDiagonal(Kuv32s axis) { return axis == kuvAxisDiagonal || axis 
 constexpr bool isPlain(Kuv32s axis) { return axis == kuvAxisHorizontal || axis == kuvAxisVertical || axis == kuvAxisBoth; }
 
 // About the horizontal axis rows are copied.
-KUV_ALIGNED void copyRowsUpward(const Kuv8u* src, ptrdiff_t srcStep, Kuv8u* dst, ptrdiff_t dstStep, ptrdiff_t n, ptrdiff_t height) {
+void copyRowsUpward(const Kuv8u* src, ptrdiff_t srcStep, Kuv8u* dst, ptrdiff_t dstStep, ptrdiff_t n, ptrdiff_t height) {
     const bool streaming = copyBypassesCaches(n, height), aligned = offsetIn(dst, vectorBytes) == 0 && dstStep % vectorBytes == 0;
     const bool large = n > firstLevelBytes / height, strings = copyByStrings(n, height);
     for (ptrdiff_t row = 0; row < height; ++row) {
@@ -85,12 +85,12 @@ KuvStatus mirrorBetween(const T* src, ptrdiff_t srcStep, T* dst, ptrdiff_t dstSt
     return kuvStatusOk;
 }
 
-// A block of rows a positive step apart, as the addresses of the rows' first and last samples tell.
+// The ground that an image covers: rows a positive step apart, as the addresses of their first and last samples tell.
 template <class T>
-struct Block {
+struct Footprint {
     Kuv64s first, step, span, rows;
 
-    Block(const T* image, ptrdiff_t rowStep, ptrdiff_t width, ptrdiff_t height)
+    Footprint(const T* image, ptrdiff_t rowStep, ptrdiff_t width, ptrdiff_t height)
         : first(static_cast<Kuv64s>(reinterpret_cast<size_t>(image))), step(rowStep), span((width - 1) * static_cast<ptrdiff_t>(sizeof(T))),
           rows(height) {}
 
@@ -101,7 +101,7 @@ struct Block {
         const Kuv64s row = offset / step < rows ? offset / step : rows - 1;
         return offset - row * step <= span;
     }
-    bool holdsCornerOf(const Block& other) const {
+    bool holdsCornerOf(const Footprint& other) const {
         const Kuv64s last = other.first + (other.rows - 1) * other.step;
         return holds(other.first) || holds(other.first + other.span) || holds(last) || holds(last + other.span);
     }
@@ -113,7 +113,7 @@ KuvStatus mirrorDiagonally(const T* src, ptrdiff_t srcStep, T* dst, ptrdiff_t ds
     if (anyNull(src, dst)) return kuvStatusNullPtr;
     if (srcStep < 1 || dstStep < 1 || srcStep % sampleBytes != 0 || dstStep % sampleBytes != 0) return kuvStatusBadStep;
     if (emptyRoi(roi)) return kuvStatusBadSize;
-    const Block<T> from(src, srcStep, roi.height, roi.width), to(dst, dstStep, roi.width, roi.height);
+    const Footprint<T> from(src, srcStep, roi.height, roi.width), to(dst, dstStep, roi.width, roi.height);
     if (from.holdsCornerOf(to) || to.holdsCornerOf(from)) return kuvStatusInternal;
     const bool second = axis == kuvAxisSecondDiagonal;
     T* const lastRow = rowAt(dst, dstStep, roi.height - 1);

@@ -4,6 +4,7 @@
 // still to be done, and how to write them to the other. The last block ends exactly where the pixels do and may lie on the one before.
 #pragma once
 
+#include "core/integers.hpp"
 #include "move/runs.hpp"
 #include "simd/bytes.hpp"
 #include "simd/rows.hpp"
@@ -193,9 +194,6 @@ private:
 };
 #endif
 
-// Short rows take up to a fifth longer where the loop happens to cross a line of the instruction cache.
-#define KUV_ALIGNED __attribute__((aligned(64)))
-
 // Of shorter rows the wide blocks' constants cost more than the blocks gain.
 constexpr ptrdiff_t leastWideReversal = 1024, leastWideExchange = 480;
 
@@ -221,7 +219,7 @@ __attribute__((noinline)) ptrdiff_t exchangeWide(Kuv8u* front, Kuv8u* backEnd, p
 
 // n bytes, at least a block.
 template <class B>
-KUV_ALIGNED void reverseRun(const Kuv8u* src, Kuv8u* dst, ptrdiff_t n) {
+void reverseRun(const Kuv8u* src, Kuv8u* dst, ptrdiff_t n) {
     const Kuv8u* const srcEnd = src + n;
     const ptrdiff_t last = n - B::bytes;
     const auto lastBlock = B::readExactly(src);
@@ -242,7 +240,7 @@ KUV_ALIGNED void reverseRun(const Kuv8u* src, Kuv8u* dst, ptrdiff_t n) {
 
 // n bytes from `front` on with the n bytes before `backEnd`. They may be one run, of which n is half, the middle pixel included.
 template <class B>
-KUV_ALIGNED void exchangeReversed(Kuv8u* front, Kuv8u* backEnd, ptrdiff_t n) {
+void exchangeReversed(Kuv8u* front, Kuv8u* backEnd, ptrdiff_t n) {
     const ptrdiff_t last = n - B::bytes;
     const auto lastFront = B::readExactly(front + last), lastBack = B::readExactly(backEnd - n);
     ptrdiff_t i = 0;
@@ -278,9 +276,7 @@ KUV_ALIGNED void exchangeReversed(Kuv8u* front, Kuv8u* backEnd, ptrdiff_t n) {
 }
 
 // Rows that share no byte. They are exchanged by pairs of vectors; the last pair is read before anything is written.
-constexpr ptrdiff_t pairBytes = 2 * vectorBytes;
-
-KUV_ALIGNED void exchangeRows(Kuv8u* a, Kuv8u* b, ptrdiff_t n) {
+void exchangeRows(Kuv8u* a, Kuv8u* b, ptrdiff_t n) {
     if (n < vectorBytes) {
         Kuv8u kept[vectorBytes];
         copyFew(kept, a, n);
@@ -377,11 +373,11 @@ bool transposeIn(const T* src, ptrdiff_t srcStep, T* dst, ptrdiff_t dstStep, Kuv
     const ptrdiff_t rows = dstSize.width, columns = dstSize.height;
     if (rows < B::rows || columns < side) return false;
     for (ptrdiff_t first = 0; first < rows; first += band) {
-        const ptrdiff_t end = first + band < rows ? first + band : rows;
+        const ptrdiff_t end = smaller(first + band, rows);
         for (ptrdiff_t column = 0; column < columns; column += side) {
-            const ptrdiff_t c = column < columns - side ? column : columns - side;
+            const ptrdiff_t c = smaller(column, columns - side);
             for (ptrdiff_t row = first; row < end; row += B::rows) {
-                const ptrdiff_t r = row < rows - B::rows ? row : rows - B::rows;
+                const ptrdiff_t r = smaller(row, rows - B::rows);
                 B::transpose(rowAt(src, srcStep, r) + c, srcStep, rowAt(dst, dstStep, c) + r, dstStep);
             }
         }

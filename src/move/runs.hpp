@@ -2,13 +2,13 @@
 #pragma once
 
 #include "core/cache.hpp"
-#include "core/rows.hpp"
-#include "simd/integer.hpp"
+#include "simd/rows.hpp"
+#include "simd/vector.hpp"
 
 namespace kuv::KUV_VARIANT {
 namespace {
 
-constexpr ptrdiff_t blockBytes = 64;
+constexpr ptrdiff_t blockBytes = 64, pairBytes = 2 * vectorBytes;
 constexpr ptrdiff_t pageBytes = 4096;
 
 KUV_INLINE Kuv8u* bytesOf(void* address) { return static_cast<Kuv8u*>(address); }
@@ -20,17 +20,10 @@ KUV_INLINE ptrdiff_t offsetIn(const void* address, ptrdiff_t alignment) {
 }
 KUV_INLINE ptrdiff_t bytesToBoundary(const void* address, ptrdiff_t alignment) { return -offsetIn(address, alignment) & (alignment - 1); }
 
-// Whether so many bytes are to bypass the caches: at least a given part of the largest one, if its size is known.
-KUV_INLINE bool exceedsCache(Kuv64s bytes, int partsOfCache) {
-    Kuv32s cache;
-    return queryCacheBytes(&cache) == kuvStatusOk && bytes * partsOfCache >= cache;
-}
-
-// The same for a copy of an image. Small ones never ask for the size of the cache.
+// Whether the copy of an image is to bypass the caches. Small ones never ask for the size of the cache.
 KUV_INLINE bool copyBypassesCaches(ptrdiff_t rowBytes, ptrdiff_t rows) {
-    constexpr Kuv64s leastStreamed = 0x300000, tooLarge = 0x100000000;
-    if (rowBytes <= leastStreamed / rows) return false;
-    return exceedsCache(rowBytes <= tooLarge / rows ? rowBytes * rows : tooLarge, 2);
+    constexpr ptrdiff_t leastStreamed = 0x300000;
+    return rowBytes > leastStreamed / rows && exceedsCache(rowBytes, rows, 2);
 }
 
 // Whether the processor is of those that tell their cache. Their string moves are fast.
@@ -93,7 +86,6 @@ KUV_INLINE void copyVectors(Kuv8u* dst, const Kuv8u* src) {
 // For lengths at which looking at alignment does not pay: pairs of vectors, of which the last ends with the run.
 template <bool byHalves = false>
 void copyShort(Kuv8u* dst, const Kuv8u* src, ptrdiff_t n) {
-    constexpr ptrdiff_t pairBytes = 2 * vectorBytes;
     if (n < vectorBytes) return copyFew(dst, src, n);
     if (n < pairBytes) {
         copyVectors<1, byHalves>(dst, src);
@@ -179,14 +171,14 @@ void fillString(Kuv8u* dst, ptrdiff_t n, const FillPattern<T>& pattern) {
     copyFew(dst, pattern.bytes(), n % 8);
 }
 
-// From so many bytes on, processors with AVX2 do no better with vectors.
-constexpr ptrdiff_t leastString = 32768;
+// Beyond so many bytes processors with AVX2 do no better with vectors.
+constexpr ptrdiff_t mostVectorFill = 32768;
 
 // Fills n bytes, whole samples. Streams past the caches if asked to; the caller closes with a fence then.
 template <class T>
 void fillRun(Kuv8u* dst, ptrdiff_t n, const FillPattern<T>& pattern, bool streaming) {
     if (n < vectorBytes) return copyFew(dst, pattern.bytes(), n);
-    if (hasAVX2 && n > leastString && !streaming) return fillString(dst, n, pattern);
+    if (hasAVX2 && n > mostVectorFill && !streaming) return fillString(dst, n, pattern);
     store(dst, pattern.lanes());
     // Aligned vectors may begin within a sample.
     ptrdiff_t i = bytesToBoundary(dst, vectorBytes);

@@ -1,22 +1,23 @@
 // Fills with a constant.
 #include "core/checks.hpp"
 #include "move/fills.hpp"
+#include "simd/integer.hpp"
 #include "simd/rows.hpp"
 
 namespace kuv::KUV_VARIANT {
 namespace {
 
-// Fills below these many bytes never ask for the size of the cache; 16-bit fills never stream.
-constexpr Kuv64s leastAsked8u = 0x600001, leastAsked32s = 0x80001, neverAsked = 0x7FFFFFFFFFFFFFFF;
+// Fills of up to so many bytes never ask for the size of the cache; 16-bit fills never stream.
+constexpr Kuv64s mostUnasked8u = 0x600000, mostUnasked32s = 0x80000, neverAsked = 0x7FFFFFFFFFFFFFFF;
 
 template <class T>
-KuvStatus setImage(T value, T* dst, Kuv32s dstStep, KuviSize roi, Kuv64s leastAsked) {
+KuvStatus setImage(T value, T* dst, Kuv32s dstStep, KuviSize roi, Kuv64s mostUnasked) {
     if (anyNull(dst)) return kuvStatusNullPtr;
     if (emptyRoi(roi)) return kuvStatusBadSize;
     // A size that 32 bits cannot tell counts as a small one.
     const Kuv64s rowBytes = Kuv64s{roi.width} * static_cast<Kuv64s>(sizeof(T));
     const bool fits = rowBytes <= 0x7FFFFFFF / roi.height;
-    const bool streaming = hasVectors && fits && rowBytes * roi.height >= leastAsked && exceedsCache(rowBytes * roi.height, 1);
+    const bool streaming = hasVectors && fits && rowBytes * roi.height > mostUnasked && exceedsCache(rowBytes, roi.height, 1);
     fillImage(value, dst, dstStep, roi.width, roi.height, streaming);
     return kuvStatusOk;
 }
@@ -46,7 +47,7 @@ void setChannelOf4(Kuv8u value, Kuv8u* dst, ptrdiff_t dstStep, ptrdiff_t width, 
 }  // namespace kuv::KUV_VARIANT
 
 KuvStatus KUV_VARIANT_FUNCTION(kuviSet_8u_C1R)(Kuv8u value, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize) {
-    return kuv::KUV_VARIANT::setImage(value, dst, dstStep, roiSize, kuv::KUV_VARIANT::leastAsked8u);
+    return kuv::KUV_VARIANT::setImage(value, dst, dstStep, roiSize, kuv::KUV_VARIANT::mostUnasked8u);
 }
 
 KuvStatus KUV_VARIANT_FUNCTION(kuviSet_16u_C1R)(Kuv16u value, Kuv16u* dst, Kuv32s dstStep, KuviSize roiSize) {
@@ -54,13 +55,13 @@ KuvStatus KUV_VARIANT_FUNCTION(kuviSet_16u_C1R)(Kuv16u value, Kuv16u* dst, Kuv32
 }
 
 KuvStatus KUV_VARIANT_FUNCTION(kuviSet_32s_C1R)(Kuv32s value, Kuv32s* dst, Kuv32s dstStep, KuviSize roiSize) {
-    return kuv::KUV_VARIANT::setImage(value, dst, dstStep, roiSize, kuv::KUV_VARIANT::leastAsked32s);
+    return kuv::KUV_VARIANT::setImage(value, dst, dstStep, roiSize, kuv::KUV_VARIANT::mostUnasked32s);
 }
 
 // As integers, so that a NaN keeps its bits.
 KuvStatus KUV_VARIANT_FUNCTION(kuviSet_32f_C1R)(Kuv32f value, Kuv32f* dst, Kuv32s dstStep, KuviSize roiSize) {
     using namespace kuv::KUV_VARIANT;
-    return setImage(__builtin_bit_cast(Kuv32s, value), reinterpret_cast<Kuv32s*>(dst), dstStep, roiSize, leastAsked32s);
+    return setImage(__builtin_bit_cast(Kuv32s, value), reinterpret_cast<Kuv32s*>(dst), dstStep, roiSize, mostUnasked32s);
 }
 
 KuvStatus KUV_VARIANT_FUNCTION(kuviSet_8u_C4CR)(Kuv8u value, Kuv8u* dst, Kuv32s dstStep, KuviSize roiSize) {

@@ -1,11 +1,12 @@
-// Row drivers: how an operation object gets to every sample of a row. An operation object has `template <class V> V operator()`,
-// which is called with vectors and with single samples alike.
+// Row drivers: how an operation object gets to every sample of a row. Its operator() takes vectors and single samples alike; for
+// convertRow() it takes single samples, and `block` does the vectors.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
 #include "core/cache.hpp"
+#include "core/integers.hpp"
 #include "core/rows.hpp"
 #include "simd/vector.hpp"
 
@@ -93,13 +94,18 @@ struct PastCaches {
     }
 };
 
+// Whether so many rows of so many bytes are at least a part of the largest cache, if its size is known.
+KUV_INLINE bool exceedsCache(ptrdiff_t rowBytes, ptrdiff_t rows, Kuv32s parts) {
+    Kuv32s cache;
+    return queryCacheBytes(&cache) == kuvStatusOk && rowBytes > (cache / parts - 1) / rows;
+}
+
 // Whether an image of so many rows, with so many bytes read and written for each sample, is too large for the caches: from a part of the
 // largest one on, which many processors share. Short rows stay in the caches.
 KUV_INLINE bool bypassesCaches(ptrdiff_t rows, ptrdiff_t samples, ptrdiff_t sampleBytes, ptrdiff_t dstRowBytes, Kuv32s parts = 16) {
-    Kuv32s line, cache;
+    Kuv32s line;
     queryCacheLine(&line);
-    if (dstRowBytes < 2 * ptrdiff_t{line}) return false;
-    return queryCacheBytes(&cache) == kuvStatusOk && samples * sampleBytes > (cache / parts - 1) / rows;
+    return dstRowBytes >= 2 * ptrdiff_t{line} && exceedsCache(samples * sampleBytes, rows, parts);
 }
 
 // dst[i] = operation(operands of i ...) for i in 0 .. count - 1, where dst may be the row of an operand, but not lie on one in another
@@ -170,7 +176,7 @@ template <class Operation, class T>
 KUV_INLINE void streamRow(Operation& operation, const T* src1, const T* src2, T* dst, ptrdiff_t count) {
     using V = Native<T>;
     constexpr ptrdiff_t lineBytes = 64, line = lineBytes / sizeof(T);
-    const ptrdiff_t toLine = samplesToAlignment(dst, lineBytes), start = toLine < count ? toLine : count;
+    const ptrdiff_t toLine = samplesToAlignment(dst, lineBytes), start = smaller(toLine, count);
     const ptrdiff_t end = start + (count - start) / line * line;
     const ptrdiff_t ends[][2] = {{0, start}, {end, count}};
     for (const auto& [from, to] : ends) {
@@ -187,13 +193,14 @@ KUV_INLINE void streamRow(Operation& operation, const T* src1, const T* src2, T*
 template <class Operation, class T>
 KUV_INLINE void combine(Operation&& operation, const T* src1, ptrdiff_t src1Step, const T* src2, ptrdiff_t src2Step, T* dst,
                         ptrdiff_t dstStep, ptrdiff_t count, ptrdiff_t rows) {
+    constexpr ptrdiff_t sampleBytes = sizeof(T);
+    joinRows(count, rows, {{src1Step, sampleBytes}, {src2Step, sampleBytes}, {dstStep, sampleBytes}});
     const auto eachRow = [&](auto combineRow) __attribute__((always_inline)) {
         for (ptrdiff_t row = 0; row < rows; ++row) {
             combineRow(rowAt(src1, src1Step, row), rowAt(src2, src2Step, row), rowAt(dst, dstStep, row));
         }
     };
     if constexpr (hasVectors) {
-        constexpr ptrdiff_t sampleBytes = sizeof(T);
         const bool aligned = (reinterpret_cast<std::intptr_t>(dst) | dstStep) % sampleBytes == 0;
         if (dst != src1 && dst != src2 && aligned && bypassesCaches(rows, count, 3 * sampleBytes, count * sampleBytes)) {
             eachRow([&](const T* a, const T* b, T* to) __attribute__((always_inline)) { streamRow(operation, a, b, to, count); });
@@ -238,7 +245,7 @@ KUV_INLINE void convertRow(const Operation& operation, const S* src, D* dst, ptr
         if (streaming && count >= block + line && reinterpret_cast<std::uintptr_t>(dst + first) % 64 == 0) {
             // Whole lines, which nothing else is written to. The first begins before block + line.
             while (first > 0 && first < block) first += line;
-            constexpr ptrdiff_t step = block > line ? block : line;
+            constexpr ptrdiff_t step = larger(block, line);
             ptrdiff_t end = first + (count - first) / step * step;
             while (end > first && count > end && count - end < block) end -= step;
             if (first > 0) blocks(0, first);
