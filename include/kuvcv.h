@@ -13,7 +13,8 @@
  *    error no output has been written, unless a function tells what has. A warning (positive) comes with a complete result.
  *  - **Overlap.** A source and a destination that overlap without being the same image are not supported unless a function
  *    says so.
- *  - **Memory.** No primitive allocates, and none reads or writes a byte outside the regions it was given.
+ *  - **Memory.** No primitive allocates, and none reads or writes a byte outside the regions it was given, but for two reads that
+ *    kuviDemosaicAHD_* (a side of 5) and kuviCbYCr422ToRGB_8u_C2C3R() (a width of 1) tell of.
  *  - **Threads.** Every function may be called from any number of threads at once on different data. The library starts no
  *    thread and takes no lock.
  *  - **Variants.** The functions that compute on data exist in six variants for growing instruction sets, switched for all at
@@ -84,7 +85,7 @@ typedef Kuv32s KuvStatus;
 
 /** The values of KuvStatus. */
 enum {
-    kuvStatusInternal = -9999,           /**< a nested step failed, or a record's state cannot be served */
+    kuvStatusInternal = -9999,           /**< a selector or a record's state cannot be served, or images overlap about a diagonal */
     kuvStatusSizeOverflow = -232,        /**< a computed size does not fit a signed 32-bit value */
     kuvStatusBadBorder = -225,           /**< border type undefined or unsupported */
     kuvStatusBadDitherType = -224,       /**< dither type undefined for the operation */
@@ -93,7 +94,7 @@ enum {
     kuvStatusBadHistLevels = -107,       /**< histogram level count below 2 */
     kuvStatusBadLutLevels = -106,        /**< lookup table level count below 2 */
     kuvStatusBadChannelOrder = -60,      /**< channel order entry out of range */
-    kuvStatusBadNoise = -55,             /**< noise percentage above 100 */
+    kuvStatusBadNoise = -55,             /**< noise percentage not 0..100 */
     kuvStatusBadLevels = -54,            /**< dither level count not 2..256 */
     kuvStatusBadChannelCount = -53,      /**< channel count not 1, 3 or 4 */
     kuvStatusBadChannelOfInterest = -52, /**< channel of interest not 1..3 */
@@ -103,7 +104,7 @@ enum {
     kuvStatusBadAxis = -21,              /**< mirror axis undefined */
     kuvStatusBadContext = -17,           /**< a record fails its identity check or is of the wrong kind */
     kuvStatusBadFlag = -16,              /**< transform normalisation flag undefined */
-    kuvStatusBadOrder = -15,             /**< transform length out of range */
+    kuvStatusBadOrder = -15,             /**< a transform by powers of two is too long */
     kuvStatusBadStep = -14,              /**< a row step is below what the function accepts */
     kuvStatusEmptyRange = -13,           /**< vMax not above vMin */
     kuvStatusBadDataType = -12,          /**< a data-type selector is not supported by this operation */
@@ -111,8 +112,8 @@ enum {
     kuvStatusDivByZero = -10,            /**< a divisor constant is 0 */
     kuvStatusNullPtr = -8,               /**< a required pointer is null */
     kuvStatusRangeOrder = -7,            /**< lower level not below upper level */
-    kuvStatusBadSize = -6,               /**< a width, height or length is below its minimum */
-    kuvStatusBadArg = -5,                /**< a selector has an undefined value */
+    kuvStatusBadSize = -6,               /**< a width, height or length is below its minimum, or a transform's length is not supported */
+    kuvStatusBadArg = -5,                /**< bad selector or label range, or a tone map or bin plan that is none or not of the kind */
     kuvStatusOk = 0,                     /**< success */
     kuvStatusNoOperation = 1,            /**< a size is 0: nothing was to be done */
     kuvStatusSqrtOfNegative = 3,         /**< a negative input to the square root; its result is a NaN */
@@ -249,18 +250,20 @@ KUV_API KuvStatus kuvInit(void);
 /** Selects the variant for a set of features, for all functions and all threads at once.
  *
  *  The strongest of these whose feature is in the set is taken: h9 (#KUV_CPU_AVX2, or a whole AVX-512 group), g9 (#KUV_CPU_AVX),
- *  p8 (#KUV_CPU_SSE42), s8 (SSE4.1, MOVBE or SSSE3), w7 (SSE3 or SSE2), else px. AVX, AVX2 and AVX-512 bits are dropped from
- *  the set if the operating system does not save the wide registers. Features that the variant takes for granted are added.
- *  A variant is selected in every case, also with a warning. Each call is served entirely by the variant that it found when it
- *  entered; calls under way go on in theirs.
+ *  p8 (#KUV_CPU_SSE42), s8 (SSE4.1, MOVBE or SSSE3), w7 (SSE3 or SSE2), else px. AVX, AVX2 and AVX-512 bits (but for
+ *  VBMI) are dropped from the set if the operating system does not save the wide registers, unless #KUV_CPU_FORCE is set. Features that
+ *  the variant takes for granted are added. A variant is selected in every case, also with a warning. Each call is served entirely by
+ *  the variant that it found when it entered; calls under way go on in theirs.
  *
  *  With #KUV_CPU_FORCE the set is obeyed without a look at the processor, which may then meet instructions that it does not
  *  have. The set in force before the call then counts as detected, for kuvGetCpuFeatures() and kuvInit() too.
  *
  *  @param features the set
- *  @return #kuvStatusFeatureMissing if a feature in the set is not detected, or needs wide registers that the operating system
- *          does not save; else #kuvStatusFeatureUnknown if undefined bits are set; else #kuvStatusNoCpuid if the set selects no
- *          row (then px is in force); else #kuvStatusFeatureIncomplete if features were added; else #kuvStatusOk. */
+ *  @return without #KUV_CPU_FORCE, #kuvStatusFeatureMissing if a bit of the set, an undefined one too, is not detected, or needs wide
+ *          registers that the operating system does not save; else #kuvStatusFeatureUnknown if undefined bits (29, 30, 32 to 62) are
+ *          set, which only an earlier #KUV_CPU_FORCE can have made detected ones; then, with #KUV_CPU_FORCE too, #kuvStatusNoCpuid if
+ *          the set has none of the features above, nor #KUV_CPU_SSE (then px is in force); else #kuvStatusFeatureIncomplete if features
+ *          were added; else #kuvStatusOk. */
 KUV_API KuvStatus kuvSetCpuFeatures(KuvCpuFeatures features);
 
 /** Gives the detected features, and on request the raw words of a CPUID query.
@@ -306,7 +309,7 @@ KUV_API void* kuvMalloc(Kuv32s length);
  *  @param ptr null, or a block of one of this library's allocators */
 KUV_API void kuvFree(void* ptr);
 
-/** Rounds an address up: `ptr + (-ptr & (alignBytes - 1))` in integers as wide as a pointer.
+/** Rounds an address up: `ptr + (-(ptr & (alignBytes - 1)) & (alignBytes - 1))` in integers as wide as a pointer.
  *
  *  @param ptr an address
  *  @param alignBytes a power of two. Nothing is checked: 0 gives null, any other value what the formula gives, with a negative
@@ -316,10 +319,11 @@ KUV_API void* kuvAlignPtr(void* ptr, Kuv32s alignBytes);
 
 /** @name Images
  *  Allocate an image of `width` by `height` pixels whose rows all begin on 64-byte boundaries. `*stepBytes` receives the row step:
- *  the row's bytes rounded up to a multiple of 64. Step times height must not exceed 0x7FFFFFFF.
+ *  the row's bytes rounded up to a multiple of 64. Step times height must not exceed 0x7FFFFFB7.
  *
  *  Null is returned, in this order: if `stepBytes` is null; if `width` or `height` is below 1 or the row alone is too large, with
- *  `*stepBytes` set to 0; if the whole image is too large or the heap has no room, with `*stepBytes` as computed.
+ *  `*stepBytes` set to 0; if the whole image is too large or the heap has no room, with `*stepBytes` as computed
+ *  (a step of 0x80000000 as the lowest integer).
  *  @{ */
 KUV_API Kuv8u* kuviMalloc_8u_C1(Kuv32s width, Kuv32s height, Kuv32s* stepBytes);    /**< 1 byte a pixel */
 KUV_API Kuv8u* kuviMalloc_8u_C3(Kuv32s width, Kuv32s height, Kuv32s* stepBytes);    /**< 3 bytes a pixel */
@@ -491,7 +495,8 @@ KUV_API KuvStatus kuviAbsDiff_32f_C1R(const Kuv32f* src1, Kuv32s src1Step, const
 /** Takes the square roots of an image in place: `srcDst(x, y) = sqrt(srcDst(x, y))`.
  *
  *  Each root is the exact one rounded once to single precision in the caller's rounding mode, in every variant; that of -0 is -0, that of
- *  +infinity is +infinity. A sample below 0 becomes the NaN 0xFFC00000. A NaN becomes that NaN in px, and a NaN of any kind elsewhere.
+ *  +infinity is +infinity. A sample below 0 becomes the NaN 0xFFC00000. A NaN becomes 0xFFC00000 too in px, and a NaN of any kind
+ *  elsewhere.
  *
  *  A sample that has no root does not stop the work: it is told by a warning in the end. In px that is any sample below 0 and any NaN;
  *  in the other variants it is any whose sign bit is set but for -0, so a NaN with a clear sign bit gives none.
@@ -690,7 +695,7 @@ KUV_API KuvStatus kuviCopy_8u_C1C3R(const Kuv8u* src, Kuv32s srcStep, Kuv8u* dst
  *  @{ */
 /** `dst(x, y)[c] = src[c](x, y)`: three or four planes of one step to interleaved pixels of as many samples.
  *
- *  Step class C. What an overlap gives is not stated.
+ *  Step class C. What an overlap gives is not stated. Large images may bypass the caches on their way to `dst`.
  *
  *  `src`: the planes. `srcStep`: row step of each in bytes. `dst`, `dstStep`: the image and its row step in bytes. `roiSize`: size in
  *  pixels, at least 1 by 1.
@@ -718,7 +723,7 @@ KUV_API KuvStatus kuviCopy_16u_C1MR(const Kuv16u* src, Kuv32s srcStep, Kuv16u* d
 
 /** Copies bytes: `dst[i] = src[i]`.
  *
- *  `src` and `dst` may be equal; what any other overlap gives is not stated.
+ *  `src` and `dst` may be equal; what any other overlap gives is not stated. Large copies may bypass the caches.
  *
  *  @param src the source
  *  @param dst the destination
@@ -767,8 +772,7 @@ KUV_API KuvStatus kuviSet_8u_C4CR(Kuv8u value, Kuv8u* dst, Kuv32s dstStep, KuviS
 /** - `8u32f`, `16u32f`: `dst(x, y) = src(x, y)`, which is exact.
  *  - `16u8u`: `dst(x, y) = min(src(x, y), 255)`.
  *
- *  Step class A. The image may bypass the caches on its way to `dst` if it exceeds them. What an overlap of the images gives is not
- *  stated.
+ *  Step class A. Large images may bypass the caches on their way to `dst`. What an overlap of the images gives is not stated.
  *
  *  `src`, `dst`: the images. `srcStep`, `dstStep`: their row steps in bytes. `roiSize`: size in pixels, at least 1 by 1.
  *
@@ -788,8 +792,7 @@ KUV_API KuvStatus kuviConvert_16u8u_C3R(const Kuv16u* src, Kuv32s srcStep, Kuv8u
  *  and from halves away from zero with any other. A NaN gives 0. The result does not depend on the processor's rounding mode, which
  *  is the caller's again when the function returns.
  *
- *  Step class A. The image may bypass the caches on its way to `dst` if it exceeds them. What an overlap of the images gives is not
- *  stated.
+ *  Step class A. Large images may bypass the caches on their way to `dst`. What an overlap of the images gives is not stated.
  *
  *  @param src the source
  *  @param srcStep row step of `src` in bytes
@@ -807,8 +810,7 @@ KUV_API KuvStatus kuviConvert_32f8u_C3R(const Kuv32f* src, Kuv32s srcStep, Kuv8u
  *  In double precision, each operation rounded by itself and none fused, and the sum rounded once more to single precision; in the
  *  caller's rounding mode. So 0 gives `vMin`, and 255 gives `vMax` within rounding.
  *
- *  Step class A. The image may bypass the caches on its way to `dst` if it exceeds them. What an overlap of the images gives is not
- *  stated.
+ *  Step class A. Large images may bypass the caches on their way to `dst`. What an overlap of the images gives is not stated.
  *
  *  @param src the source
  *  @param srcStep row step of `src` in bytes
@@ -830,8 +832,7 @@ KUV_API KuvStatus kuviScale_8u32f_C3R(const Kuv8u* src, Kuv32s srcStep, Kuv32f* 
  *  integer part of `y = (0.5 + b) + x * k`, the result is `i - 1` if `i` is odd and equals `y`, else `i`. So halves go to the even
  *  neighbour. A NaN gives 0.
  *
- *  Step class A. The image may bypass the caches on its way to `dst` if it exceeds them. What an overlap of the images gives is not
- *  stated.
+ *  Step class A. Large images may bypass the caches on their way to `dst`. What an overlap of the images gives is not stated.
  *
  *  @param src the source
  *  @param srcStep row step of `src` in bytes
@@ -882,7 +883,8 @@ KUV_API KuvStatus kuviMirror_16u_C3R(const Kuv16u* src, Kuv32s srcStep, Kuv16u* 
 /** What kuviMirror_8u_C1R() and its like give for #kuvAxisHorizontal, #kuvAxisVertical and #kuvAxisBoth, onto the image itself.
  *
  *  Step class C: rows are exchanged in pairs, the outermost first, and rows are reversed from the first. With a step of 0 an exchange of
- *  rows changes nothing, about both axes too, and about the vertical axis the one row is reversed `roiSize.height` times.
+ *  rows changes nothing; about both axes the middle row of an odd height is still reversed, once, and about the vertical axis the one row
+ *  is reversed `roiSize.height` times.
  *
  *  `srcDst`: the image. `srcDstStep`: its row step in bytes. `roiSize`: size in pixels, at least 1 by 1. `axis`: the axis.
  *
@@ -1129,7 +1131,7 @@ KUV_API KuvStatus kuviLUTPalette_16u32u_C1R(const Kuv16u* src, Kuv32s srcStep, K
  *    `dst = min(255, trunc(q * 255 + 0.5))`.
  *  - All others quantise a value v with a threshold T: `base = trunc(i * v) * s`; where `v - base > T`, base is
  *    `trunc(i * v) * s + s` instead. `dst = min(255, trunc(base + 0.5) >> 8)`.
- *  - #kuvDitherOrdered4x4: v is the sample, `T = M[y % 4][x % 4] * 65535 / n`, rounded to single precision, with the rows of M
+ *  - #kuvDitherOrdered4x4: v is the sample, `T = M[y % 4][x % 4] * (65535 / n)`, rounded to single precision, with the rows of M
  *    (0, 8, 2, 10), (12, 4, 14, 6), (3, 11, 1, 9), (15, 7, 13, 5), each divided by 15 in single precision. With noise,
  *    `T = s * (M[y % 4][x % 4] + N(x, y))`. All samples of a pixel have the same threshold.
  *  - The error diffusions add to the sample what is left of the neighbours before it: `v = src + e`. Where `v >= 65535`, dst is 255
@@ -1172,7 +1174,8 @@ KUV_API KuvStatus kuviLUTPalette_16u32u_C1R(const Kuv16u* src, Kuv32s srcStep, K
  *  Display 17 (1976); J. F. Jarvis, C. N. Judice, W. H. Ninke, "A survey of techniques for the display of continuous tone pictures
  *  on bilevel displays", Computer Graphics and Image Processing 5 (1976); P. Stucki, "MECCA - a multiple-error correction
  *  computation algorithm for bilevel image hardcopy reproduction", IBM Research Report RZ1060 (1981); B. E. Bayer, "An optimum
- *  method for two-level rendition of continuous-tone pictures", IEEE International Conference on Communications (1973).
+ *  method for two-level rendition of continuous-tone pictures", IEEE International Conference on Communications (1973); for the
+ *  noise G. Marsaglia, A. Zaman, "Some portable very-long-period random number generators", Computers in Physics 8 (1994).
  *
  *  `src`: the image. `dst`: what becomes of it. `srcStep`, `dstStep`: their row steps in bytes. `roiSize`: size in pixels, at least 1
  *  by 1. `noise`: how far thresholds are disturbed, 0 to 100 percent; without effect with #kuvDitherOff. `ditherType`: the dither.
@@ -1294,7 +1297,8 @@ KUV_API KuvStatus kuviCFAToRGB_16u_C1C3R(const Kuv16u* src, KuviRect roi, KuviSi
  *  @param dstStep row step of `dst` in bytes
  *  @param layout colours of the mosaic at the image's origin
  *  @param tmp 30 working lines, each of the clipped width + 6 samples if that width is even, + 8 if it is odd; their content is
- *         lost. May be null if the region is empty. A variant may leave lines unused and work on up to 32 KiB of stack instead.
+ *         lost. May be null if the region is empty; in other cases a null is not found out. A variant may leave lines unused and work
+ *         on up to 32 KiB of stack instead.
  *  @param tmpStep distance of the working lines in bytes
  *  @return #kuvStatusNullPtr if `src` or `dst` is null; #kuvStatusBadSize if the image's width, then its height, is below 5;
  *          #kuvStatusBadArg if `layout` is not one of the four; else #kuvStatusOk. */
@@ -1343,6 +1347,8 @@ KUV_API KuvStatus kuviDemosaicAHD_16u_C1C3R(const Kuv16u* src, KuviRect roi, Kuv
  *  The last pixel of an odd row has Cb and Y in its two bytes and takes the Cr of the pair before it. Where px and w7 find none, at a
  *  width of 1, they take the pixel's own Cb for r too. s8, p8, g9 and h9 do that at a width of 3 instead, and with a width of 1 they
  *  read r from the byte two places before `src(0, y)`, as it stands in memory: the caller provides it.
+ *
+ *  After ITU-R Recommendation BT.601: Y of 16 to 235 is black to white, Cb and Cr are 16 to 240 around 128.
  *
  *  Step class C. `src` and `dst` must not overlap.
  *
@@ -1571,7 +1577,8 @@ KUV_API KuvStatus kuviHistogramInit(Kuv32s dataType, const Kuv32f* const* levels
                                     KuviBinPlan* spec);
 
 /** Makes a plan of bins of one width. With n = `nLevels[c]`, in double precision, each operation rounded:
- *  `step = (upperLevel[c] - lowerLevel[c]) / (n - 1)`, and level k is `k * step + lowerLevel[c]`, the last one `upperLevel[c]` itself.
+ *  `step = (upperLevel[c] - lowerLevel[c]) / (n - 1)`, and level k is `k * step + lowerLevel[c]`, the first one `lowerLevel[c]` and
+ *  the last one `upperLevel[c]` themselves.
  *
  *  For 32f the levels are rounded to single precision. For integer samples they are cut toward zero, not rounded up as by
  *  kuviHistogramInit(): bins of less than 1 can hold nothing, others can differ in width by 1. Beyond 32 bits a level becomes the nearest
@@ -1605,7 +1612,7 @@ KUV_API KuvStatus kuviHistogramGetLevels(const KuviBinPlan* spec, Kuv32f* const*
  *  modulo 2^32. The plan must be one for the sample type. A channel that the plan does not have leaves its counts as they were; of more
  *  channels the first are used.
  *
- *  All variants give the same counts, with one exception each:
+ *  The counts are those of the definition, with these exceptions; only the second and the third make variants differ:
  *
  *  - 16u and 16s, in every variant: a uniform plan is taken as `hist[(x - first) / step]` with `step = (last - first) / (n - 1)` if the
  *    product of width and height, as a signed 32-bit number, is below 65536 and last - first is a multiple of n - 1, in all channels.
@@ -1656,6 +1663,8 @@ KUV_API KuvStatus kuviHistogram_32f_C1R(const Kuv32f* src, Kuv32s srcStep, KuviS
  *
  *  Sums wrap modulo 2^32 and no status tells of it. A region of up to 2^23 samples of any value stays in the range of `Kuv32s` from a
  *  `val` of 0 on; a rectangle of up to 2^24 samples is right, taken as `Kuv32u`, also where the table has wrapped.
+ *
+ *  Source: F. C. Crow, "Summed-area tables for texture mapping", Computer Graphics 18(3) (SIGGRAPH 1984).
  *
  *  Step class B, for the destination by its own row of `4 * (width + 1)` bytes. `dstStep` has to be a multiple of 4; `dst` may stand at
  *  any address.
@@ -1729,7 +1738,8 @@ KUV_API KuvStatus kuviFilterBorderGetSize(KuviSize kernelSize, KuviSize roiSize,
  *  @param dataType type of the samples: #kuvDataType8u, #kuvDataType16u, #kuvDataType16s or #kuvDataType32f
  *  @param channels 1 to 4
  *  @param roundMode 0, 1 or 2, and 16 more or not: kept, and of no effect on single-precision samples
- *  @param spec block of at least the size that kuviFilterBorderGetSize() gives; any address
+ *  @param spec block of at least the size that kuviFilterBorderGetSize() gives for this kernel's size with #kuvDataType32f as kernel
+ *         type: a size for #kuvDataType16s may be too small; any address
  *  @return #kuvStatusNullPtr if `kernel` or `spec` is null; #kuvStatusBadSize if the width or height is below 1; #kuvStatusBadDataType if
  *          `dataType` is none of the four; #kuvStatusBadChannels if `channels` is not 1 to 4; #kuvStatusBadRoundMode if `roundMode`
  *          without its bit 16 is not 0, 1 or 2; #kuvStatusRoundFlagSet, a warning, if that bit is set; else #kuvStatusOk. */
@@ -1799,8 +1809,9 @@ KUV_API KuvStatus kuviFilterBorder_32f_C1R(const Kuv32f* src, Kuv32s srcStep, Ku
  *  With A(x) the next multiple of 32 from x on, the size is `4 * (1 + n) * A(width) + 4 * (1 + n) * A(height) + 256` for the
  *  destination's width and height: a position and n coefficients for each column and row. #kuvResizeLinear has n = 1. The other
  *  selectors are those of filters that this version makes no plans for: 1 has n = 0, 6 has 4, 8 has 2 and 16 has 6. With
- *  antialiasing, filters 2, 6 and 16 are widened in a direction that shrinks: n is the number of samples that the filter reaches
- *  without it (2, 4 or 6) times the source's extent divided by the destination's, rounded up.
+ *  antialiasing, filters 2, 6 and 16 are widened: in each direction n is the number of samples that the filter reaches without it (2, 4
+ *  or 6) times the source's extent divided by the destination's, that quotient rounded up; so #kuvResizeLinear has n = 2 where the
+ *  direction does not shrink.
  *
  *  `initSize` is 64 and for making plans of other kinds; kuviResizeLinearInit_16s() needs no such memory.
  *
@@ -1962,11 +1973,12 @@ enum {
  *  - products of factors of which all but the largest are at most 75 (px) or 50; the largest may be as long as that, or, in all variants
  *    but px, 150 if the length is a multiple of 4
  *  - primes up to 73 (px) or 47, by the definition
- *  - others below 0x4000000, by a convolution with a chirp, in a transform of at least twice the length
+ *  - others below 0x4000000 (px: up to 0x2000000), by a convolution with a chirp, in a transform of at least twice the length
  *
  *  An error, once the results have been found not to be null and the length to be above 0, leaves in the results what has been added
  *  up by then: with #kuvStatusBadFlag 640, 0 and 0. A size past 32 bits wraps: of the longest chirps, in all variants but px, `specSize` is
- *  negative, and they are out of reach.
+ *  negative, and they are out of reach. In px sizes are given for chirps above 0x2000000 too, without an error, but kuvsDFTInit_C_32f()
+ *  makes no plan of them.
  *
  *  @param length number of complex values, at least 1
  *  @param flag #kuvDftScaleForward, #kuvDftScaleInverse, #kuvDftScaleBoth or #kuvDftScaleNone
@@ -1996,7 +2008,7 @@ KUV_API KuvStatus kuvsDFTGetSize_C_32f(Kuv32s length, Kuv32s flag, Kuv32s hint, 
  *  @return #kuvStatusNullPtr if `spec` is null; #kuvStatusBadSize if `length` is below 1; #kuvStatusBadFlag if `flag` is none of the four;
  *          #kuvStatusBadOrder if `length` is too large a power of two; #kuvStatusBadSize if it is another length above 0x7ffffff;
  *          #kuvStatusNullPtr if `initBuffer` is null where it is needed; #kuvStatusBadSize if `length` takes a chirp and is not below
- *          0x4000000; else #kuvStatusOk. */
+ *          0x4000000; #kuvStatusBadOrder, in px, if it takes a chirp and is above 0x2000000; else #kuvStatusOk. */
 KUV_API KuvStatus kuvsDFTInit_C_32f(Kuv32s length, Kuv32s flag, Kuv32s hint, Kuv8u* spec, Kuv8u* initBuffer);
 
 /** Transforms complex values, real and imaginary parts in planes of their own:
