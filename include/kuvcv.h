@@ -105,7 +105,7 @@ enum {
     kuvStatusBadContext = -17,           /**< a record fails its identity check or is of the wrong kind */
     kuvStatusBadFlag = -16,              /**< transform normalisation flag undefined */
     kuvStatusBadOrder = -15,             /**< a transform by powers of two is too long */
-    kuvStatusBadStep = -14,              /**< a row step is below what the function accepts */
+    kuvStatusBadStep = -14,              /**< a row step is not one that the function accepts */
     kuvStatusEmptyRange = -13,           /**< vMax not above vMin */
     kuvStatusBadDataType = -12,          /**< a data-type selector is not supported by this operation */
     kuvStatusOutOfRange = -11,           /**< a value lies outside its permitted range */

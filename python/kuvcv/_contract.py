@@ -20,7 +20,7 @@ STATUSES = {-9999: ('kuvStatusInternal', "a selector or a record's state cannot 
  -17: ('kuvStatusBadContext', 'a record fails its identity check or is of the wrong kind'),
  -16: ('kuvStatusBadFlag', 'transform normalisation flag undefined'),
  -15: ('kuvStatusBadOrder', 'a transform by powers of two is too long'),
- -14: ('kuvStatusBadStep', 'a row step is below what the function accepts'),
+ -14: ('kuvStatusBadStep', 'a row step is not one that the function accepts'),
  -13: ('kuvStatusEmptyRange', 'vMax not above vMin'),
  -12: ('kuvStatusBadDataType', 'a data-type selector is not supported by this operation'),
  -11: ('kuvStatusOutOfRange', 'a value lies outside its permitted range'),

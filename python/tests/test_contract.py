@@ -30,7 +30,7 @@ class Contract(unittest.TestCase):
         self.assertEqual(names, {*_contract.FUNCTIONS, *_contract.CONSTANTS})
 
     def test_knows_statuses(self):
-        self.assertEqual(_contract.STATUSES[raw.kuvStatusBadStep], ("kuvStatusBadStep", "a row step is below what the function accepts"))
+        self.assertEqual(_contract.STATUSES[raw.kuvStatusBadStep], ("kuvStatusBadStep", "a row step is not one that the function accepts"))
         self.assertEqual(raw.KUV_CPU_FORCE, 1 << 63)
 
     def test_refuses_what_it_does_not_know(self):

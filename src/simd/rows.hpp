@@ -112,8 +112,8 @@ KUV_INLINE bool bypassesCaches(ptrdiff_t rows, ptrdiff_t samples, ptrdiff_t samp
 // way. In place, so no sample is computed from a result: the vectors at both ends are read before what they share with the aligned
 // ones in between is written. Fewer samples than a vector's go one by one. The operation sees some samples twice and none that is not
 // of the row, so it may note what it meets.
-template <class Store, class Operation, class T, class... Operands>
-KUV_INLINE void transformRow(Store storeAligned, Operation& operation, T* dst, ptrdiff_t count, const Operands&... operands) {
+template <bool byHalves, class Operation, class T, class... Operands>
+KUV_INLINE void transformRow(Operation& operation, T* dst, ptrdiff_t count, const Operands&... operands) {
     if constexpr (hasVectors) {
         using V = Native<T>;
         constexpr ptrdiff_t lanes = V::lanes;
@@ -131,7 +131,7 @@ KUV_INLINE void transformRow(Store storeAligned, Operation& operation, T* dst, p
                 for (; i + unrolled * lanes <= end; i += unrolled * lanes) {
 #pragma GCC unroll 3
                     for (int k = 0; k < unrolled; ++k) {
-                        storeAligned(dst + i + k * lanes, result(i + k * lanes, k, vectors...));
+                        ThroughCaches<byHalves>{}(dst + i + k * lanes, result(i + k * lanes, k, vectors...));
                     }
                 }
                 // Not before: nothing waits for the end of a long row to be fetched.
@@ -155,19 +155,19 @@ KUV_INLINE void transformRow(Store storeAligned, Operation& operation, T* dst, p
 template <class Operation, class T, class... Operands>
 KUV_INLINE void transformInPlace(Operation&& operation, T* srcDst, ptrdiff_t step, ptrdiff_t count, ptrdiff_t rows,
                                  const Operands&... operands) {
-    const auto eachRow = [&](auto store) __attribute__((always_inline)) {
+    const auto eachRow = [&]<bool byHalves>(std::bool_constant<byHalves>) __attribute__((always_inline)) {
         for (ptrdiff_t row = 0; row < rows; ++row) {
             T* const samples = rowAt(srcDst, step, row);
-            transformRow(store, operation, samples, count, Row<T>{samples}, operands...);
+            transformRow<byHalves>(operation, samples, count, Row<T>{samples}, operands...);
         }
     };
     // Single precision in place is written faster by 32 bytes at any size.
     if constexpr (hasVectors && std::is_integral_v<T>) {
         if (Native<T>::bytes == 32 && count * static_cast<ptrdiff_t>(sizeof(T)) > firstLevelBytes / rows) {
-            return eachRow(ThroughCaches<true>{});
+            return eachRow(std::true_type{});
         }
     }
-    eachRow(ThroughCaches<false>{});
+    eachRow(std::false_type{});
 }
 
 // dst[i] = operation(src1[i], src2[i]) for i in 0 .. count - 1, past the caches, into the row of another image, of aligned samples. Only
@@ -180,7 +180,7 @@ KUV_INLINE void streamRow(Operation& operation, const T* src1, const T* src2, T*
     const ptrdiff_t end = start + (count - start) / line * line;
     const ptrdiff_t ends[][2] = {{0, start}, {end, count}};
     for (const auto& [from, to] : ends) {
-        transformRow(ThroughCaches<false>{}, operation, dst + from, to - from, Row<T>{src1 + from}, Row<T>{src2 + from});
+        transformRow<false>(operation, dst + from, to - from, Row<T>{src1 + from}, Row<T>{src2 + from});
     }
     for (ptrdiff_t i = start; i < end; i += line) {
 #pragma GCC unroll 4
@@ -209,7 +209,7 @@ KUV_INLINE void combine(Operation&& operation, const T* src1, ptrdiff_t src1Step
     }
     // By 32 bytes in place, too: beside the rows of another image 16 are not faster.
     eachRow([&](const T* a, const T* b, T* to) __attribute__((always_inline)) {
-        transformRow(ThroughCaches<false>{}, operation, to, count, Row<T>{a}, Row<T>{b});
+        transformRow<false>(operation, to, count, Row<T>{a}, Row<T>{b});
     });
 }
 
