@@ -63,7 +63,7 @@ KUV_INLINE void fourOf(T* re, T* im) {
 
 template <int length>
 struct Roots {
-    Root of[length];
+    Complex of[length];
 };
 template <int length>
 constexpr Roots<length> rootsOf() {

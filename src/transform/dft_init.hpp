@@ -46,7 +46,7 @@ void fillTwist(const SineTable& sines, int columns, int rows, Kuv32f* table) {
     for (Kuv64s c = 0; c < row; c += 4) {
         for (Kuv64s j = 0, reversed = 0; j < side; ++j) {
             for (Kuv64s t = 0; t < 4; ++t, table += 2) {
-                const Root root = sines.root((c + t) * reversed, columns + rows);
+                const Complex root = sines.root((c + t) * reversed, columns + rows);
                 table[0] = root.re;
                 table[1] = root.im;
             }
@@ -65,7 +65,7 @@ void makeScalarLevel(Places& places, const SineTable& sines, int order, int leve
         if (order == leaf) return;
         Kuv32f* const roots = places.takeTable<Kuv32f>(2 * count, fft::longTwiddles);
         for (Kuv64s i = 0; i < count / 4; ++i) {
-            const Root root = sines.root(i, order);
+            const Complex root = sines.root(i, order);
             roots[2 * i] = root.re;
             roots[2 * i + 1] = root.im;
         }
@@ -93,12 +93,12 @@ void makeVectorLevel(Places& places, const SineTable& sines, int order, int leve
     Kuv32f* const coarse = fine + 2 * split.side * split.blockSize;
     for (ptrdiff_t j = 0; j < split.side; ++j) {
         for (ptrdiff_t c = 0; c < split.blockSize; ++c) {
-            const Root root = sines.root(c * j, order);
+            const Complex root = sines.root(c * j, order);
             fine[2 * split.blockSize * j + c] = root.re;
             fine[2 * split.blockSize * j + split.blockSize + c] = root.im;
         }
         for (ptrdiff_t b = 0; b < blocks; ++b) {
-            const Root root = sines.root(b * split.blockSize * j, order);
+            const Complex root = sines.root(b * split.blockSize * j, order);
             coarse[2 * (split.side * b + j)] = root.re;
             coarse[2 * (split.side * b + j) + 1] = root.im;
         }
@@ -136,7 +136,7 @@ KuvStatus makeFftPlan(void* record, Kuv32s identity, Kuv32s length, Kuv32s flag,
 
 // ---- Other lengths
 
-void fillStageTable(const Root* roots, Kuv32s radix, Kuv32s remaining, Kuv32s stride, Root* table) {
+void fillStageTable(const Complex* roots, Kuv32s radix, Kuv32s remaining, Kuv32s stride, Complex* table) {
     for (ptrdiff_t j = 0; j < remaining; ++j) {
         for (ptrdiff_t i = radix > 5 ? 0 : 1; i < radix; ++i) *table++ = roots[i * j * stride];
     }
@@ -159,7 +159,7 @@ void fillDigits(const Factors& factors, ptrdiff_t entries, Kuv32s* table) {
 }
 
 // In the vector variants the first stage's table holds the factors of all passes, and the digit table their radices.
-void makeMixedRadix(Places& places, Kuv32s length, const Factors& factors, const Root* roots) {
+void makeMixedRadix(Places& places, Kuv32s length, const Factors& factors, const Complex* roots) {
     void* const record = places.record;
     const auto wordOf = [](int k, int field) { return plan::stages + stage::bytes * k + field; };
     setWord(record, plan::usesMixedRadix, 1);
@@ -170,7 +170,7 @@ void makeMixedRadix(Places& places, Kuv32s length, const Factors& factors, const
         [&](int k, Kuv32s radix, bool isNew) {
             if (isNew) {
                 radixTable = places.take(8 * ptrdiff_t{radix});
-                Root* const table = placeIn<Root>(record, radixTable);
+                Complex* const table = placeIn<Complex>(record, radixTable);
                 for (ptrdiff_t i = 0; i < radix; ++i) table[i] = roots[i * (length / radix)];
             }
             setWord(record, wordOf(k, stage::radixTable), radixTable);
@@ -180,7 +180,7 @@ void makeMixedRadix(Places& places, Kuv32s length, const Factors& factors, const
             setWord(record, wordOf(k, stage::remaining), remaining);
             setWord(record, wordOf(k, stage::stride), stride);
             setWord(record, wordOf(k, stage::groupCount), groupCount);
-            Root* const table = places.takeTable<Root>(8 * ptrdiff_t{radix} * remaining, wordOf(k, stage::twiddles));
+            Complex* const table = places.takeTable<Complex>(8 * ptrdiff_t{radix} * remaining, wordOf(k, stage::twiddles));
             if (!hasVectors) fillStageTable(roots, radix, remaining, stride, table);
         },
         [&](Kuv32s entries) {
@@ -197,8 +197,8 @@ void makeMixedRadix(Places& places, Kuv32s length, const Factors& factors, const
     setWord(record, plan::workBytes, mixedWorkBytes(length, mark));
 }
 
-void makeDirect(Places& places, Kuv32s length, const Root* roots) {
-    Root* const table = places.takeTable<Root>(8 * ptrdiff_t{length}, plan::directTwiddles);
+void makeDirect(Places& places, Kuv32s length, const Complex* roots) {
+    Complex* const table = places.takeTable<Complex>(8 * ptrdiff_t{length}, plan::directTwiddles);
     if constexpr (hasVectors) {
         fillDirectFactors(length, roots, reinterpret_cast<Kuv32f*>(table));
     } else {
@@ -218,7 +218,7 @@ KuvStatus makeChirp(Places& places, Kuv32s length, char* init) {
     Kuv32f* const spectrum = places.takeTable<Kuv32f>(8 * points, plan::chirpSpectrum);
 
     const ptrdiff_t turn = 2 * ptrdiff_t{length};
-    Root* const roots = reinterpret_cast<Root*>(alignedUp(init));
+    Complex* const roots = reinterpret_cast<Complex*>(alignedUp(init));
     fillRoots(turn, roots);
     const int step = hasVectors ? 1 : 2;
     for (ptrdiff_t k = 0, square = 0; k < length; ++k) {
@@ -264,7 +264,7 @@ KuvStatus makePlan(void* record, Kuv32s identity, Kuv32s length, Kuv32s flag, Ku
     if (path == DftPath::tooLong) return kuvStatusBadSize;
     if (initBuffer == nullptr) return kuvStatusNullPtr;
     if (path == DftPath::chirpTooLong) return kuvStatusBadSize;
-    Root* const roots = alignedUp(reinterpret_cast<Root*>(initBuffer));
+    Complex* const roots = alignedUp(reinterpret_cast<Complex*>(initBuffer));
     if (path == DftPath::chirp) return makeChirp(places, length, reinterpret_cast<char*>(roots));
     fillRoots(length, roots);
     if (path == DftPath::direct) makeDirect(places, length, roots);

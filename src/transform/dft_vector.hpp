@@ -2,12 +2,11 @@
 #pragma once
 
 #include "core/integers.hpp"
+#include "transform/dft_fixed.hpp"
 #include "transform/dft_vector_schedule.hpp"
 
 namespace kuv::KUV_VARIANT {
 namespace {
-
-KUV_INLINE Planes planesAt(Kuv32f* memory, ptrdiff_t count) { return {memory, memory + count}; }
 
 // ---- Powers of two
 
@@ -190,7 +189,7 @@ constexpr Permutations makePermutations() {
 }
 
 // Cosines, then sines, of the powers of the primitive root.
-void fillDirectFactors(Kuv32s prime, const Root* roots, Kuv32f* factors) {
+void fillDirectFactors(Kuv32s prime, const Complex* roots, Kuv32f* factors) {
     for (Kuv32s i = 0, index = 1; i < prime - 1; ++i, index = index * primitiveRoot(prime) % prime) {
         factors[i] = roots[index].re;
         factors[prime - 1 + i] = roots[index].im;
@@ -267,11 +266,11 @@ struct VectorRuns {
         const Kuv32f* const cosines = planTable<Kuv32f>(record, plan::directTwiddles);
         const Kuv32f* const sines = cosines + length - 1;
         Kuv32f folded[mostDirectPairs][4];
-        const Root first = src[0];
-        Root total = first;
+        const Complex first = src[0];
+        Complex total = first;
         for (ptrdiff_t i = 0; i < pairs; ++i) {
-            const Root low = src[indices[i]], high = src[length - indices[i]];
-            const Root sum = low + high, difference = low - high;
+            const Complex low = src[indices[i]], high = src[length - indices[i]];
+            const Complex sum = low + high, difference = low - high;
             folded[i][0] = sum.re;
             folded[i][1] = sum.im;
             folded[i][2] = difference.re;

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "simd/transpose.hpp"
-#include "transform/dft_fixed.hpp"
+#include "transform/dft_butterflies.hpp"
 
 namespace kuv::KUV_VARIANT {
 namespace {

@@ -112,7 +112,7 @@ constexpr void fillFactors(const Schedule& schedule, ptrdiff_t length, ptrdiff_t
         for (ptrdiff_t first = 0; first < count; first += block) {
             for (ptrdiff_t j = 1; j < radix; ++j) {
                 for (ptrdiff_t p = first; p < first + block; ++p) {
-                    const Root factor = root(p * j * step);
+                    const Complex factor = root(p * j * step);
                     table[p - first] = factor.re;
                     table[p - first + block] = factor.im;
                 }
