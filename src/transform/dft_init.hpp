@@ -41,7 +41,7 @@ void setScale(void* record, Kuv32s flag, Kuv32s values) {
 
 // ---- Powers of two
 
-void fillTwist(const SineTable& sines, int columns, int rows, Kuv32f* table) {
+void fillSplitTwiddles(const SineTable& sines, int columns, int rows, Kuv32f* table) {
     const Kuv64s side = Kuv64s{1} << columns, row = Kuv64s{1} << rows;
     for (Kuv64s c = 0; c < row; c += 4) {
         for (Kuv64s j = 0, reversed = 0; j < side; ++j) {
@@ -72,24 +72,24 @@ void makeScalarLevel(Places& places, const SineTable& sines, int order, int leve
         return;
     }
     makeScalarLevel(places, sines, rows, level + 1);
-    fillTriples(sines, columns, places.takeTable<Kuv32f>(tripleBytes(Kuv64s{1} << columns), fft::levelTwiddles + 4 * level));
-    fillTwist(sines, columns, rows, places.takeTable<Kuv32f>(8 * count, fft::levelTwist + 4 * level));
+    fillTriples(sines, columns, places.takeTable<Kuv32f>(tripleBytes(Kuv64s{1} << columns), fft::columnTwiddles + 4 * level));
+    fillSplitTwiddles(sines, columns, rows, places.takeTable<Kuv32f>(8 * count, fft::splitTwiddles + 4 * level));
 }
 
-void fillOrderFactors(const SineTable& sines, int order, ptrdiff_t stride, Kuv32f* table) {
-    fillFactors(scheduleOf(order), ptrdiff_t{1} << order, stride, table, [&](ptrdiff_t k) { return sines.root(k, order); });
+void fillOrderTwiddles(const SineTable& sines, int order, ptrdiff_t stride, Kuv32f* table) {
+    fillTwiddles(scheduleOf(order), ptrdiff_t{1} << order, stride, table, [&](ptrdiff_t k) { return sines.root(k, order); });
 }
 
 void makeVectorLevel(Places& places, const SineTable& sines, int order, int level) {
     if (splitOrder(order) == 0) {
-        fillOrderFactors(sines, order, 1, places.takeTable<Kuv32f>(8 << order, fft::twiddles));
+        fillOrderTwiddles(sines, order, 1, places.takeTable<Kuv32f>(8 << order, fft::twiddles));
         return;
     }
     const Split split(order);
     makeVectorLevel(places, sines, split.rows, level + 1);
-    fillOrderFactors(sines, split.columns, tile, places.takeTable<Kuv32f>(8 * split.side, fft::levelTwiddles + 4 * level));
+    fillOrderTwiddles(sines, split.columns, tile, places.takeTable<Kuv32f>(8 * split.side, fft::columnTwiddles + 4 * level));
     const ptrdiff_t blocks = split.row / split.blockSize;
-    Kuv32f* const fine = places.takeTable<Kuv32f>(8 * split.side * (split.blockSize + blocks), fft::levelTwist + 4 * level);
+    Kuv32f* const fine = places.takeTable<Kuv32f>(8 * split.side * (split.blockSize + blocks), fft::splitTwiddles + 4 * level);
     Kuv32f* const coarse = fine + 2 * split.side * split.blockSize;
     for (ptrdiff_t j = 0; j < split.side; ++j) {
         for (ptrdiff_t c = 0; c < split.blockSize; ++c) {
@@ -158,14 +158,14 @@ void fillDigits(const Factors& factors, ptrdiff_t entries, Kuv32s* table) {
     }
 }
 
-// In the vector variants the first stage's table holds the factors of all passes, and the digit table their radices.
+// In the vector variants the first stage's table holds the twiddle factors of all passes, and the digit table their radices.
 void makeMixedRadix(Places& places, Kuv32s length, const Factors& factors, const Complex* roots) {
     void* const record = places.record;
     const auto wordOf = [](int k, int field) { return plan::stages + stage::bytes * k + field; };
     setWord(record, plan::usesMixedRadix, 1);
     setWord(record, plan::lastStage, factors.lastStage);
     ptrdiff_t radixTable = 0;
-    const Kuv32s mark = walkStages(
+    const Kuv32s largestTabled = walkStages(
         length, factors,
         [&](int k, Kuv32s radix, bool isNew) {
             if (isNew) {
@@ -191,16 +191,16 @@ void makeMixedRadix(Places& places, Kuv32s length, const Factors& factors, const
         const Schedule schedule = scheduleOf(length, factors);
         Kuv8u* const radices = placeIn<Kuv8u>(record, planWord(record, plan::digitTable));
         for (int i = 0; i <= schedule.count; ++i) radices[i] = schedule.radices[i];
-        fillFactors(schedule, length, 1, placeIn<Kuv32f>(record, planWord(record, wordOf(0, stage::twiddles))),
+        fillTwiddles(schedule, length, 1, placeIn<Kuv32f>(record, planWord(record, wordOf(0, stage::twiddles))),
                     [&](ptrdiff_t k) { return roots[k]; });
     }
-    setWord(record, plan::workBytes, mixedWorkBytes(length, mark));
+    setWord(record, plan::workBytes, mixedWorkBytes(length, largestTabled));
 }
 
 void makeDirect(Places& places, Kuv32s length, const Complex* roots) {
     Complex* const table = places.takeTable<Complex>(8 * ptrdiff_t{length}, plan::directTwiddles);
     if constexpr (hasVectors) {
-        fillDirectFactors(length, roots, reinterpret_cast<Kuv32f*>(table));
+        fillDirectTwiddles(length, roots, reinterpret_cast<Kuv32f*>(table));
     } else {
         for (ptrdiff_t i = 0; i < length; ++i) table[i] = roots[i];
     }

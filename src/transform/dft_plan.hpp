@@ -21,7 +21,7 @@ constexpr int radix = 0, remaining = 4, stride = 8, groupCount = 12, radixTable 
 
 // The plan of a power of two; its words up to workBytes stand as in the other, with the order in place of the length.
 namespace fft {
-constexpr int order = 4, bitReverseTable = 40, twiddles = 44, longTwiddles = 48, levelTwiddles = 64, levelTwist = 76, bytes = 88;
+constexpr int order = 4, bitReverseTable = 40, twiddles = 44, longTwiddles = 48, columnTwiddles = 64, splitTwiddles = 76, bytes = 88;
 }  // namespace fft
 
 constexpr Kuv32s splitIdentity = 14, interleavedIdentity = 13, splitFftIdentity = 5, interleavedFftIdentity = 4;
@@ -196,12 +196,12 @@ constexpr bool needsRadixTable(Kuv32s radix) { return radix % 2 != 0 && radix > 
 template <class RadixTable, class StageTable, class DigitTable>
 KUV_INLINE Kuv32s walkStages(Kuv32s length, const Factors& factors, RadixTable radixTable, StageTable stageTable,
                              DigitTable digitTable) {
-    Kuv32s remaining = length, stride = 1, groupCount = 1, made = 1, mark = 0;
+    Kuv32s remaining = length, stride = 1, groupCount = 1, made = 1, largestTabled = 0;
     const auto noteRadix = [&](int stage, Kuv32s radix) {
         if (!needsRadixTable(radix)) return;
         radixTable(stage, radix, radix != made);
         made = radix;
-        if (mark < radix) mark = radix;
+        if (largestTabled < radix) largestTabled = radix;
     };
     for (int k = 0;; ++k) {
         const Kuv32s radix = factors.radices[k];
@@ -214,10 +214,10 @@ KUV_INLINE Kuv32s walkStages(Kuv32s length, const Factors& factors, RadixTable r
         stride *= radix;
     }
     digitTable(groupCount);
-    return mark;
+    return largestTabled;
 }
 
-constexpr Kuv64s mixedWorkBytes(Kuv32s length, Kuv32s mark) { return (Kuv64s{length} + mark) * 8 + 128; }
+constexpr Kuv64s mixedWorkBytes(Kuv32s length, Kuv32s largestTabled) { return (Kuv64s{length} + largestTabled) * 8 + 128; }
 
 // The length of the transform by which a chirp convolves.
 constexpr Kuv32s convolutionLength(Kuv32s length) {

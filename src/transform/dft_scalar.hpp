@@ -114,10 +114,10 @@ struct MixedRadixRun {
         const Kuv32f* twiddles = at.twiddles;
         const bool keepsFirst = at.radix > 5;
         for (ptrdiff_t j = 0; j < at.remaining; ++j) {
-            const Kuv32f* const factors = keepsFirst ? twiddles : twiddles - 2;
+            const Kuv32f* const own = keepsFirst ? twiddles : twiddles - 2;
             transformRadix(
                 at.radix, at.roots,
-                [&](ptrdiff_t i) { return i == 0 ? points[j] : points[i * at.remaining + j] * complexAt(factors + 2 * i); },
+                [&](ptrdiff_t i) { return i == 0 ? points[j] : points[i * at.remaining + j] * complexAt(own + 2 * i); },
                 [&](ptrdiff_t i, Complex value) { set(out + i * at.remaining + j, value); });
             twiddles += 2 * (keepsFirst ? at.radix : at.radix - 1);
         }

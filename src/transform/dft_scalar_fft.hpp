@@ -152,18 +152,18 @@ void joinedTransform(const void* record, Points<step> points, int order, bool sc
 template <int step>
 void transformReversed(const void* record, Points<step> points, int order, int level, bool scales, Kuv32f* work);
 
-// Rows, twist factors, and columns, four of them at a time.
+// Rows, twiddle factors between them, and columns, four of them at a time.
 template <int step>
 void splitTransform(const void* record, Points<step> points, int order, int level, bool scales, Kuv32f* work) {
     const int columns = columnOrder(order), rows = order - columns;
     const ptrdiff_t side = ptrdiff_t{1} << columns, row = ptrdiff_t{1} << rows;
     for (ptrdiff_t i = 0; i < side; ++i) transformReversed(record, points.from(row * i), rows, level + 1, scales, work);
-    const Kuv32f* const triples = planTable<Kuv32f>(record, fft::levelTwiddles + 4 * level);
-    const Kuv32f* twist = planTable<Kuv32f>(record, fft::levelTwist + 4 * level);
+    const Kuv32f* const triples = planTable<Kuv32f>(record, fft::columnTwiddles + 4 * level);
+    const Kuv32f* twiddles = planTable<Kuv32f>(record, fft::splitTwiddles + 4 * level);
     for (ptrdiff_t c = 0; c < row; c += 4) {
         for (ptrdiff_t j = 0; j < side; ++j) {
-            for (ptrdiff_t t = 0; t < 4; ++t, twist += 2)
-                pairsAt(work + 2 * side * t).set(j, points[row * j + c + t] * complexAt(twist));
+            for (ptrdiff_t t = 0; t < 4; ++t, twiddles += 2)
+                pairsAt(work + 2 * side * t).set(j, points[row * j + c + t] * complexAt(twiddles));
         }
         for (ptrdiff_t t = 0; t < 4; ++t) leafTransform(pairsAt(work + 2 * side * t), columns, triples);
         for (ptrdiff_t j = 0; j < side; ++j) {
