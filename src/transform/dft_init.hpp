@@ -27,8 +27,6 @@ struct Places {
     }
 };
 
-void clearWords(void* record, ptrdiff_t bytes) { __builtin_memset(record, 0, static_cast<size_t>(bytes)); }
-
 // `values` is how many values the transform divides by.
 void setScale(void* record, Kuv32s flag, Kuv32s values) {
     if (flag == kuvDftScaleForward || flag == kuvDftScaleBoth) setWord(record, plan::scaleForward, 1);
@@ -108,7 +106,7 @@ void makeVectorLevel(Places& places, const SineTable& sines, int order, int leve
 KuvStatus makeFftPlan(void* record, Kuv32s identity, Kuv32s length, Kuv32s flag, Kuv32s hint, Kuv8u* initBuffer) {
     const int order = orderOf(length);
     if (order >= fftOrderLimit) return kuvStatusBadOrder;
-    clearWords(record, fft::bytes);
+    __builtin_memset(record, 0, fft::bytes);
     setWord(record, plan::id, identity);
     setWord(record, fft::order, order);
     setWord(record, plan::hint, hint);
@@ -138,7 +136,7 @@ KuvStatus makeFftPlan(void* record, Kuv32s identity, Kuv32s length, Kuv32s flag,
 
 void fillStageTable(const Complex* roots, Kuv32s radix, Kuv32s remaining, Kuv32s stride, Complex* table) {
     for (ptrdiff_t j = 0; j < remaining; ++j) {
-        for (ptrdiff_t i = radix > 5 ? 0 : 1; i < radix; ++i) *table++ = roots[i * j * stride];
+        for (ptrdiff_t i = radix > highestOddKernel ? 0 : 1; i < radix; ++i) *table++ = roots[i * j * stride];
     }
 }
 
@@ -240,7 +238,7 @@ KuvStatus makeChirp(Places& places, Kuv32s length, char* init) {
 }
 
 KuvStatus makePlan(void* record, Kuv32s identity, Kuv32s length, Kuv32s flag, Kuv32s hint, Kuv8u* initBuffer) {
-    clearWords(record, plan::bytes);
+    __builtin_memset(record, 0, plan::bytes);
     setWord(record, plan::id, identity);
     setWord(record, plan::length, length);
     setWord(record, plan::hint, hint);

@@ -112,7 +112,7 @@ struct MixedRadixRun {
     KUV_INLINE void pass(const Stage& at, ptrdiff_t out, Set set) const {
         const Pairs points = workAt(out);
         const Kuv32f* twiddles = at.twiddles;
-        const bool keepsFirst = at.radix > 5;
+        const bool keepsFirst = at.radix > highestOddKernel;
         for (ptrdiff_t j = 0; j < at.remaining; ++j) {
             const Kuv32f* const own = keepsFirst ? twiddles : twiddles - 2;
             transformRadix(
@@ -147,7 +147,7 @@ struct MixedRadixRun {
 
 template <int step>
 void runMixedRadixOf(const void* record, Points<step> src, Points<step> dst, Kuv32f* work) {
-    const MixedRadixRun<step> run = {record, src, dst, work, work + (planWord(record, plan::length) * 2 + 15) / 16 * 16};
+    const MixedRadixRun<step> run = {record, src, dst, work, work + roundedUp(2 * planWord(record, plan::length), 16)};
     run.run(0, 0, 0);
 }
 
@@ -173,7 +173,7 @@ struct ScalarRuns {
     // The transform within a chirp's, in place, of pairs.
     static void runNested(const void* nested, Pairs points, Kuv32f* work) {
         if (planWord(nested, plan::usesFft))
-            runPowerOfTwo(placeIn<char>(nested, planWord(nested, plan::fftPlan)), points, points, false, work);
+            runPowerOfTwo(planTable<char>(nested, plan::fftPlan), points, points, false, work);
         else runMixedRadixOf(nested, points, points, work);
     }
 
@@ -196,7 +196,7 @@ struct ScalarRuns {
         const ptrdiff_t length = planWord(record, plan::length), points = planWord(record, plan::chirpLength);
         const Kuv32f* const chirp = planTable<Kuv32f>(record, plan::chirpTable);
         const Kuv32f* const spectrum = planTable<Kuv32f>(record, plan::chirpSpectrum);
-        const void* const nested = placeIn<char>(record, planWord(record, plan::chirpPlan));
+        const void* const nested = planTable<char>(record, plan::chirpPlan);
         const Pairs work = pairsAt(buffer);
         for (ptrdiff_t k = 0; k < length; ++k) work.set(k, src[k] * complexAt(chirp + 2 * k));
         for (ptrdiff_t k = length; k < points; ++k) work.set(k, {0, 0});

@@ -5,7 +5,6 @@
 namespace kuv::KUV_VARIANT {
 namespace {
 
-constexpr Kuv64s slack = 64;  // for aligning a block
 constexpr Kuv64s planBytes = roundedUp(Kuv64s{plan::bytes}, 64);
 
 void addMixedRadix(Kuv32s length, const Factors& factors, BlockSizes& sizes) {

@@ -181,7 +181,8 @@ constexpr Permutations makePermutations() {
     Permutations permutations = {};
     constexpr Kuv32s primes[] = {17, 19, 23, 29, 31, 37, 41, 43, longestDirect};
     for (const Kuv32s prime : primes) {
-        for (Kuv32s i = 0, index = 1; i < prime / 2; ++i, index = index * primitiveRoot(prime) % prime) {
+        const Kuv32s generator = primitiveRoot(prime);
+        for (Kuv32s i = 0, index = 1; i < prime / 2; ++i, index = index * generator % prime) {
             permutations.of[prime][i] = static_cast<Kuv8u>(index);
         }
     }
@@ -190,7 +191,8 @@ constexpr Permutations makePermutations() {
 
 // Cosines, then sines, of the powers of the primitive root.
 void fillDirectTwiddles(Kuv32s prime, const Complex* roots, Kuv32f* twiddles) {
-    for (Kuv32s i = 0, index = 1; i < prime - 1; ++i, index = index * primitiveRoot(prime) % prime) {
+    const Kuv32s generator = primitiveRoot(prime);
+    for (Kuv32s i = 0, index = 1; i < prime - 1; ++i, index = index * generator % prime) {
         twiddles[i] = roots[index].re;
         twiddles[prime - 1 + i] = roots[index].im;
     }
@@ -246,7 +248,7 @@ struct VectorRuns {
         const ptrdiff_t length = planWord(record, plan::length);
         const auto stageWord = [record](int k, int field) { return planWord(record, plan::stages + stage::bytes * k + field); };
         const auto rootsOf = [&](int radix) -> const Kuv32f* {
-            if (radix <= 13) return nullptr;
+            if (!needsRadixTable(radix)) return nullptr;
             const int behind = static_cast<int>(planWord(record, plan::lastStage)) + 1;
             int k = 0;
             while (k < behind && stageWord(k, stage::radix) != radix) ++k;
@@ -306,7 +308,7 @@ struct VectorRuns {
     // The transform within a chirp's, in place.
     static void runNested(const void* nested, Planes points, Kuv32f* work) {
         if (planWord(nested, plan::usesFft)) {
-            const void* const fftPlan = placeIn<char>(nested, planWord(nested, plan::fftPlan));
+            const void* const fftPlan = planTable<char>(nested, plan::fftPlan);
             runFft(fftPlan, points.re, points.im, points.re, points.im, false, work);
         } else {
             runMixedRadix(nested, points.re, points.im, points.re, points.im, work);
@@ -329,7 +331,7 @@ struct VectorRuns {
                                                    Kuv32f* buffer) {
         const ptrdiff_t length = planWord(record, plan::length), points = planWord(record, plan::chirpLength);
         const Kuv32f* const chirp = planTable<Kuv32f>(record, plan::chirpTable);
-        const void* const nested = placeIn<char>(record, planWord(record, plan::chirpPlan));
+        const void* const nested = planTable<char>(record, plan::chirpPlan);
         const Planes work = planesAt(buffer, points);
         multiplyPlanes({srcRe, srcIm}, chirp, length, work, length);
         clearPlanes(work, length, points);

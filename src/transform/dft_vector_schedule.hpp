@@ -81,7 +81,7 @@ constexpr Schedule scheduleOf(Kuv32s length, const Factors& factors) {
     else schedule.addPowerOfTwo(twos);
     // The rest by size, but where there is no even radix the largest that has a kernel of its own goes first.
     const bool even = length % 2 == 0;
-    for (int radix = 13; !even && radix > 1; radix -= 2) {
+    for (int radix = highestOddKernel; !even && radix > 1; radix -= 2) {
         if (!take(radix)) continue;
         schedule.add(radix);
         break;
@@ -201,7 +201,7 @@ KUV_INLINE void copyPlanes(Planes src, Planes dst, ptrdiff_t count) {
 }
 
 // Passes from `src`, which may be `dst`, to `dst`. `work` may be `src` if that is not `dst`. Of powers of two the last pass can
-// be in place: it takes values from where it puts them. rootsOf(radix) gives the roots of an odd radix above 13.
+// be in place: it takes values from where it puts them. rootsOf(radix) gives the table of a radix that needs one.
 template <class RootsOf>
 KUV_INLINE void runPasses(const Kuv8u* radices, ptrdiff_t length, ptrdiff_t stride, const Kuv32f* twiddles, Planes src, Planes dst,
                           Planes work, RootsOf rootsOf) {
