@@ -207,33 +207,48 @@ void makeDirect(Places& places, Kuv32s length, const Complex* roots) {
 
 KuvStatus makePlan(void* record, Kuv32s identity, Kuv32s length, Kuv32s flag, Kuv32s hint, Kuv8u* initBuffer);
 
+// How a chirp's tables have their values.
+using Stored = std::conditional_t<hasVectors, Planes, Pairs>;
+Stored storedAt(Kuv32f* values, ptrdiff_t count) { return {values, values + (hasVectors ? count : 1)}; }
+
+// The chirp's conjugate, in both directions of time, transformed and divided by the length. `work` is the nested run's.
+void fillChirpSpectrum(const void* nested, Stored chirp, ptrdiff_t length, Kuv32f* spectrum, ptrdiff_t points, Kuv32f* work) {
+    const Stored filter = storedAt(spectrum, points);
+    __builtin_memset(spectrum, 0, static_cast<size_t>(2 * points) * sizeof(Kuv32f));
+    for (ptrdiff_t k = 0; k < length; ++k) {
+        const Complex value = {chirp[k].re, -chirp[k].im};
+        filter.set(k, value);
+        if (k > 0) filter.set(points - k, value);
+    }
+    Runs::runNested(nested, filter, work);
+    scaleBy(static_cast<Kuv32f>(1 / static_cast<Kuv64f>(points)), spectrum, 2 * points);
+}
+
 // `init` is the part of the buffer that is still free.
 KuvStatus makeChirp(Places& places, Kuv32s length, char* init) {
     void* const record = places.record;
-    const ptrdiff_t points = convolutionLength(length);
+    const Kuv32s points = convolutionLength(length);
+    if (orderOf(points) >= fftOrderLimit) return kuvStatusBadOrder;  // before gigabytes are written
     setWord(record, plan::chirpLength, points);
-    Kuv32f* const chirp = places.takeTable<Kuv32f>(8 * ptrdiff_t{length}, plan::chirpTable);
-    Kuv32f* const spectrum = places.takeTable<Kuv32f>(8 * points, plan::chirpSpectrum);
+    const Stored chirp = storedAt(places.takeTable<Kuv32f>(8 * ptrdiff_t{length}, plan::chirpTable), length);
+    Kuv32f* const spectrum = places.takeTable<Kuv32f>(8 * ptrdiff_t{points}, plan::chirpSpectrum);
 
     const ptrdiff_t turn = 2 * ptrdiff_t{length};
     Complex* const roots = reinterpret_cast<Complex*>(alignedUp(init));
     fillRoots(turn, roots);
-    const int step = hasVectors ? 1 : 2;
     for (ptrdiff_t k = 0, square = 0; k < length; ++k) {
-        chirp[step * k] = roots[square].re;
-        chirp[hasVectors ? length + k : 2 * k + 1] = roots[square].im;
+        chirp.set(k, roots[square]);
         square += 2 * k + 1;
         if (square >= turn) square -= turn;
     }
 
     char* const nested = places.takeTable<char>(0, plan::chirpPlan);
     char* const nestedInit = reinterpret_cast<char*>(roots + turn);
-    const KuvStatus status = makePlan(nested, interleavedIdentity, static_cast<Kuv32s>(points), kuvDftScaleNone, 0,
-                                      reinterpret_cast<Kuv8u*>(nestedInit));
+    const KuvStatus status = makePlan(nested, interleavedIdentity, points, kuvDftScaleNone, 0, reinterpret_cast<Kuv8u*>(nestedInit));
     if (status != kuvStatusOk) return status;
     // Nothing that Init made in its buffer is needed any more.
-    Runs::fillChirpSpectrum(nested, chirp, length, spectrum, points, reinterpret_cast<Kuv32f*>(roots));
-    setWord(record, plan::workBytes, planWord(nested, plan::workBytes) + 8 * points + 64);
+    fillChirpSpectrum(nested, chirp, length, spectrum, points, reinterpret_cast<Kuv32f*>(roots));
+    setWord(record, plan::workBytes, planWord(nested, plan::workBytes) + 8 * ptrdiff_t{points} + 64);
     return kuvStatusOk;
 }
 

@@ -177,20 +177,6 @@ struct ScalarRuns {
         else runMixedRadixOf(nested, points, points, work);
     }
 
-    // In the spectrum of a chirp: its conjugate, in both directions of time, transformed and divided by the length. `work` is the
-    // nested run's.
-    static void fillChirpSpectrum(const void* nested, const Kuv32f* chirp, ptrdiff_t length, Kuv32f* spectrum, ptrdiff_t points,
-                                  Kuv32f* work) {
-        for (ptrdiff_t i = 0; i < 2 * points; ++i) spectrum[i] = 0;
-        for (ptrdiff_t k = 0; k < length; ++k) {
-            const Complex value = {chirp[2 * k], -chirp[2 * k + 1]};
-            pairsAt(spectrum).set(k, value);
-            if (k > 0) pairsAt(spectrum).set(points - k, value);
-        }
-        runNested(nested, pairsAt(spectrum), work);
-        scaleBy(static_cast<Kuv32f>(1 / static_cast<Kuv64f>(points)), spectrum, 2 * points);
-    }
-
     static void runChirp(const void* record, Kuv32f* srcRe, Kuv32f* srcIm, Kuv32f* dstRe, Kuv32f* dstIm, Kuv32f* buffer) {
         const Planes src = {srcRe, srcIm}, dst = {dstRe, dstIm};
         const ptrdiff_t length = planWord(record, plan::length), points = planWord(record, plan::chirpLength);

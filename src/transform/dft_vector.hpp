@@ -315,18 +315,6 @@ struct VectorRuns {
         }
     }
 
-    static void fillChirpSpectrum(const void* nested, const Kuv32f* chirp, ptrdiff_t length, Kuv32f* spectrum, ptrdiff_t points,
-                                  Kuv32f* work) {
-        const Planes filter = planesAt(spectrum, points);
-        clearPlanes(filter, 0, points);
-        for (ptrdiff_t k = 0; k < length; ++k) {
-            filter.set(k, {chirp[k], -chirp[length + k]});
-            if (k > 0) filter.set(points - k, {chirp[k], -chirp[length + k]});
-        }
-        runNested(nested, filter, work);
-        scaleBy(static_cast<Kuv32f>(1 / static_cast<Kuv64f>(points)), spectrum, 2 * points);
-    }
-
     static __attribute__((noinline)) void runChirp(const void* record, Kuv32f* srcRe, Kuv32f* srcIm, Kuv32f* dstRe, Kuv32f* dstIm,
                                                    Kuv32f* buffer) {
         const ptrdiff_t length = planWord(record, plan::length), points = planWord(record, plan::chirpLength);
