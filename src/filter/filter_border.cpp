@@ -18,9 +18,9 @@ constexpr bool isBorder(Kuv32s type) {
 
 Kernel keptKernel(const KuviBorderKernel* spec) {
     const KuviBorderKernel* const record = alignedUp(spec);
-    const auto word = [&](size_t offset) { return static_cast<ptrdiff_t>(wordAt(record, static_cast<ptrdiff_t>(offset))); };
-    const ptrdiff_t width = word(offsetof(BorderKernelHeader, kernelWidth)), height = word(offsetof(BorderKernelHeader, kernelHeight));
-    const Kuv32f* const reversed = placeIn<Kuv32f>(record, word(offsetof(BorderKernelHeader, reversedKernel)));
+    const ptrdiff_t width = wordAt(record, offsetof(BorderKernelHeader, kernelWidth));
+    const ptrdiff_t height = wordAt(record, offsetof(BorderKernelHeader, kernelHeight));
+    const Kuv32f* const reversed = placeIn<Kuv32f>(record, wordAt(record, offsetof(BorderKernelHeader, reversedKernel)));
     return {reversed + width * height - 1, width, height};
 }
 

@@ -1,10 +1,9 @@
 // How a kernel is kept for a filter.
 #include <cstddef>
 
-#include "core/align.hpp"
 #include "core/checks.hpp"
 #include "core/dispatch.hpp"
-#include "core/samples.hpp"
+#include "core/record.hpp"
 #include "filter/filter_border_layout.hpp"
 
 namespace {
@@ -41,28 +40,27 @@ KuvStatus kuviFilterBorderInit_32f_shared(const Kuv32f* kernel, KuviSize kernelS
     const Kuv32s rule = roundMode & ~roundFlag;
     if (rule < 0 || rule > 2) return kuvStatusBadRoundMode;
 
-    char* const record = reinterpret_cast<char*>(alignedUp(spec));
+    KuviBorderKernel* const record = alignedUp(spec);
     const std::ptrdiff_t count = std::ptrdiff_t{kernelSize.width} * kernelSize.height, bytes = count * 4;
     constexpr std::ptrdiff_t reversedAt = sizeof(BorderKernelHeader);
     const std::ptrdiff_t lanesAt = reversedAt + roundedUp(bytes, 64);
-    Kuv32f* const reversed = reinterpret_cast<Kuv32f*>(record + reversedAt);
+    Kuv32f* const reversed = placeIn<Kuv32f>(record, reversedAt);
     reverse(kernel, reversed, count);
     if (hasLaneKernel(dataType, channels)) {
-        Kuv32f* lanes = reinterpret_cast<Kuv32f*>(record + lanesAt);
+        Kuv32f* lanes = placeIn<Kuv32f>(record, lanesAt);
         for (std::ptrdiff_t i = count - 1; i >= 0; --i) {
             const Kuv32f value = dataType == kuvDataType16s ? static_cast<Kuv32f>(Kuv64f{reversed[i]} * 0x1p-16) : reversed[i];
             for (int k = 0; k < 4; ++k) *lanes++ = value;
         }
     }
 
-    BorderKernelHeader* const header = reinterpret_cast<BorderKernelHeader*>(record);
-    header->kernelWidth = kernelSize.width;
-    header->kernelHeight = kernelSize.height;
-    header->reversedKernel = static_cast<Kuv32u>(reversedAt);
-    header->laneKernel = static_cast<Kuv32u>(lanesAt);
-    header->typeTag = typeTag(dataType);
-    header->channels = channels;
-    header->roundMode = rule;
-    header->zeros[0] = header->zeros[1] = 0;
+    setWord(record, offsetof(BorderKernelHeader, kernelWidth), kernelSize.width);
+    setWord(record, offsetof(BorderKernelHeader, kernelHeight), kernelSize.height);
+    setWord(record, offsetof(BorderKernelHeader, reversedKernel), reversedAt);
+    setWord(record, offsetof(BorderKernelHeader, laneKernel), lanesAt);
+    setWord(record, offsetof(BorderKernelHeader, typeTag), typeTag(dataType));
+    setWord(record, offsetof(BorderKernelHeader, channels), channels);
+    setWord(record, offsetof(BorderKernelHeader, roundMode), rule);
+    for (std::ptrdiff_t i = 0; i < 2; ++i) setWord(record, offsetof(BorderKernelHeader, zeros) + 4 * i, 0);
     return rule == roundMode ? kuvStatusOk : kuvStatusRoundFlagSet;
 }

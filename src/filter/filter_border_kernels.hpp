@@ -16,7 +16,8 @@ struct Kernel {
     KUV_INLINE const Kuv32f* at(ptrdiff_t row, ptrdiff_t column) const { return first - (row * width + column); }
 };
 
-// Images from their first pixels on; the source's is what the kernel's first coefficient covers of the first sum.
+// Source and destination, from their first pixels on. filter() takes as the source's what the kernel's first coefficient covers of the
+// first sum.
 struct Images {
     const Kuv32f* src;
     ptrdiff_t srcStep;

@@ -40,8 +40,8 @@ constexpr Extent reachBehind(Extent kernelExtent) {
 }
 
 // Sums and products of what no 32-bit integer holds stay so.
-constexpr Kuv64s bound = Kuv64s{1} << 40;
-constexpr Kuv64s boundedProduct(Kuv64s a, Kuv64s b) { return a > 0 && b > bound / a ? bound : a * b; }
+constexpr Kuv64s sizeBound = Kuv64s{1} << 40;
+constexpr Kuv64s boundedProduct(Kuv64s a, Kuv64s b) { return a > 0 && b > sizeBound / a ? sizeBound : a * b; }
 
 // Of the strip above or below the region or of that at its side, whichever is larger, or of the whole region, with what the kernel covers.
 constexpr Kuv64s borderedElements(Kuv64s kw, Kuv64s kh, Kuv64s rw, Kuv64s rh) {

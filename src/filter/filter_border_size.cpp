@@ -34,7 +34,6 @@ constexpr Kuv64s extraBytes(Kuv64s count, Kuv32s dataType, Kuv32s channels) {
 
 KuvStatus KUV_VARIANT_FUNCTION(kuviFilterBorderGetSize)(KuviSize kernelSize, KuviSize roiSize, Kuv32s dataType, Kuv32s kernelType,
                                                         Kuv32s channels, Kuv32s* specSize, Kuv32s* bufferSize) {
-    using namespace kuv;
     using namespace kuv::KUV_VARIANT;
     if (emptyRoi(kernelSize) || emptyRoi(roiSize)) return kuvStatusBadSize;
     if (!isFilterDataType(dataType)) return kuvStatusBadDataType;

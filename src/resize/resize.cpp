@@ -2,6 +2,7 @@
 #include "core/checks.hpp"
 #include "core/integers.hpp"
 #include "core/record.hpp"
+#include "resize/resize_layout.hpp"
 #include "resize/resize_scalar.hpp"
 #include "resize/resize_vector.hpp"
 
@@ -12,11 +13,11 @@ constexpr Kuv32u allInMemory = kuvBorderHaveTop | kuvBorderHaveBottom | kuvBorde
 
 constexpr bool isResizeBorder(Kuv32u border) { return border == allInMemory || (border <= 255 && border % 16 == kuvBorderClamp); }
 
-TileAxis tileAxis(const char* start, const ResizeAxis& axis, ptrdiff_t offset, ptrdiff_t length, bool hasBefore, bool hasAfter) {
+TileAxis tileAxis(const Kuv8u* record, const ResizeAxis& axis, ptrdiff_t offset, ptrdiff_t length, bool hasBefore, bool hasAfter) {
     const ptrdiff_t rest = axis.dstLength - offset, used = smaller(length, rest);
     const ptrdiff_t origin = offset * axis.srcReduced / axis.dstReduced;
-    return {placeIn<Kuv32s>(start, axis.positions) + offset,
-            placeIn<Kuv32f>(start, axis.fractions) + offset,
+    return {placeIn<Kuv32s>(record, axis.positions) + offset,
+            placeIn<Kuv32f>(record, axis.fractions) + offset,
             -origin,
             axis.srcLength - 1 - origin,
             used,
@@ -34,8 +35,9 @@ KuvStatus KUV_VARIANT_FUNCTION(kuviResizeLinear_16s_C3R)(const Kuv16s* src, Kuv3
     if (!isResizeBorder(border)) return kuvStatusBadBorder;
     if (anyNull(src, dst, spec, buffer)) return kuvStatusNullPtr;
     if (dstSize.width == 0 || dstSize.height == 0) return kuvStatusNoOperation;
-    const kuv::ResizeHeader plan = kuv::resizeHeaderOf(spec);
-    if (plan.magic != kuv::resizeMagic) return kuvStatusBadContext;
+    spec = alignedUp(spec);
+    const auto plan = loadSample(placeIn<ResizeHeader>(spec, 0));
+    if (plan.magic != resizeMagic) return kuvStatusBadContext;
     if (emptyRoi(dstSize)) return kuvStatusBadSize;
     if (srcStep % 2 != 0 || dstStep % 2 != 0) return kuvStatusBadStep;
     if (dstOffset.x < 0 || dstOffset.x >= plan.horizontal.dstLength) return kuvStatusOutOfRange;
@@ -43,12 +45,11 @@ KuvStatus KUV_VARIANT_FUNCTION(kuviResizeLinear_16s_C3R)(const Kuv16s* src, Kuv3
     if (plan.antialiasing != 0) return kuvStatusInternal;
     if (plan.interpolation != kuvResizeLinear) return kuvStatusBadContext;
 
-    const char* const start = kuv::resizeStart(spec);
     const auto has = [&](Kuv32u flag) { return (border & flag) != 0; };
     const ResizeTile tile = {
         src, srcStep, dst, dstStep,
-        tileAxis(start, plan.horizontal, dstOffset.x, dstSize.width, has(kuvBorderHaveLeft), has(kuvBorderHaveRight)),
-        tileAxis(start, plan.vertical, dstOffset.y, dstSize.height, has(kuvBorderHaveTop), has(kuvBorderHaveBottom))};
+        tileAxis(spec, plan.horizontal, dstOffset.x, dstSize.width, has(kuvBorderHaveLeft), has(kuvBorderHaveRight)),
+        tileAxis(spec, plan.vertical, dstOffset.y, dstSize.height, has(kuvBorderHaveTop), has(kuvBorderHaveBottom))};
     Kuv32f* const rows = alignedUp(reinterpret_cast<Kuv32f*>(buffer));
     const ptrdiff_t rowFloats = roundedUp(3 * tile.columns.length, 8);
     if constexpr (hasVectors) {

@@ -1,9 +1,6 @@
 // The layout of a resize plan: a header at the first multiple of 64 in the caller's block, and the tables of both axes behind it.
 #pragma once
 
-#include <cstddef>
-
-#include "core/align.hpp"
 #include "kuvcv.h"
 
 namespace kuv {
@@ -38,15 +35,6 @@ static_assert(sizeof(ResizeAxis) == 44 && sizeof(ResizeHeader) == 128);
 
 constexpr Kuv32u resizeMagic = 0x4B617389;
 constexpr Kuv32s resizeDataKind = 13;
-
-// The first multiple of 64 in a block of the caller's.
-inline const char* resizeStart(const Kuv8u* block) { return reinterpret_cast<const char*>(alignedUp(block)); }
-
-inline ResizeHeader resizeHeaderOf(const Kuv8u* spec) {
-    ResizeHeader header;
-    __builtin_memcpy(&header, resizeStart(spec), sizeof header);
-    return header;
-}
 
 }  // namespace
 }  // namespace kuv

@@ -2,7 +2,7 @@
 #include "core/checks.hpp"
 #include "core/dispatch.hpp"
 #include "core/integers.hpp"
-#include "core/samples.hpp"
+#include "core/record.hpp"
 #include "resize/resize_layout.hpp"
 
 namespace {
@@ -50,12 +50,12 @@ constexpr Kuv32s greatestCommonDivisor(Kuv32s a, Kuv32s b) {
 }
 
 // Fills an axis' tables, and gives what the header says of it.
-ResizeAxis makeAxis(char* start, Kuv32s srcLength, Kuv32s dstLength, Kuv64u positions, Kuv64u fractions) {
+ResizeAxis makeAxis(Kuv8u* record, Kuv32s srcLength, Kuv32s dstLength, Kuv64u positions, Kuv64u fractions) {
     const Kuv32s divisor = greatestCommonDivisor(srcLength, dstLength);
     ResizeAxis axis = {srcLength, dstLength, srcLength / divisor, dstLength / divisor, static_cast<Kuv32u>(positions),
                        static_cast<Kuv32u>(fractions), 0, {0, 0}, 0, 0};
-    Kuv32s* const position = reinterpret_cast<Kuv32s*>(start + positions);
-    Kuv32f* const fraction = reinterpret_cast<Kuv32f*>(start + fractions);
+    Kuv32s* const position = placeIn<Kuv32s>(record, static_cast<std::ptrdiff_t>(positions));
+    Kuv32f* const fraction = placeIn<Kuv32f>(record, static_cast<std::ptrdiff_t>(fractions));
     const Kuv64f ratio = static_cast<Kuv64f>(axis.srcReduced) / axis.dstReduced;
     for (std::ptrdiff_t i = 0; i < dstLength; ++i) {
         const Kuv64f product = (static_cast<Kuv64f>(i) + 0.5) * ratio;
@@ -92,20 +92,20 @@ KuvStatus kuviResizeLinearInit_16s_shared(KuviSize srcSize, KuviSize dstSize, Ku
     if (anyNull(spec)) return kuvStatusNullPtr;
     if (hasZero(srcSize) || hasZero(dstSize)) return kuvStatusNoOperation;
     if (isBelow(srcSize, 2) || emptyRoi(dstSize)) return kuvStatusBadSize;
-    char* const start = reinterpret_cast<char*>(alignedUp(spec));
+    Kuv8u* const record = alignedUp(spec);
     const Kuv64u rows = 4 * static_cast<Kuv64u>(dstSize.height), columns = 4 * static_cast<Kuv64u>(dstSize.width);
     ResizeHeader header = {resizeMagic, resizeDataKind, kuvResizeLinear, 1, 1, 0, {1, 1, 1, 1}, {}, {}};
     const Kuv64u tables = sizeof header;
-    header.vertical = makeAxis(start, srcSize.height, dstSize.height, tables, tables + rows + columns);
-    header.horizontal = makeAxis(start, srcSize.width, dstSize.width, tables + rows, tables + 2 * rows + columns);
-    __builtin_memcpy(start, &header, sizeof header);
+    header.vertical = makeAxis(record, srcSize.height, dstSize.height, tables, tables + rows + columns);
+    header.horizontal = makeAxis(record, srcSize.width, dstSize.width, tables + rows, tables + 2 * rows + columns);
+    storeSample(placeIn<ResizeHeader>(record, 0), header);
     return kuvStatusOk;
 }
 
 KuvStatus kuviResizeGetBufferSize_16s_shared(const Kuv8u* spec, KuviSize dstSize, Kuv32u numChannels, Kuv32s* bufferSize) {
     if (anyNull(spec, bufferSize)) return kuvStatusNullPtr;
     if (hasZero(dstSize)) return kuvStatusNoOperation;
-    const ResizeHeader header = resizeHeaderOf(spec);
+    const auto header = loadSample(placeIn<ResizeHeader>(alignedUp(spec), 0));
     if (header.magic != resizeMagic) return kuvStatusBadContext;
     if (numChannels != 1 && numChannels != 3 && numChannels != 4) return kuvStatusBadChannelCount;
     if (emptyRoi(dstSize)) return kuvStatusBadSize;

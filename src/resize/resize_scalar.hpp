@@ -15,12 +15,16 @@ public:
     ScalarResize(const ResizeTile& tile, Kuv32f* rows, ptrdiff_t distance) : tile_(tile), held_(rows), next_(rows + distance) {}
 
     void run() {
-        const TileAxis& rows = tile_.rows;
+        const TileAxis &rows = tile_.rows, &columns = tile_.columns;
         for (ptrdiff_t j = 0; j < rows.length; ++j) {
-            if (j < rows.before || j >= rows.end()) repeatRow(j);
-            else sides(j);
+            if (j < rows.before || j >= rows.end()) {
+                repeatRow(j);
+            } else {
+                side(j, 0, columns.before, columns.first);
+                side(j, columns.end(), columns.length, columns.last);
+            }
         }
-        if (rows.before >= rows.end() || tile_.columns.before >= tile_.columns.end()) return;
+        if (rows.before >= rows.end() || columns.before >= columns.end()) return;
         const bool isUpward = rows.descends();
         for (ptrdiff_t i = rows.before; i < rows.end(); ++i) interiorRow(isUpward ? rows.before + rows.end() - 1 - i : i);
     }
@@ -49,12 +53,9 @@ private:
     }
 
     // Columns that repeat the source's first or last one.
-    void sides(ptrdiff_t j) const {
-        const TileAxis& columns = tile_.columns;
-        for (ptrdiff_t i = 0; i < columns.length; ++i) {
-            if (i == columns.before) i = columns.end();
-            if (i == columns.length) return;
-            const ptrdiff_t row = tile_.rows[j], column = i < columns.before ? columns.first : columns.last;
+    void side(ptrdiff_t j, ptrdiff_t i, ptrdiff_t end, ptrdiff_t column) const {
+        const ptrdiff_t row = tile_.rows[j];
+        for (; i < end; ++i) {
             const Kuv16s *const upper = tile_.source(row, column), *const lower = tile_.source(row + 1, column);
             for (int c = 0; c < 3; ++c) {
                 storeSample(tile_.target(j, i) + c, rounded(between(sampleAt(upper, c), sampleAt(lower, c), tile_.rows.fractions[j])));

@@ -3,7 +3,6 @@
 #pragma once
 
 #include "core/rows.hpp"
-#include "resize/resize_layout.hpp"
 
 namespace kuv::KUV_VARIANT {
 namespace {

@@ -53,19 +53,16 @@ constexpr PairOrders pairOrders() {
     }
     return all;
 }
-template <class V>
-struct PairOrder {
-    static constexpr PairOrders orders = pairOrders();
-};
 
 // Of four pixels, samples beside their neighbours'.
 template <class V>
 KUV_INLINE void pairSamples(const V (&pixels)[4], Vector<Kuv32s, V::bytes> (&pairs)[3]) {
     Vector<Kuv32s, V::bytes> each[4];
 #ifdef __SSSE3__
+    static constexpr PairOrders orders = pairOrders();
 #pragma GCC unroll 4
     for (int p = 0; p < 4; ++p) {
-        const auto order = load<Vector<Kuv8u, V::bytes>>(PairOrder<V>::orders.index[hasSSE41 ? p : 0]);
+        const auto order = load<Vector<Kuv8u, V::bytes>>(orders.index[hasSSE41 ? p : 0]);
         each[p] = as<Kuv32s>(shuffleBytes(as<Kuv8u>(pixels[p]), order));
     }
 #else

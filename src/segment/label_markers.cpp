@@ -6,10 +6,6 @@
 namespace kuv::KUV_VARIANT {
 namespace {
 
-struct Labels {
-    Kuv32u first, last;
-};
-
 // Where things stand in the caller's buffer. From a width of 2 on they need at most 6 bytes a pixel and 25 more, which leaves 7 to align.
 struct Workspace {
     Word* bits;        // of all rows
@@ -57,7 +53,7 @@ Kuv32u labelMarkers(Kuv16u* srcDst, ptrdiff_t step, ptrdiff_t width, ptrdiff_t h
         if (index > 0) joinBands<corners>(pieces, bandAt(index - 1), work.lines[(index - 1) % 2], band, numbers);
     }
 
-    const Kuv32u groups = pieces.label(runs, labels.first, labels.last);
+    const Kuv32u groups = pieces.label(runs, labels);
     const Kuv32u* label = work.parents;
     Kuv16u line[Painter::lineSamples] = {};
     for (ptrdiff_t index = 0; index < bands; ++index) {
@@ -84,7 +80,7 @@ Kuv32u labelColumn(Kuv16u* srcDst, ptrdiff_t step, ptrdiff_t height, Labels labe
         const bool marked = loadSample(sample) != 0;
         if (marked && !inGroup) {
             ++groups;
-            label = label == labels.last ? labels.first : label + 1;
+            label = labels.after(label);
         }
         if (marked) storeSample(sample, static_cast<Kuv16u>(label));
         inGroup = marked;

@@ -28,8 +28,8 @@ KUV_INLINE Word markersIn(const Kuv16u* row) {
     Word bits = 0;
 #pragma GCC unroll 8
     for (int i = 0; i < vectors; i += 2) {
-        const Word gaps = bitsOf(equal(narrowed(empty(i), empty(i + 1)), fill<ByteVector>(0)));
-        bits |= gaps << (i * Samples::lanes);
+        const Word markers = bitsOf(equal(narrowed(empty(i), empty(i + 1)), fill<ByteVector>(0)));
+        bits |= markers << (i * Samples::lanes);
     }
     return bits;
 }

@@ -3,7 +3,11 @@
 #include "core/dispatch.hpp"
 #include "core/samples.hpp"
 
+namespace {
+
 using namespace kuv;
+
+}  // namespace
 
 KuvStatus kuviLabelMarkersGetBufferSize_16u_C1R_shared(KuviSize roiSize, Kuv32s* bufferSize) {
     if (anyNull(bufferSize)) return kuvStatusNullPtr;

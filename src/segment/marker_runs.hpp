@@ -84,6 +84,13 @@ KUV_INLINE void visitRuns(Band band, Visit visit) {
     if (corners && lowerOnly != 0) sweep(std::false_type{});
 }
 
+// The labels that pieces get in turn: after the last comes the first one again.
+struct Labels {
+    Kuv32u first, last;
+
+    KUV_INLINE Kuv32u after(Kuv32u label) const { return label == last ? first : label + 1; }
+};
+
 // Which runs are one piece: a run's parent has a lower number, or is the run itself.
 class Pieces {
 public:
@@ -112,15 +119,15 @@ public:
 
     // Replaces so many runs by the labels of their pieces and gives the number of pieces. These are met in the order of their first
     // pixels.
-    Kuv32u label(Kuv32u runs, Kuv32u minLabel, Kuv32u maxLabel) {
-        Kuv32u pieces = 0, next = minLabel;
+    Kuv32u label(Kuv32u runs, Labels labels) {
+        Kuv32u pieces = 0, next = labels.first;
         for (Kuv32u i = 0; i < runs; ++i) {
             if (parents_[i] != i) {
                 parents_[i] = parents_[parents_[i]];
                 continue;
             }
             parents_[i] = next;
-            next = next == maxLabel ? minLabel : next + 1;
+            next = labels.after(next);
             ++pieces;
         }
         return pieces;

@@ -11,7 +11,7 @@ KUV_INLINE void runPlan(const void* record, Planes src, Planes dst, Kuv32f* work
     const Kuv32f scale = planScale(record);
     if (length <= longestFixed) return Runs::runFixed(length, scales, src, dst, scale);
     if (planWord(record, plan::usesFft))
-        return Runs::runFft(placeIn<char>(record, planWord(record, plan::fftPlan)), src.re, src.im, dst.re, dst.im, scales, work);
+        return Runs::runFft(planTable<char>(record, plan::fftPlan), src.re, src.im, dst.re, dst.im, scales, work);
     if (planWord(record, plan::usesMixedRadix)) Runs::runMixedRadix(record, src.re, src.im, dst.re, dst.im, work);
     else if (length > highestRadix) Runs::runChirp(record, src.re, src.im, dst.re, dst.im, work);
     else Runs::runDirect(record, src.re, src.im, dst.re, dst.im, work);

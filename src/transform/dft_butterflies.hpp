@@ -63,7 +63,7 @@ KUV_INLINE void fourOf(T* re, T* im) {
 
 template <int length>
 struct Roots {
-    Root of[length];
+    Complex of[length];
 };
 template <int length>
 constexpr Roots<length> rootsOf() {
@@ -113,7 +113,7 @@ KUV_INLINE void oddOf(T* re, T* im) {
 template <int length, int step, class T>
 KUV_INLINE void transform(T* re, T* im);
 
-// The product of `first` and `second`, without common factors: two transforms without factors between them.
+// The product of `first` and `second`, without common factors: two transforms without twiddle factors between them.
 template <int first, int second, class T>
 KUV_INLINE void coprimeOf(T* re, T* im) {
     constexpr int length = first * second;

@@ -27,8 +27,6 @@ struct Places {
     }
 };
 
-void clearWords(void* record, ptrdiff_t bytes) { __builtin_memset(record, 0, static_cast<size_t>(bytes)); }
-
 // `values` is how many values the transform divides by.
 void setScale(void* record, Kuv32s flag, Kuv32s values) {
     if (flag == kuvDftScaleForward || flag == kuvDftScaleBoth) setWord(record, plan::scaleForward, 1);
@@ -41,12 +39,12 @@ void setScale(void* record, Kuv32s flag, Kuv32s values) {
 
 // ---- Powers of two
 
-void fillTwist(const SineTable& sines, int columns, int rows, Kuv32f* table) {
+void fillSplitTwiddles(const SineTable& sines, int columns, int rows, Kuv32f* table) {
     const Kuv64s side = Kuv64s{1} << columns, row = Kuv64s{1} << rows;
     for (Kuv64s c = 0; c < row; c += 4) {
         for (Kuv64s j = 0, reversed = 0; j < side; ++j) {
             for (Kuv64s t = 0; t < 4; ++t, table += 2) {
-                const Root root = sines.root((c + t) * reversed, columns + rows);
+                const Complex root = sines.root((c + t) * reversed, columns + rows);
                 table[0] = root.re;
                 table[1] = root.im;
             }
@@ -65,40 +63,40 @@ void makeScalarLevel(Places& places, const SineTable& sines, int order, int leve
         if (order == leaf) return;
         Kuv32f* const roots = places.takeTable<Kuv32f>(2 * count, fft::longTwiddles);
         for (Kuv64s i = 0; i < count / 4; ++i) {
-            const Root root = sines.root(i, order);
+            const Complex root = sines.root(i, order);
             roots[2 * i] = root.re;
             roots[2 * i + 1] = root.im;
         }
         return;
     }
     makeScalarLevel(places, sines, rows, level + 1);
-    fillTriples(sines, columns, places.takeTable<Kuv32f>(tripleBytes(Kuv64s{1} << columns), fft::levelTwiddles + 4 * level));
-    fillTwist(sines, columns, rows, places.takeTable<Kuv32f>(8 * count, fft::levelTwist + 4 * level));
+    fillTriples(sines, columns, places.takeTable<Kuv32f>(tripleBytes(Kuv64s{1} << columns), fft::columnTwiddles + 4 * level));
+    fillSplitTwiddles(sines, columns, rows, places.takeTable<Kuv32f>(8 * count, fft::splitTwiddles + 4 * level));
 }
 
-void fillOrderFactors(const SineTable& sines, int order, ptrdiff_t stride, Kuv32f* table) {
-    fillFactors(scheduleOf(order), ptrdiff_t{1} << order, stride, table, [&](ptrdiff_t k) { return sines.root(k, order); });
+void fillOrderTwiddles(const SineTable& sines, int order, ptrdiff_t stride, Kuv32f* table) {
+    fillTwiddles(scheduleOf(order), ptrdiff_t{1} << order, stride, table, [&](ptrdiff_t k) { return sines.root(k, order); });
 }
 
 void makeVectorLevel(Places& places, const SineTable& sines, int order, int level) {
     if (splitOrder(order) == 0) {
-        fillOrderFactors(sines, order, 1, places.takeTable<Kuv32f>(8 << order, fft::twiddles));
+        fillOrderTwiddles(sines, order, 1, places.takeTable<Kuv32f>(8 << order, fft::twiddles));
         return;
     }
     const Split split(order);
     makeVectorLevel(places, sines, split.rows, level + 1);
-    fillOrderFactors(sines, split.columns, tile, places.takeTable<Kuv32f>(8 * split.side, fft::levelTwiddles + 4 * level));
+    fillOrderTwiddles(sines, split.columns, tile, places.takeTable<Kuv32f>(8 * split.side, fft::columnTwiddles + 4 * level));
     const ptrdiff_t blocks = split.row / split.blockSize;
-    Kuv32f* const fine = places.takeTable<Kuv32f>(8 * split.side * (split.blockSize + blocks), fft::levelTwist + 4 * level);
+    Kuv32f* const fine = places.takeTable<Kuv32f>(8 * split.side * (split.blockSize + blocks), fft::splitTwiddles + 4 * level);
     Kuv32f* const coarse = fine + 2 * split.side * split.blockSize;
     for (ptrdiff_t j = 0; j < split.side; ++j) {
         for (ptrdiff_t c = 0; c < split.blockSize; ++c) {
-            const Root root = sines.root(c * j, order);
+            const Complex root = sines.root(c * j, order);
             fine[2 * split.blockSize * j + c] = root.re;
             fine[2 * split.blockSize * j + split.blockSize + c] = root.im;
         }
         for (ptrdiff_t b = 0; b < blocks; ++b) {
-            const Root root = sines.root(b * split.blockSize * j, order);
+            const Complex root = sines.root(b * split.blockSize * j, order);
             coarse[2 * (split.side * b + j)] = root.re;
             coarse[2 * (split.side * b + j) + 1] = root.im;
         }
@@ -108,7 +106,7 @@ void makeVectorLevel(Places& places, const SineTable& sines, int order, int leve
 KuvStatus makeFftPlan(void* record, Kuv32s identity, Kuv32s length, Kuv32s flag, Kuv32s hint, Kuv8u* initBuffer) {
     const int order = orderOf(length);
     if (order >= fftOrderLimit) return kuvStatusBadOrder;
-    clearWords(record, fft::bytes);
+    __builtin_memset(record, 0, fft::bytes);
     setWord(record, plan::id, identity);
     setWord(record, fft::order, order);
     setWord(record, plan::hint, hint);
@@ -136,9 +134,9 @@ KuvStatus makeFftPlan(void* record, Kuv32s identity, Kuv32s length, Kuv32s flag,
 
 // ---- Other lengths
 
-void fillStageTable(const Root* roots, Kuv32s radix, Kuv32s remaining, Kuv32s stride, Root* table) {
+void fillStageTable(const Complex* roots, Kuv32s radix, Kuv32s remaining, Kuv32s stride, Complex* table) {
     for (ptrdiff_t j = 0; j < remaining; ++j) {
-        for (ptrdiff_t i = radix > 5 ? 0 : 1; i < radix; ++i) *table++ = roots[i * j * stride];
+        for (ptrdiff_t i = radix > highestOddKernel ? 0 : 1; i < radix; ++i) *table++ = roots[i * j * stride];
     }
 }
 
@@ -158,19 +156,19 @@ void fillDigits(const Factors& factors, ptrdiff_t entries, Kuv32s* table) {
     }
 }
 
-// In the vector variants the first stage's table holds the factors of all passes, and the digit table their radices.
-void makeMixedRadix(Places& places, Kuv32s length, const Factors& factors, const Root* roots) {
+// In the vector variants the first stage's table holds the twiddle factors of all passes, and the digit table their radices.
+void makeMixedRadix(Places& places, Kuv32s length, const Factors& factors, const Complex* roots) {
     void* const record = places.record;
     const auto wordOf = [](int k, int field) { return plan::stages + stage::bytes * k + field; };
     setWord(record, plan::usesMixedRadix, 1);
     setWord(record, plan::lastStage, factors.lastStage);
     ptrdiff_t radixTable = 0;
-    const Kuv32s mark = walkStages(
+    const Kuv32s largestTabled = walkStages(
         length, factors,
         [&](int k, Kuv32s radix, bool isNew) {
             if (isNew) {
                 radixTable = places.take(8 * ptrdiff_t{radix});
-                Root* const table = placeIn<Root>(record, radixTable);
+                Complex* const table = placeIn<Complex>(record, radixTable);
                 for (ptrdiff_t i = 0; i < radix; ++i) table[i] = roots[i * (length / radix)];
             }
             setWord(record, wordOf(k, stage::radixTable), radixTable);
@@ -180,7 +178,7 @@ void makeMixedRadix(Places& places, Kuv32s length, const Factors& factors, const
             setWord(record, wordOf(k, stage::remaining), remaining);
             setWord(record, wordOf(k, stage::stride), stride);
             setWord(record, wordOf(k, stage::groupCount), groupCount);
-            Root* const table = places.takeTable<Root>(8 * ptrdiff_t{radix} * remaining, wordOf(k, stage::twiddles));
+            Complex* const table = places.takeTable<Complex>(8 * ptrdiff_t{radix} * remaining, wordOf(k, stage::twiddles));
             if (!hasVectors) fillStageTable(roots, radix, remaining, stride, table);
         },
         [&](Kuv32s entries) {
@@ -191,16 +189,16 @@ void makeMixedRadix(Places& places, Kuv32s length, const Factors& factors, const
         const Schedule schedule = scheduleOf(length, factors);
         Kuv8u* const radices = placeIn<Kuv8u>(record, planWord(record, plan::digitTable));
         for (int i = 0; i <= schedule.count; ++i) radices[i] = schedule.radices[i];
-        fillFactors(schedule, length, 1, placeIn<Kuv32f>(record, planWord(record, wordOf(0, stage::twiddles))),
+        fillTwiddles(schedule, length, 1, placeIn<Kuv32f>(record, planWord(record, wordOf(0, stage::twiddles))),
                     [&](ptrdiff_t k) { return roots[k]; });
     }
-    setWord(record, plan::workBytes, mixedWorkBytes(length, mark));
+    setWord(record, plan::workBytes, mixedWorkBytes(length, largestTabled));
 }
 
-void makeDirect(Places& places, Kuv32s length, const Root* roots) {
-    Root* const table = places.takeTable<Root>(8 * ptrdiff_t{length}, plan::directTwiddles);
+void makeDirect(Places& places, Kuv32s length, const Complex* roots) {
+    Complex* const table = places.takeTable<Complex>(8 * ptrdiff_t{length}, plan::directTwiddles);
     if constexpr (hasVectors) {
-        fillDirectFactors(length, roots, reinterpret_cast<Kuv32f*>(table));
+        fillDirectTwiddles(length, roots, reinterpret_cast<Kuv32f*>(table));
     } else {
         for (ptrdiff_t i = 0; i < length; ++i) table[i] = roots[i];
     }
@@ -209,38 +207,53 @@ void makeDirect(Places& places, Kuv32s length, const Root* roots) {
 
 KuvStatus makePlan(void* record, Kuv32s identity, Kuv32s length, Kuv32s flag, Kuv32s hint, Kuv8u* initBuffer);
 
+// How a chirp's tables have their values.
+using Stored = std::conditional_t<hasVectors, Planes, Pairs>;
+Stored storedAt(Kuv32f* values, ptrdiff_t count) { return {values, values + (hasVectors ? count : 1)}; }
+
+// The chirp's conjugate, in both directions of time, transformed and divided by the length. `work` is the nested run's.
+void fillChirpSpectrum(const void* nested, Stored chirp, ptrdiff_t length, Kuv32f* spectrum, ptrdiff_t points, Kuv32f* work) {
+    const Stored filter = storedAt(spectrum, points);
+    __builtin_memset(spectrum, 0, static_cast<size_t>(2 * points) * sizeof(Kuv32f));
+    for (ptrdiff_t k = 0; k < length; ++k) {
+        const Complex value = {chirp[k].re, -chirp[k].im};
+        filter.set(k, value);
+        if (k > 0) filter.set(points - k, value);
+    }
+    Runs::runNested(nested, filter, work);
+    scaleBy(static_cast<Kuv32f>(1 / static_cast<Kuv64f>(points)), spectrum, 2 * points);
+}
+
 // `init` is the part of the buffer that is still free.
 KuvStatus makeChirp(Places& places, Kuv32s length, char* init) {
     void* const record = places.record;
-    const ptrdiff_t points = convolutionLength(length);
+    const Kuv32s points = convolutionLength(length);
+    if (orderOf(points) >= fftOrderLimit) return kuvStatusBadOrder;  // before gigabytes are written
     setWord(record, plan::chirpLength, points);
-    Kuv32f* const chirp = places.takeTable<Kuv32f>(8 * ptrdiff_t{length}, plan::chirpTable);
-    Kuv32f* const spectrum = places.takeTable<Kuv32f>(8 * points, plan::chirpSpectrum);
+    const Stored chirp = storedAt(places.takeTable<Kuv32f>(8 * ptrdiff_t{length}, plan::chirpTable), length);
+    Kuv32f* const spectrum = places.takeTable<Kuv32f>(8 * ptrdiff_t{points}, plan::chirpSpectrum);
 
     const ptrdiff_t turn = 2 * ptrdiff_t{length};
-    Root* const roots = reinterpret_cast<Root*>(alignedUp(init));
+    Complex* const roots = reinterpret_cast<Complex*>(alignedUp(init));
     fillRoots(turn, roots);
-    const int step = hasVectors ? 1 : 2;
     for (ptrdiff_t k = 0, square = 0; k < length; ++k) {
-        chirp[step * k] = roots[square].re;
-        chirp[hasVectors ? length + k : 2 * k + 1] = roots[square].im;
+        chirp.set(k, roots[square]);
         square += 2 * k + 1;
         if (square >= turn) square -= turn;
     }
 
     char* const nested = places.takeTable<char>(0, plan::chirpPlan);
     char* const nestedInit = reinterpret_cast<char*>(roots + turn);
-    const KuvStatus status = makePlan(nested, interleavedIdentity, static_cast<Kuv32s>(points), kuvDftScaleNone, 0,
-                                      reinterpret_cast<Kuv8u*>(nestedInit));
+    const KuvStatus status = makePlan(nested, interleavedIdentity, points, kuvDftScaleNone, 0, reinterpret_cast<Kuv8u*>(nestedInit));
     if (status != kuvStatusOk) return status;
     // Nothing that Init made in its buffer is needed any more.
-    Runs::fillChirpSpectrum(nested, chirp, length, spectrum, points, reinterpret_cast<Kuv32f*>(roots));
-    setWord(record, plan::workBytes, planWord(nested, plan::workBytes) + 8 * points + 64);
+    fillChirpSpectrum(nested, chirp, length, spectrum, points, reinterpret_cast<Kuv32f*>(roots));
+    setWord(record, plan::workBytes, planWord(nested, plan::workBytes) + 8 * ptrdiff_t{points} + 64);
     return kuvStatusOk;
 }
 
 KuvStatus makePlan(void* record, Kuv32s identity, Kuv32s length, Kuv32s flag, Kuv32s hint, Kuv8u* initBuffer) {
-    clearWords(record, plan::bytes);
+    __builtin_memset(record, 0, plan::bytes);
     setWord(record, plan::id, identity);
     setWord(record, plan::length, length);
     setWord(record, plan::hint, hint);
@@ -264,7 +277,7 @@ KuvStatus makePlan(void* record, Kuv32s identity, Kuv32s length, Kuv32s flag, Ku
     if (path == DftPath::tooLong) return kuvStatusBadSize;
     if (initBuffer == nullptr) return kuvStatusNullPtr;
     if (path == DftPath::chirpTooLong) return kuvStatusBadSize;
-    Root* const roots = alignedUp(reinterpret_cast<Root*>(initBuffer));
+    Complex* const roots = alignedUp(reinterpret_cast<Complex*>(initBuffer));
     if (path == DftPath::chirp) return makeChirp(places, length, reinterpret_cast<char*>(roots));
     fillRoots(length, roots);
     if (path == DftPath::direct) makeDirect(places, length, roots);

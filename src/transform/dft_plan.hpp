@@ -21,7 +21,7 @@ constexpr int radix = 0, remaining = 4, stride = 8, groupCount = 12, radixTable 
 
 // The plan of a power of two; its words up to workBytes stand as in the other, with the order in place of the length.
 namespace fft {
-constexpr int order = 4, bitReverseTable = 40, twiddles = 44, longTwiddles = 48, levelTwiddles = 64, levelTwist = 76, bytes = 88;
+constexpr int order = 4, bitReverseTable = 40, twiddles = 44, longTwiddles = 48, columnTwiddles = 64, splitTwiddles = 76, bytes = 88;
 }  // namespace fft
 
 constexpr Kuv32s splitIdentity = 14, interleavedIdentity = 13, splitFftIdentity = 5, interleavedFftIdentity = 4;
@@ -48,11 +48,12 @@ KUV_INLINE const T* planTable(const void* record, int word) {
 
 constexpr int fftOrderLimit = hasVectors ? 28 : 27;
 constexpr int tableFreeOrder = hasAVX ? 6 : 5;
-// Up to this order there is no split.
+// px: the longest transform that is done at once. Elsewhere: up to this order sizes are those of a single level, whatever the passes
+// are (see splitOrder()).
 constexpr int leafOrder = !hasVectors ? 10 : hasAVX ? 18 : hasSSSE3 ? 17 : 15;
 constexpr int tablesInInitOrder = 10;  // above it kuvsDFTInit_C_32f() builds a table in its buffer
 
-// The order of the columns in which a longer transform is split; 0 if it is not.
+// Of px and w7 the order of the columns in which a longer transform is split, 0 if it is not; from s8 on it only makes the sizes.
 constexpr int columnOrder(int order) {
     if (!hasVectors) return order < 13 ? 0 : order <= 15 ? order - 8 : order <= 18 ? 8 : order <= 22 ? 10 : order <= 24 ? 8 : 10;
     if (!hasSSSE3) return order < 16 ? 0 : order <= 18 ? 4 : order <= 21 ? 6 : 8;
@@ -64,6 +65,7 @@ constexpr int columnOrder(int order) {
 struct BlockSizes {
     Kuv64s spec, init, work;
 };
+constexpr Kuv64s slack = 64;  // for aligning a block
 
 constexpr Kuv64s tripleBytes(Kuv64s points) { return roundedUp(8 * points + 8, 64); }
 constexpr Kuv64s quarterBytes(Kuv64s points) { return roundedUp(points + 4, 64); }
@@ -73,7 +75,7 @@ constexpr BlockSizes scalarLevel(int order) {
     const Kuv64s points = Kuv64s{1} << order;
     if (order <= leafOrder) return {tripleBytes(points), 0, 0};
     const int columns = columnOrder(order);
-    if (columns == 0) return {roundedUp(2 * points, 64) + 8256, 0, 0};
+    if (columns == 0) return {roundedUp(2 * points, 64) + tripleBytes(Kuv64s{1} << leafOrder), 0, 0};
     const Kuv64s side = Kuv64s{1} << columns;
     BlockSizes sizes = scalarLevel(order - columns);
     sizes.spec += tripleBytes(side) + 8 * points;
@@ -101,13 +103,13 @@ constexpr BlockSizes vectorLevel(int order) {
 
 constexpr BlockSizes fftSizes(int order) {
     const Kuv64s points = Kuv64s{1} << order;
-    if (order <= tableFreeOrder) return {152, 0, 0};
+    if (order <= tableFreeOrder) return {fft::bytes + slack, 0, 0};
     BlockSizes sizes = hasVectors ? vectorLevel(order) : scalarLevel(order);
-    sizes.spec += 192;
-    if (order > tablesInInitOrder) sizes.init += quarterBytes(points) + 64;
+    sizes.spec += roundedUp(Kuv64s{fft::bytes}, 64) + slack;
+    if (order > tablesInInitOrder) sizes.init += quarterBytes(points) + slack;
     if (!hasVectors || order <= leafOrder) {
         sizes.spec += quarterBytes(points);
-        if (hasVectors) sizes.work += 64;
+        if (hasVectors) sizes.work += slack;
     } else if (order < (hasSSSE3 ? 19 : 17)) {
         sizes.spec += quarterBytes(points);
     } else {
@@ -119,7 +121,7 @@ constexpr BlockSizes fftSizes(int order) {
 // What the record says that a run needs: a leaf's size has the slack for aligning it in.
 constexpr Kuv64s fftWorkBytes(int order) {
     const Kuv64s work = fftSizes(order).work;
-    return hasVectors && order > tableFreeOrder && order <= leafOrder ? work - 64 : work;
+    return hasVectors && order > tableFreeOrder && order <= leafOrder ? work - slack : work;
 }
 
 // ---- Other lengths
@@ -187,8 +189,9 @@ constexpr DftPath pathOf(Kuv32s length, Factors& factors) {
     return length <= longestChirp ? DftPath::chirp : DftPath::chirpTooLong;
 }
 
-// Radices without a kernel of their own use a table of their roots.
-constexpr bool needsRadixTable(Kuv32s radix) { return radix % 2 != 0 && radix > (hasVectors ? 13 : 5); }
+// Larger odd radices have no kernel of their own and use a table of their roots.
+constexpr Kuv32s highestOddKernel = hasVectors ? 13 : 5;
+constexpr bool needsRadixTable(Kuv32s radix) { return radix % 2 != 0 && radix > highestOddKernel; }
 
 // Visits the tables of a mixed-radix plan in their order: radixTable(stage, radix, isNew), where the remainder counts as a stage
 // behind the last; stageTable(stage, radix, remaining, stride, groupCount); and digitTable(entries). Gives the largest radix that
@@ -196,12 +199,12 @@ constexpr bool needsRadixTable(Kuv32s radix) { return radix % 2 != 0 && radix > 
 template <class RadixTable, class StageTable, class DigitTable>
 KUV_INLINE Kuv32s walkStages(Kuv32s length, const Factors& factors, RadixTable radixTable, StageTable stageTable,
                              DigitTable digitTable) {
-    Kuv32s remaining = length, stride = 1, groupCount = 1, made = 1, mark = 0;
+    Kuv32s remaining = length, stride = 1, groupCount = 1, made = 1, largestTabled = 0;
     const auto noteRadix = [&](int stage, Kuv32s radix) {
         if (!needsRadixTable(radix)) return;
         radixTable(stage, radix, radix != made);
         made = radix;
-        if (mark < radix) mark = radix;
+        if (largestTabled < radix) largestTabled = radix;
     };
     for (int k = 0;; ++k) {
         const Kuv32s radix = factors.radices[k];
@@ -214,10 +217,10 @@ KUV_INLINE Kuv32s walkStages(Kuv32s length, const Factors& factors, RadixTable r
         stride *= radix;
     }
     digitTable(groupCount);
-    return mark;
+    return largestTabled;
 }
 
-constexpr Kuv64s mixedWorkBytes(Kuv32s length, Kuv32s mark) { return (Kuv64s{length} + mark) * 8 + 128; }
+constexpr Kuv64s mixedWorkBytes(Kuv32s length, Kuv32s largestTabled) { return (Kuv64s{length} + largestTabled) * 8 + 128; }
 
 // The length of the transform by which a chirp convolves.
 constexpr Kuv32s convolutionLength(Kuv32s length) {

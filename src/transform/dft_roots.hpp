@@ -1,7 +1,7 @@
 // Roots of unity, to the last bits of double precision and the same on every system.
 #pragma once
 
-#include "core/rows.hpp"
+#include "transform/dft_points.hpp"
 
 namespace kuv::KUV_VARIANT {
 namespace {
@@ -28,12 +28,8 @@ constexpr Kuv64f sumOfSeries(Kuv64f x) {
 constexpr Kuv64f sineOf(Kuv64f x) { return x * sumOfSeries<17>(x); }
 constexpr Kuv64f cosineOf(Kuv64f x) { return sumOfSeries<18>(x); }
 
-struct Root {
-    Kuv32f re, im;
-};
-
 // exp(-2 pi i k / n) for k from 0 to n - 1: the angle is folded into the first eighth of a turn while it is a whole number.
-constexpr Root rootOfUnity(Kuv64s k, Kuv64s n) {
+constexpr Complex rootOfUnity(Kuv64s k, Kuv64s n) {
     const bool lower = 2 * k > n;
     if (lower) k = n - k;
     const bool left = 4 * k > n;

@@ -1,6 +1,7 @@
 // Lengths that are not powers of two, sample by sample: mixed radices, primes by the definition, and chirps.
 #pragma once
 
+#include "transform/dft_fixed.hpp"
 #include "transform/dft_scalar_fft.hpp"
 
 namespace kuv::KUV_VARIANT {
@@ -10,10 +11,10 @@ namespace {
 // products with the roots of unity, `roots`, are added up in double precision. `folded` holds four values for each pair.
 template <class Get, class Set>
 KUV_INLINE void transformOdd(ptrdiff_t length, const Kuv32f* roots, Kuv32f* folded, Get get, Set set) {
-    const Root first = get(0);
+    const Complex first = get(0);
     Kuv64f totalRe = first.re, totalIm = first.im;
     for (ptrdiff_t n = 1; n <= length / 2; ++n) {
-        const Root low = get(n), high = get(length - n), sum = low + high, difference = low - high;
+        const Complex low = get(n), high = get(length - n), sum = low + high, difference = low - high;
         Kuv32f* const at = folded + 4 * (n - 1);
         at[0] = sum.re;
         at[1] = sum.im;
@@ -71,7 +72,7 @@ struct MixedRadixRun {
         Kuv32f re[radix], im[radix];
 #pragma GCC unroll 5
         for (int i = 0; i < radix; ++i) {
-            const Root value = get(i);
+            const Complex value = get(i);
             re[i] = value.re;
             im[i] = value.im;
         }
@@ -101,7 +102,7 @@ struct MixedRadixRun {
                 const Pairs to = workAt(out);
                 transformRadix(
                     at.remaining, roots, [&](ptrdiff_t t) { return from[t * at.radix * at.stride]; },
-                    [&](ptrdiff_t t, Root value) { to.set(t, value); });
+                    [&](ptrdiff_t t, Complex value) { to.set(t, value); });
             }
         }
     }
@@ -111,20 +112,20 @@ struct MixedRadixRun {
     KUV_INLINE void pass(const Stage& at, ptrdiff_t out, Set set) const {
         const Pairs points = workAt(out);
         const Kuv32f* twiddles = at.twiddles;
-        const bool keepsFirst = at.radix > 5;
+        const bool keepsFirst = at.radix > highestOddKernel;
         for (ptrdiff_t j = 0; j < at.remaining; ++j) {
-            const Kuv32f* const factors = keepsFirst ? twiddles : twiddles - 2;
+            const Kuv32f* const own = keepsFirst ? twiddles : twiddles - 2;
             transformRadix(
                 at.radix, at.roots,
-                [&](ptrdiff_t i) { return i == 0 ? points[j] : points[i * at.remaining + j] * rootAt(factors + 2 * i); },
-                [&](ptrdiff_t i, Root value) { set(out + i * at.remaining + j, value); });
+                [&](ptrdiff_t i) { return i == 0 ? points[j] : points[i * at.remaining + j] * complexAt(own + 2 * i); },
+                [&](ptrdiff_t i, Complex value) { set(out + i * at.remaining + j, value); });
             twiddles += 2 * (keepsFirst ? at.radix : at.radix - 1);
         }
     }
     void pass(int k, ptrdiff_t out) const {
         const Stage at = stage(k);
-        if (k == 0) pass(at, out, [&](ptrdiff_t i, Root value) { dst.set(i, value); });
-        else pass(at, out, [&](ptrdiff_t i, Root value) { workAt(0).set(i, value); });
+        if (k == 0) pass(at, out, [&](ptrdiff_t i, Complex value) { dst.set(i, value); });
+        else pass(at, out, [&](ptrdiff_t i, Complex value) { workAt(0).set(i, value); });
     }
 
     // Stages from `first` on, of inputs from `in` on. Groups that fit the cache are done pass by pass.
@@ -146,7 +147,7 @@ struct MixedRadixRun {
 
 template <int step>
 void runMixedRadixOf(const void* record, Points<step> src, Points<step> dst, Kuv32f* work) {
-    const MixedRadixRun<step> run = {record, src, dst, work, work + (planWord(record, plan::length) * 2 + 15) / 16 * 16};
+    const MixedRadixRun<step> run = {record, src, dst, work, work + roundedUp(2 * planWord(record, plan::length), 16)};
     run.run(0, 0, 0);
 }
 
@@ -166,28 +167,14 @@ struct ScalarRuns {
         const Planes src = {srcRe, srcIm}, dst = {dstRe, dstIm};
         transformOdd(
             planWord(record, plan::length), planTable<Kuv32f>(record, plan::directTwiddles), work,
-            [&](ptrdiff_t n) { return src[n]; }, [&](ptrdiff_t k, Root value) { dst.set(k, value); });
+            [&](ptrdiff_t n) { return src[n]; }, [&](ptrdiff_t k, Complex value) { dst.set(k, value); });
     }
 
     // The transform within a chirp's, in place, of pairs.
     static void runNested(const void* nested, Pairs points, Kuv32f* work) {
         if (planWord(nested, plan::usesFft))
-            runPowerOfTwo(placeIn<char>(nested, planWord(nested, plan::fftPlan)), points, points, false, work);
+            runPowerOfTwo(planTable<char>(nested, plan::fftPlan), points, points, false, work);
         else runMixedRadixOf(nested, points, points, work);
-    }
-
-    // In the spectrum of a chirp: its conjugate, in both directions of time, transformed and divided by the length. `work` is the
-    // nested run's.
-    static void fillChirpSpectrum(const void* nested, const Kuv32f* chirp, ptrdiff_t length, Kuv32f* spectrum, ptrdiff_t points,
-                                  Kuv32f* work) {
-        for (ptrdiff_t i = 0; i < 2 * points; ++i) spectrum[i] = 0;
-        for (ptrdiff_t k = 0; k < length; ++k) {
-            const Root value = {chirp[2 * k], -chirp[2 * k + 1]};
-            pairsAt(spectrum).set(k, value);
-            if (k > 0) pairsAt(spectrum).set(points - k, value);
-        }
-        runNested(nested, pairsAt(spectrum), work);
-        scaleBy(static_cast<Kuv32f>(1 / static_cast<Kuv64f>(points)), spectrum, 2 * points);
     }
 
     static void runChirp(const void* record, Kuv32f* srcRe, Kuv32f* srcIm, Kuv32f* dstRe, Kuv32f* dstIm, Kuv32f* buffer) {
@@ -195,14 +182,14 @@ struct ScalarRuns {
         const ptrdiff_t length = planWord(record, plan::length), points = planWord(record, plan::chirpLength);
         const Kuv32f* const chirp = planTable<Kuv32f>(record, plan::chirpTable);
         const Kuv32f* const spectrum = planTable<Kuv32f>(record, plan::chirpSpectrum);
-        const void* const nested = placeIn<char>(record, planWord(record, plan::chirpPlan));
+        const void* const nested = planTable<char>(record, plan::chirpPlan);
         const Pairs work = pairsAt(buffer);
-        for (ptrdiff_t k = 0; k < length; ++k) work.set(k, src[k] * rootAt(chirp + 2 * k));
+        for (ptrdiff_t k = 0; k < length; ++k) work.set(k, src[k] * complexAt(chirp + 2 * k));
         for (ptrdiff_t k = length; k < points; ++k) work.set(k, {0, 0});
         runNested(nested, work, buffer + 2 * points);
-        for (ptrdiff_t k = 0; k < points; ++k) work.set(k, work[k] * rootAt(spectrum + 2 * k));
+        for (ptrdiff_t k = 0; k < points; ++k) work.set(k, work[k] * complexAt(spectrum + 2 * k));
         runNested(nested, work.exchanged(), buffer + 2 * points);
-        for (ptrdiff_t k = 0; k < length; ++k) dst.set(k, work[k] * rootAt(chirp + 2 * k));
+        for (ptrdiff_t k = 0; k < length; ++k) dst.set(k, work[k] * complexAt(chirp + 2 * k));
     }
 };
 

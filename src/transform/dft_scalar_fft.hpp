@@ -1,7 +1,8 @@
 // Powers of two, sample by sample: bit reversal, then passes of decimation in time, in place.
 #pragma once
 
-#include "transform/dft_fixed.hpp"
+#include "transform/dft_butterflies.hpp"
+#include "transform/dft_plan.hpp"
 #include "transform/dft_tables.hpp"
 
 namespace kuv::KUV_VARIANT {
@@ -40,7 +41,7 @@ constexpr int tripleFloats = 6;
 void fillTriples(const SineTable& sines, int order, Kuv32f* table) {
     for (Kuv64s k = 0; k <= Kuv64s{1} << (order - 2); ++k) {
         for (int power = 1; power <= 3; ++power) {
-            const Root root = sines.root(power * k, order);
+            const Complex root = sines.root(power * k, order);
             *table++ = root.re;
             *table++ = root.im;
         }
@@ -81,7 +82,7 @@ void reverseBits(const Kuv32s* table, int order, const Kuv32f* src, Kuv32f* dst)
 
 // Four transforms of `span` points become one. The second and third of them are exchanged, as bit reversal leaves them.
 template <int step>
-KUV_INLINE void join(Points<step> points, ptrdiff_t span, Root x0, Root x2, Root x1, Root x3) {
+KUV_INLINE void join(Points<step> points, ptrdiff_t span, Complex x0, Complex x2, Complex x1, Complex x3) {
     transform4(x0.re, x0.im, x1.re, x1.im, x2.re, x2.im, x3.re, x3.im);
     points.set(0, x0);
     points.set(span, x1);
@@ -89,16 +90,15 @@ KUV_INLINE void join(Points<step> points, ptrdiff_t span, Root x0, Root x2, Root
     points.set(3 * span, x3);
 }
 
-KUV_INLINE Root rootAt(const Kuv32f* table) { return {table[0], table[1]}; }
-KUV_INLINE Root quarterTurn(Root root) { return {root.im, -root.re}; }
+KUV_INLINE Complex quarterTurn(Complex root) { return {root.im, -root.re}; }
 
 // Two transforms of `span` points become one. Roots of a quarter of a turn stand `advance` apart.
 template <int step>
 KUV_INLINE void joinTwo(Points<step> points, ptrdiff_t span, const Kuv32f* roots, ptrdiff_t advance) {
     const ptrdiff_t half = span / 2;
     for (ptrdiff_t k = 0; k < span; ++k) {
-        const Root root = k < half ? rootAt(roots + advance * k) : quarterTurn(rootAt(roots + advance * (k - half)));
-        const Root even = points[k], odd = points[span + k] * root;
+        const Complex root = k < half ? complexAt(roots + advance * k) : quarterTurn(complexAt(roots + advance * (k - half)));
+        const Complex even = points[k], odd = points[span + k] * root;
         points.set(k, even + odd);
         points.set(span + k, even - odd);
     }
@@ -121,8 +121,8 @@ void leafTransform(Points<step> points, int order, const Kuv32f* triples) {
             for (ptrdiff_t k = 1; k < span; ++k) {
                 const Points<step> at = first.from(k);
                 const Kuv32f* const roots = triples + advance * k;
-                join(at, span, at[0], at[span] * rootAt(roots + 2), at[2 * span] * rootAt(roots),
-                     at[3 * span] * rootAt(roots + 4));
+                join(at, span, at[0], at[span] * complexAt(roots + 2), at[2 * span] * complexAt(roots),
+                     at[3 * span] * complexAt(roots + 4));
             }
         }
     }
@@ -152,18 +152,18 @@ void joinedTransform(const void* record, Points<step> points, int order, bool sc
 template <int step>
 void transformReversed(const void* record, Points<step> points, int order, int level, bool scales, Kuv32f* work);
 
-// Rows, twist factors, and columns, four of them at a time.
+// Rows, twiddle factors between them, and columns, four of them at a time.
 template <int step>
 void splitTransform(const void* record, Points<step> points, int order, int level, bool scales, Kuv32f* work) {
     const int columns = columnOrder(order), rows = order - columns;
     const ptrdiff_t side = ptrdiff_t{1} << columns, row = ptrdiff_t{1} << rows;
     for (ptrdiff_t i = 0; i < side; ++i) transformReversed(record, points.from(row * i), rows, level + 1, scales, work);
-    const Kuv32f* const triples = planTable<Kuv32f>(record, fft::levelTwiddles + 4 * level);
-    const Kuv32f* twist = planTable<Kuv32f>(record, fft::levelTwist + 4 * level);
+    const Kuv32f* const triples = planTable<Kuv32f>(record, fft::columnTwiddles + 4 * level);
+    const Kuv32f* twiddles = planTable<Kuv32f>(record, fft::splitTwiddles + 4 * level);
     for (ptrdiff_t c = 0; c < row; c += 4) {
         for (ptrdiff_t j = 0; j < side; ++j) {
-            for (ptrdiff_t t = 0; t < 4; ++t, twist += 2)
-                pairsAt(work + 2 * side * t).set(j, points[row * j + c + t] * rootAt(twist));
+            for (ptrdiff_t t = 0; t < 4; ++t, twiddles += 2)
+                pairsAt(work + 2 * side * t).set(j, points[row * j + c + t] * complexAt(twiddles));
         }
         for (ptrdiff_t t = 0; t < 4; ++t) leafTransform(pairsAt(work + 2 * side * t), columns, triples);
         for (ptrdiff_t j = 0; j < side; ++j) {
@@ -186,14 +186,14 @@ void transform32(Planes src, Planes dst, Kuv32f scale) {
     static constexpr Roots<32> roots = rootsOf<32>();
     Kuv32f re[2][16], im[2][16];
     for (int i = 0; i < 32; ++i) {
-        const Root value = src[i];
+        const Complex value = src[i];
         re[i % 2][i / 2] = scales ? value.re * scale : value.re;
         im[i % 2][i / 2] = scales ? value.im * scale : value.im;
     }
     transform<16, 1>(re[0], im[0]);
     transform<16, 1>(re[1], im[1]);
     for (int k = 0; k < 16; ++k) {
-        const Root even = {re[0][k], im[0][k]}, odd = Root{re[1][k], im[1][k]} * roots.of[k];
+        const Complex even = {re[0][k], im[0][k]}, odd = Complex{re[1][k], im[1][k]} * roots.of[k];
         dst.set(k, even + odd);
         dst.set(k + 16, even - odd);
     }

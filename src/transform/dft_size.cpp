@@ -5,17 +5,16 @@
 namespace kuv::KUV_VARIANT {
 namespace {
 
-constexpr Kuv64s slack = 64;  // for aligning a block
 constexpr Kuv64s planBytes = roundedUp(Kuv64s{plan::bytes}, 64);
 
 void addMixedRadix(Kuv32s length, const Factors& factors, BlockSizes& sizes) {
     Kuv64s tables = 0;
-    const Kuv32s mark = walkStages(
+    const Kuv32s largestTabled = walkStages(
         length, factors, [&](int, Kuv32s radix, bool isNew) { tables += isNew ? roundedUp(8 * Kuv64s{radix}, 64) : 0; },
         [&](int, Kuv32s radix, Kuv32s remaining, Kuv32s, Kuv32s) { tables += roundedUp(8 * Kuv64s{radix} * remaining, 64); },
         [&](Kuv32s entries) { tables += roundedUp(4 * Kuv64s{entries}, 64); });
     sizes.spec += roundedUp(tables, 64);
-    sizes.work += roundedUp(mixedWorkBytes(length, mark), 64);
+    sizes.work += roundedUp(mixedWorkBytes(length, largestTabled), 64);
 }
 
 KuvStatus addSizes(Kuv32s length, BlockSizes& sizes);

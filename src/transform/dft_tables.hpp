@@ -22,7 +22,7 @@ struct SineTable {
     int order;
 
     // exp(-2 pi i k / 2^n)
-    KUV_INLINE Root root(Kuv64s k, int n) const {
+    KUV_INLINE Complex root(Kuv64s k, int n) const {
         const ptrdiff_t e = static_cast<ptrdiff_t>(k << (order - n)), whole = ptrdiff_t{1} << order, quarter = whole / 4;
         if (e <= quarter) return {sines[quarter - e], -sines[e]};
         if (e <= 2 * quarter) return {-sines[e - quarter], -sines[2 * quarter - e]};
@@ -44,7 +44,7 @@ void fillQuarterSines(int order, Kuv32f* sines) {
 }
 
 // All roots of a length: an eighth, a quarter or half of them, depending on what divides it, and the others by symmetry.
-void fillRoots(ptrdiff_t length, Root* roots) {
+void fillRoots(ptrdiff_t length, Complex* roots) {
     const bool byFour = length % 4 == 0, byTwo = length % 2 == 0;
     const ptrdiff_t computed = length / (byFour ? 8 : byTwo ? 4 : 2);
     for (ptrdiff_t k = 0; k <= computed; ++k) roots[k] = rootOfUnity(k, length);

@@ -2,40 +2,39 @@
 #pragma once
 
 #include "core/integers.hpp"
+#include "transform/dft_fixed.hpp"
 #include "transform/dft_vector_schedule.hpp"
 
 namespace kuv::KUV_VARIANT {
 namespace {
 
-KUV_INLINE Planes planesAt(Kuv32f* memory, ptrdiff_t count) { return {memory, memory + count}; }
-
 // ---- Powers of two
 
-// Up to 64 values: two passes, whose factors stand in the code.
+// Up to 64 values: two passes, whose twiddle factors stand in the code.
 template <int first, int second>
-struct FixedFactors {
+struct FixedTwiddles {
     Kuv32f of[2 * (first - 1) * second];
 };
 template <int first, int second>
-constexpr FixedFactors<first, second> makeFixedFactors() {
-    FixedFactors<first, second> factors = {};
+constexpr FixedTwiddles<first, second> makeFixedTwiddles() {
+    FixedTwiddles<first, second> twiddles = {};
     Schedule schedule;
     schedule.add(first);
     schedule.add(second);
-    fillFactors(schedule, first * second, 1, factors.of, [](ptrdiff_t k) { return rootOfUnity(k, first * second); });
-    return factors;
+    fillTwiddles(schedule, first * second, 1, twiddles.of, [](ptrdiff_t k) { return rootOfUnity(k, first * second); });
+    return twiddles;
 }
 template <int first, int second>
 __attribute__((noinline)) void transformShort(Kuv32f* srcRe, Kuv32f* srcIm, Kuv32f* dstRe, Kuv32f* dstIm) {
     const Planes src = {srcRe, srcIm}, dst = {dstRe, dstIm};
-    static constexpr FixedFactors<first, second> factors = makeFixedFactors<first, second>();
+    static constexpr FixedTwiddles<first, second> twiddles = makeFixedTwiddles<first, second>();
     Kuv32f between[2 * first * second];
     const Planes work = planesAt(between, first * second);
-    passesOf<first * second, 1, first, second>(src, dst, work, work, factors.of);
+    passesOf<first * second, 1, first, second>(src, dst, work, work, twiddles.of);
 }
 
-// Twist factors are products: of those of columns within a block, and those of blocks.
-constexpr int twistBlockOrder(int columns) { return columns <= 4 ? 7 : 6; }
+// Twiddle factors between rows and columns are products: of those of columns within a block, and those of blocks.
+constexpr int twiddleBlockOrder(int columns) { return columns <= 4 ? 7 : 6; }
 
 struct Split {
     int columns, rows, block;
@@ -44,7 +43,7 @@ struct Split {
     explicit KUV_INLINE Split(int order)
         : columns(splitOrder(order)),
           rows(order - columns),
-          block(twistBlockOrder(columns)),
+          block(twiddleBlockOrder(columns)),
           side(ptrdiff_t{1} << columns),
           row(ptrdiff_t{1} << rows),
           blockSize(ptrdiff_t{1} << block) {}
@@ -92,19 +91,19 @@ void transposeInPlace(Kuv32f* plane, const Split& split, int order, Kuv32f* work
     }
 }
 
-// Transforms of columns, `tile` of them at a time, times the twist factors.
+// Transforms of columns, `tile` of them at a time, times the twiddle factors between rows and columns.
 void transformColumns(const void* record, Planes points, const Split& split, int level, Kuv32f* work) {
-    const Kuv32f* const fine = planTable<Kuv32f>(record, fft::levelTwist + 4 * level);
+    const Kuv32f* const fine = planTable<Kuv32f>(record, fft::splitTwiddles + 4 * level);
     const Kuv32f* coarse = fine + 2 * split.side * split.blockSize;
-    const Kuv32f* const factors = planTable<Kuv32f>(record, fft::levelTwiddles + 4 * level);
+    const Kuv32f* const twiddles = planTable<Kuv32f>(record, fft::columnTwiddles + 4 * level);
     const ptrdiff_t count = split.side * tile;
     const Planes first = planesAt(work, count), second = planesAt(work + 2 * count, count);
     const Kuv8u* const radices = radicesOf(split.columns);
     for (ptrdiff_t c = 0; c < split.row; c += tile) {
-        const Kuv32f* const blockFactors = coarse + (c >> split.block) * 2 * split.side;
+        const Kuv32f* const blockTwiddles = coarse + (c >> split.block) * 2 * split.side;
         const Kuv32f* column = fine + (c & (split.blockSize - 1));
         for (ptrdiff_t j = 0; j < split.side; ++j, column += 2 * split.blockSize) {
-            const Wide blockRe = fill<Wide>(blockFactors[2 * j]), blockIm = fill<Wide>(blockFactors[2 * j + 1]);
+            const Wide blockRe = fill<Wide>(blockTwiddles[2 * j]), blockIm = fill<Wide>(blockTwiddles[2 * j + 1]);
             const Planes from = points.from(j * split.row + c), to = first.from(j * tile);
 #pragma GCC unroll 4
             for (int i = 0; i < tile; i += Wide::lanes) {
@@ -116,7 +115,7 @@ void transformColumns(const void* record, Planes points, const Split& split, int
                 store(to.im + i, im);
             }
         }
-        runPasses(radices, split.side, tile, factors, first, second, first, noRoots);
+        runPasses(radices, split.side, tile, twiddles, first, second, first, noRoots);
         for (ptrdiff_t j = 0; j < split.side; ++j) {
             const Planes to = points.from(j * split.row + c);
 #pragma GCC unroll 4
@@ -129,14 +128,14 @@ void transformColumns(const void* record, Planes points, const Split& split, int
 }
 
 KUV_INLINE void transformRow(const void* record, int order, Planes src, Planes dst, Planes work) {
-    const Kuv32f* const factors = planTable<Kuv32f>(record, fft::twiddles);
+    const Kuv32f* const twiddles = planTable<Kuv32f>(record, fft::twiddles);
     switch (order) {
-        case 6: return runShort<8, 8>(factors, src.re, src.im, dst.re, dst.im, work.re, work.im);
-        case 7: return runShort<16, 8>(factors, src.re, src.im, dst.re, dst.im, work.re, work.im);
-        case 8: return runShort<8, 8, 4>(factors, src.re, src.im, dst.re, dst.im, work.re, work.im);
-        case 9: return runShort<8, 8, 8>(factors, src.re, src.im, dst.re, dst.im, work.re, work.im);
-        case 10: return runShort<8, 8, 4, 4>(factors, src.re, src.im, dst.re, dst.im, work.re, work.im);
-        default: return runPasses(radicesOf(order), ptrdiff_t{1} << order, 1, factors, src, dst, work, noRoots);
+        case 6: return runShort<8, 8>(twiddles, src.re, src.im, dst.re, dst.im, work.re, work.im);
+        case 7: return runShort<16, 8>(twiddles, src.re, src.im, dst.re, dst.im, work.re, work.im);
+        case 8: return runShort<8, 8, 4>(twiddles, src.re, src.im, dst.re, dst.im, work.re, work.im);
+        case 9: return runShort<8, 8, 8>(twiddles, src.re, src.im, dst.re, dst.im, work.re, work.im);
+        case 10: return runShort<8, 8, 4, 4>(twiddles, src.re, src.im, dst.re, dst.im, work.re, work.im);
+        default: return runPasses(radicesOf(order), ptrdiff_t{1} << order, 1, twiddles, src, dst, work, noRoots);
     }
 }
 
@@ -165,7 +164,7 @@ void transformFft(const void* record, Kuv32f* srcRe, Kuv32f* srcIm, Kuv32f* dstR
 }
 
 // A prime length p, by the sums and differences of each pair x[n], x[p - n]. Indices are powers of a primitive root g: then
-// factors depend on the sum of two exponents alone and are read side by side. Those below (p - 1) / 2 give one index of each
+// roots of unity depend on the sum of two exponents alone and are read side by side. Those below (p - 1) / 2 give one index of each
 // pair.
 constexpr Kuv32s longestDirect = 47, mostDirectPairs = (longestDirect - 1) / 2;
 constexpr Kuv32s primitiveRoot(Kuv32s prime) {
@@ -182,7 +181,8 @@ constexpr Permutations makePermutations() {
     Permutations permutations = {};
     constexpr Kuv32s primes[] = {17, 19, 23, 29, 31, 37, 41, 43, longestDirect};
     for (const Kuv32s prime : primes) {
-        for (Kuv32s i = 0, index = 1; i < prime / 2; ++i, index = index * primitiveRoot(prime) % prime) {
+        const Kuv32s generator = primitiveRoot(prime);
+        for (Kuv32s i = 0, index = 1; i < prime / 2; ++i, index = index * generator % prime) {
             permutations.of[prime][i] = static_cast<Kuv8u>(index);
         }
     }
@@ -190,10 +190,11 @@ constexpr Permutations makePermutations() {
 }
 
 // Cosines, then sines, of the powers of the primitive root.
-void fillDirectFactors(Kuv32s prime, const Root* roots, Kuv32f* factors) {
-    for (Kuv32s i = 0, index = 1; i < prime - 1; ++i, index = index * primitiveRoot(prime) % prime) {
-        factors[i] = roots[index].re;
-        factors[prime - 1 + i] = roots[index].im;
+void fillDirectTwiddles(Kuv32s prime, const Complex* roots, Kuv32f* twiddles) {
+    const Kuv32s generator = primitiveRoot(prime);
+    for (Kuv32s i = 0, index = 1; i < prime - 1; ++i, index = index * generator % prime) {
+        twiddles[i] = roots[index].re;
+        twiddles[prime - 1 + i] = roots[index].im;
     }
 }
 
@@ -247,7 +248,7 @@ struct VectorRuns {
         const ptrdiff_t length = planWord(record, plan::length);
         const auto stageWord = [record](int k, int field) { return planWord(record, plan::stages + stage::bytes * k + field); };
         const auto rootsOf = [&](int radix) -> const Kuv32f* {
-            if (radix <= 13) return nullptr;
+            if (!needsRadixTable(radix)) return nullptr;
             const int behind = static_cast<int>(planWord(record, plan::lastStage)) + 1;
             int k = 0;
             while (k < behind && stageWord(k, stage::radix) != radix) ++k;
@@ -267,11 +268,11 @@ struct VectorRuns {
         const Kuv32f* const cosines = planTable<Kuv32f>(record, plan::directTwiddles);
         const Kuv32f* const sines = cosines + length - 1;
         Kuv32f folded[mostDirectPairs][4];
-        const Root first = src[0];
-        Root total = first;
+        const Complex first = src[0];
+        Complex total = first;
         for (ptrdiff_t i = 0; i < pairs; ++i) {
-            const Root low = src[indices[i]], high = src[length - indices[i]];
-            const Root sum = low + high, difference = low - high;
+            const Complex low = src[indices[i]], high = src[length - indices[i]];
+            const Complex sum = low + high, difference = low - high;
             folded[i][0] = sum.re;
             folded[i][1] = sum.im;
             folded[i][2] = difference.re;
@@ -307,30 +308,18 @@ struct VectorRuns {
     // The transform within a chirp's, in place.
     static void runNested(const void* nested, Planes points, Kuv32f* work) {
         if (planWord(nested, plan::usesFft)) {
-            const void* const fftPlan = placeIn<char>(nested, planWord(nested, plan::fftPlan));
+            const void* const fftPlan = planTable<char>(nested, plan::fftPlan);
             runFft(fftPlan, points.re, points.im, points.re, points.im, false, work);
         } else {
             runMixedRadix(nested, points.re, points.im, points.re, points.im, work);
         }
     }
 
-    static void fillChirpSpectrum(const void* nested, const Kuv32f* chirp, ptrdiff_t length, Kuv32f* spectrum, ptrdiff_t points,
-                                  Kuv32f* work) {
-        const Planes filter = planesAt(spectrum, points);
-        clearPlanes(filter, 0, points);
-        for (ptrdiff_t k = 0; k < length; ++k) {
-            filter.set(k, {chirp[k], -chirp[length + k]});
-            if (k > 0) filter.set(points - k, {chirp[k], -chirp[length + k]});
-        }
-        runNested(nested, filter, work);
-        scaleBy(static_cast<Kuv32f>(1 / static_cast<Kuv64f>(points)), spectrum, 2 * points);
-    }
-
     static __attribute__((noinline)) void runChirp(const void* record, Kuv32f* srcRe, Kuv32f* srcIm, Kuv32f* dstRe, Kuv32f* dstIm,
                                                    Kuv32f* buffer) {
         const ptrdiff_t length = planWord(record, plan::length), points = planWord(record, plan::chirpLength);
         const Kuv32f* const chirp = planTable<Kuv32f>(record, plan::chirpTable);
-        const void* const nested = placeIn<char>(record, planWord(record, plan::chirpPlan));
+        const void* const nested = planTable<char>(record, plan::chirpPlan);
         const Planes work = planesAt(buffer, points);
         multiplyPlanes({srcRe, srcIm}, chirp, length, work, length);
         clearPlanes(work, length, points);

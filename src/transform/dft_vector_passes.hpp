@@ -4,7 +4,7 @@
 #pragma once
 
 #include "simd/transpose.hpp"
-#include "transform/dft_fixed.hpp"
+#include "transform/dft_butterflies.hpp"
 
 namespace kuv::KUV_VARIANT {
 namespace {
@@ -18,24 +18,24 @@ KUV_INLINE void loadValues(Planes src, ptrdiff_t distance, T* re, T* im) {
     }
 }
 
-// If `twiddled`, all but the first times a factor.
+// If `twiddled`, all but the first times a twiddle factor.
 template <int radix, bool twiddled, class T>
-KUV_INLINE void storeValues(Planes dst, ptrdiff_t distance, T* re, T* im, [[maybe_unused]] const Kuv32f* factors) {
+KUV_INLINE void storeValues(Planes dst, ptrdiff_t distance, T* re, T* im, [[maybe_unused]] const Kuv32f* twiddles) {
     using All = LanesOf<T>;
 #pragma GCC unroll 16
     for (int j = 0; j < radix; ++j) {
-        if (twiddled && j > 0) multiplyBy(re[j], im[j], All::all(factors[2 * j - 2]), All::all(factors[2 * j - 1]));
+        if (twiddled && j > 0) multiplyBy(re[j], im[j], All::all(twiddles[2 * j - 2]), All::all(twiddles[2 * j - 1]));
         All::to(dst.re + j * distance, re[j]);
         All::to(dst.im + j * distance, im[j]);
     }
 }
 
-// All but the first times a factor in each lane; those are `distance` apart.
+// All but the first times a twiddle factor in each lane; those are `distance` apart.
 template <int radix, class T>
-KUV_INLINE void multiplyValues(T* re, T* im, const Kuv32f* factors, ptrdiff_t distance) {
+KUV_INLINE void multiplyValues(T* re, T* im, const Kuv32f* twiddles, ptrdiff_t distance) {
 #pragma GCC unroll 16
     for (int j = 1; j < radix; ++j) {
-        multiplyBy(re[j], im[j], LanesOf<T>::from(factors + (2 * j - 2) * distance), LanesOf<T>::from(factors + (2 * j - 1) * distance));
+        multiplyBy(re[j], im[j], LanesOf<T>::from(twiddles + (2 * j - 2) * distance), LanesOf<T>::from(twiddles + (2 * j - 1) * distance));
     }
 }
 
@@ -113,7 +113,7 @@ KUV_INLINE void storeLanes(Kuv32f* to, T* values) {
     }
 }
 
-// The first pass, whose stride is 1. `count` is at least the number of lanes. The factors of a vector stand together if all
+// The first pass, whose stride is 1. `count` is at least the number of lanes. The twiddle factors of a vector stand together if all
 // vectors are full, else in planes.
 template <int radix, class T, bool full>
 KUV_INLINE void passAcross(Planes src, Planes dst, ptrdiff_t count, const Kuv32f* twiddles) {
@@ -122,9 +122,9 @@ KUV_INLINE void passAcross(Planes src, Planes dst, ptrdiff_t count, const Kuv32f
         T re[radix], im[radix];
         loadValues<radix>(src.from(p), count, re, im);
         transform<radix, 1>(re, im);
-        const Kuv32f* const factors = twiddles + (full ? 2 * (radix - 1) * p : p);
+        const Kuv32f* const own = twiddles + (full ? 2 * (radix - 1) * p : p);
         const ptrdiff_t plane = full ? lanes : count;
-        multiplyValues<radix>(re, im, factors, plane);
+        multiplyValues<radix>(re, im, own, plane);
         storeLanes<radix>(dst.re + radix * p, re);
         storeLanes<radix>(dst.im + radix * p, im);
         if (p + lanes >= count) break;
@@ -132,20 +132,21 @@ KUV_INLINE void passAcross(Planes src, Planes dst, ptrdiff_t count, const Kuv32f
     }
 }
 
-// Two passes at once, tile by tile, so that what is between them stays in the first-level cache. `count` is that of the second,
-// the factors are those of single passes. Of side-by-side transforms, whose number is a multiple of the tile:
 constexpr ptrdiff_t tile = 16;
+
+// Two passes at once, tile by tile, so that what is between them stays in the first-level cache. `count` is that of the second,
+// the twiddle factors are those of single passes. Transforms lie side by side, and their number is a multiple of the tile.
 template <int radix, int second, class T, bool twiddled>
-void passPairAlong(Planes src, Planes dst, ptrdiff_t count, ptrdiff_t stride, const Kuv32f* factors,
-                   const Kuv32f* secondFactors) {
+void passPairAlong(Planes src, Planes dst, ptrdiff_t count, ptrdiff_t stride, const Kuv32f* twiddles,
+                   const Kuv32f* secondTwiddles) {
     constexpr int lanes = LanesOf<T>::count;
     alignas(64) Kuv32f between[2][radix * second * tile];
     const auto at = [&](ptrdiff_t i) { return Planes{between[0] + i * tile, between[1] + i * tile}; };
-    for (ptrdiff_t p = 0; p < count; ++p, secondFactors += 2 * (second - 1)) {
+    for (ptrdiff_t p = 0; p < count; ++p, secondTwiddles += 2 * (second - 1)) {
         for (ptrdiff_t q = 0; q < stride; q += tile) {
             for (int j = 0; j < second; ++j) {
                 const ptrdiff_t from = p + count * j;
-                const Kuv32f* const own = factors + 2 * (radix - 1) * from;
+                const Kuv32f* const own = twiddles + 2 * (radix - 1) * from;
                 for (ptrdiff_t h = 0; h < tile; h += lanes) {
                     T re[radix], im[radix];
                     loadValues<radix>(src.from(q + h + stride * from), count * second * stride, re, im);
@@ -159,23 +160,23 @@ void passPairAlong(Planes src, Planes dst, ptrdiff_t count, ptrdiff_t stride, co
                     T re[second], im[second];
                     loadValues<second>(at(k * second).from(h), tile, re, im);
                     transform<second, 1>(re, im);
-                    storeValues<second, twiddled>(to.from(h), stride * radix, re, im, secondFactors);
+                    storeValues<second, twiddled>(to.from(h), stride * radix, re, im, secondTwiddles);
                 }
             }
         }
     }
 }
 
-// The first two passes; `count` is a multiple of the tile, the first radix of the lanes.
+// The same of the first two passes; `count` is a multiple of the tile, the first radix of the lanes.
 template <int radix, int second, class T>
-void passPairAcross(Planes src, Planes dst, ptrdiff_t count, const Kuv32f* factors, const Kuv32f* secondFactors) {
+void passPairAcross(Planes src, Planes dst, ptrdiff_t count, const Kuv32f* twiddles, const Kuv32f* secondTwiddles) {
     constexpr int lanes = LanesOf<T>::count;
     alignas(64) Kuv32f between[2][radix * second * tile];
     for (ptrdiff_t p = 0; p < count; p += tile) {
         for (ptrdiff_t j = 0; j < second; ++j) {
             for (ptrdiff_t h = 0; h < tile; h += lanes) {
                 const ptrdiff_t from = p + h + count * j;
-                const Kuv32f* const own = factors + 2 * (radix - 1) * from;
+                const Kuv32f* const own = twiddles + 2 * (radix - 1) * from;
                 T re[radix], im[radix];
                 loadValues<radix>(src.from(from), count * second, re, im);
                 transform<radix, 1>(re, im);
@@ -184,13 +185,13 @@ void passPairAcross(Planes src, Planes dst, ptrdiff_t count, const Kuv32f* facto
                 storeLanes<radix>(between[1] + (j * tile + h) * radix, im);
             }
         }
-        for (ptrdiff_t lane = 0; lane < tile; ++lane, secondFactors += 2 * (second - 1)) {
+        for (ptrdiff_t lane = 0; lane < tile; ++lane, secondTwiddles += 2 * (second - 1)) {
             const Planes to = dst.from(radix * second * (p + lane));
             for (ptrdiff_t h = 0; h < radix; h += lanes) {
                 T re[second], im[second];
                 loadValues<second>({between[0] + lane * radix + h, between[1] + lane * radix + h}, tile * radix, re, im);
                 transform<second, 1>(re, im);
-                storeValues<second, true>(to.from(h), radix, re, im, secondFactors);
+                storeValues<second, true>(to.from(h), radix, re, im, secondTwiddles);
             }
         }
     }

@@ -1,4 +1,4 @@
-// Which passes a transform consists of, and their factors in the order in which they are read.
+// Which passes a transform consists of, and their twiddle factors in the order in which they are read.
 #pragma once
 
 #include "transform/dft_plan.hpp"
@@ -81,7 +81,7 @@ constexpr Schedule scheduleOf(Kuv32s length, const Factors& factors) {
     else schedule.addPowerOfTwo(twos);
     // The rest by size, but where there is no even radix the largest that has a kernel of its own goes first.
     const bool even = length % 2 == 0;
-    for (int radix = 13; !even && radix > 1; radix -= 2) {
+    for (int radix = highestOddKernel; !even && radix > 1; radix -= 2) {
         if (!take(radix)) continue;
         schedule.add(radix);
         break;
@@ -98,10 +98,10 @@ constexpr ptrdiff_t lanesAcross(int radix, ptrdiff_t count) {
     return count >= Wide::lanes ? Wide::lanes : count >= Narrow::lanes ? Narrow::lanes : 0;
 }
 
-// All factors of the passes of `length` values, `stride` transforms side by side; root(k) is exp(-2 pi i k / length). A last pass
+// All twiddle factors of the passes of `length` values, `stride` transforms side by side; root(k) is exp(-2 pi i k / length). A last pass
 // has none.
 template <class GetRoot>
-constexpr void fillFactors(const Schedule& schedule, ptrdiff_t length, ptrdiff_t stride, Kuv32f* table, GetRoot root) {
+constexpr void fillTwiddles(const Schedule& schedule, ptrdiff_t length, ptrdiff_t stride, Kuv32f* table, GetRoot root) {
     ptrdiff_t count = length, step = 1;
     for (int i = 0; i < schedule.count; ++i) {
         const ptrdiff_t radix = schedule.radices[i];
@@ -112,9 +112,9 @@ constexpr void fillFactors(const Schedule& schedule, ptrdiff_t length, ptrdiff_t
         for (ptrdiff_t first = 0; first < count; first += block) {
             for (ptrdiff_t j = 1; j < radix; ++j) {
                 for (ptrdiff_t p = first; p < first + block; ++p) {
-                    const Root factor = root(p * j * step);
-                    table[p - first] = factor.re;
-                    table[p - first + block] = factor.im;
+                    const Complex twiddle = root(p * j * step);
+                    table[p - first] = twiddle.re;
+                    table[p - first + block] = twiddle.im;
                 }
                 table += 2 * block;
             }
@@ -127,19 +127,19 @@ constexpr void fillFactors(const Schedule& schedule, ptrdiff_t length, ptrdiff_t
 constexpr bool suitsWide(ptrdiff_t stride) { return stride % Wide::lanes == 0 || stride >= 3 * Wide::lanes; }
 
 template <int radix>
-KUV_INLINE void passOf(Planes src, Planes dst, ptrdiff_t count, ptrdiff_t stride, const Kuv32f* factors) {
+KUV_INLINE void passOf(Planes src, Planes dst, ptrdiff_t count, ptrdiff_t stride, const Kuv32f* twiddles) {
     if (count == 1) {
-        if (suitsWide(stride)) passAlong<radix, Wide, false>(src, dst, 1, stride, factors);
-        else if (stride >= Narrow::lanes) passAlong<radix, Narrow, false>(src, dst, 1, stride, factors);
-        else passAlong<radix, Kuv32f, false>(src, dst, 1, stride, factors);
+        if (suitsWide(stride)) passAlong<radix, Wide, false>(src, dst, 1, stride, twiddles);
+        else if (stride >= Narrow::lanes) passAlong<radix, Narrow, false>(src, dst, 1, stride, twiddles);
+        else passAlong<radix, Kuv32f, false>(src, dst, 1, stride, twiddles);
     } else if (stride == 1 && count >= Narrow::lanes) {
-        if (count < Wide::lanes) passAcross<radix, Narrow, false>(src, dst, count, factors);
-        else if (count % Wide::lanes == 0) passAcross<radix, Wide, true>(src, dst, count, factors);
-        else passAcross<radix, Wide, false>(src, dst, count, factors);
+        if (count < Wide::lanes) passAcross<radix, Narrow, false>(src, dst, count, twiddles);
+        else if (count % Wide::lanes == 0) passAcross<radix, Wide, true>(src, dst, count, twiddles);
+        else passAcross<radix, Wide, false>(src, dst, count, twiddles);
     } else {
-        if (suitsWide(stride)) passAlong<radix, Wide, true>(src, dst, count, stride, factors);
-        else if (stride >= Narrow::lanes) passAlong<radix, Narrow, true>(src, dst, count, stride, factors);
-        else passAlong<radix, Kuv32f, true>(src, dst, count, stride, factors);
+        if (suitsWide(stride)) passAlong<radix, Wide, true>(src, dst, count, stride, twiddles);
+        else if (stride >= Narrow::lanes) passAlong<radix, Narrow, true>(src, dst, count, stride, twiddles);
+        else passAlong<radix, Kuv32f, true>(src, dst, count, stride, twiddles);
     }
 }
 
@@ -148,34 +148,34 @@ KUV_INLINE void passOf(Planes src, Planes dst, ptrdiff_t count, ptrdiff_t stride
 // registers.
 template <int radix>
 __attribute__((noinline)) void runPassApart(Kuv32f* srcRe, Kuv32f* srcIm, Kuv32f* dstRe, Kuv32f* dstIm, ptrdiff_t count,
-                                            ptrdiff_t stride, const Kuv32f* factors) {
-    passOf<radix>({srcRe, srcIm}, {dstRe, dstIm}, count, stride, factors);
+                                            ptrdiff_t stride, const Kuv32f* twiddles) {
+    passOf<radix>({srcRe, srcIm}, {dstRe, dstIm}, count, stride, twiddles);
 }
 template <int radix>
-KUV_INLINE void runPass(Planes src, Planes dst, ptrdiff_t count, ptrdiff_t stride, const Kuv32f* factors) {
-    runPassApart<radix>(src.re, src.im, dst.re, dst.im, count, stride, factors);
+KUV_INLINE void runPass(Planes src, Planes dst, ptrdiff_t count, ptrdiff_t stride, const Kuv32f* twiddles) {
+    runPassApart<radix>(src.re, src.im, dst.re, dst.im, count, stride, twiddles);
 }
 
-KUV_INLINE void runPass(int radix, Planes src, Planes dst, ptrdiff_t count, ptrdiff_t stride, const Kuv32f* factors,
+KUV_INLINE void runPass(int radix, Planes src, Planes dst, ptrdiff_t count, ptrdiff_t stride, const Kuv32f* twiddles,
                         const Kuv32f* roots) {
     switch (radix) {
-        case 2: return runPass<2>(src, dst, count, stride, factors);
-        case 3: return runPass<3>(src, dst, count, stride, factors);
-        case 4: return runPass<4>(src, dst, count, stride, factors);
-        case 5: return runPass<5>(src, dst, count, stride, factors);
-        case 6: return runPass<6>(src, dst, count, stride, factors);
-        case 7: return runPass<7>(src, dst, count, stride, factors);
-        case 8: return runPass<8>(src, dst, count, stride, factors);
-        case 10: return runPass<10>(src, dst, count, stride, factors);
-        case 11: return runPass<11>(src, dst, count, stride, factors);
-        case 12: return runPass<12>(src, dst, count, stride, factors);
-        case 13: return runPass<13>(src, dst, count, stride, factors);
-        case 14: return runPass<14>(src, dst, count, stride, factors);
+        case 2: return runPass<2>(src, dst, count, stride, twiddles);
+        case 3: return runPass<3>(src, dst, count, stride, twiddles);
+        case 4: return runPass<4>(src, dst, count, stride, twiddles);
+        case 5: return runPass<5>(src, dst, count, stride, twiddles);
+        case 6: return runPass<6>(src, dst, count, stride, twiddles);
+        case 7: return runPass<7>(src, dst, count, stride, twiddles);
+        case 8: return runPass<8>(src, dst, count, stride, twiddles);
+        case 10: return runPass<10>(src, dst, count, stride, twiddles);
+        case 11: return runPass<11>(src, dst, count, stride, twiddles);
+        case 12: return runPass<12>(src, dst, count, stride, twiddles);
+        case 13: return runPass<13>(src, dst, count, stride, twiddles);
+        case 14: return runPass<14>(src, dst, count, stride, twiddles);
         default: break;
     }
-    if (stride >= Wide::lanes) passOdd<Wide>(src.re, src.im, dst.re, dst.im, radix, count, stride, factors, roots);
-    else if (stride >= Narrow::lanes) passOdd<Narrow>(src.re, src.im, dst.re, dst.im, radix, count, stride, factors, roots);
-    else passOdd<Kuv32f>(src.re, src.im, dst.re, dst.im, radix, count, stride, factors, roots);
+    if (stride >= Wide::lanes) passOdd<Wide>(src.re, src.im, dst.re, dst.im, radix, count, stride, twiddles, roots);
+    else if (stride >= Narrow::lanes) passOdd<Narrow>(src.re, src.im, dst.re, dst.im, radix, count, stride, twiddles, roots);
+    else passOdd<Kuv32f>(src.re, src.im, dst.re, dst.im, radix, count, stride, twiddles, roots);
 }
 
 // Passes of long powers of two go in pairs, where both have one of the usual radices.
@@ -186,11 +186,11 @@ KUV_INLINE bool goInPairs(const Kuv8u* radices, ptrdiff_t length) {
 
 template <int radix, int second>
 __attribute__((noinline)) void runPair(Kuv32f* srcRe, Kuv32f* srcIm, Kuv32f* dstRe, Kuv32f* dstIm, ptrdiff_t count,
-                                       ptrdiff_t stride, const Kuv32f* factors, const Kuv32f* secondFactors) {
+                                       ptrdiff_t stride, const Kuv32f* twiddles, const Kuv32f* secondTwiddles) {
     const Planes src = {srcRe, srcIm}, dst = {dstRe, dstIm};
-    if (stride == 1) passPairAcross<radix, second, Wide>(src, dst, count, factors, secondFactors);
-    else if (count > 1) passPairAlong<radix, second, Wide, true>(src, dst, count, stride, factors, secondFactors);
-    else passPairAlong<radix, second, Wide, false>(src, dst, 1, stride, factors, secondFactors);
+    if (stride == 1) passPairAcross<radix, second, Wide>(src, dst, count, twiddles, secondTwiddles);
+    else if (count > 1) passPairAlong<radix, second, Wide, true>(src, dst, count, stride, twiddles, secondTwiddles);
+    else passPairAlong<radix, second, Wide, false>(src, dst, 1, stride, twiddles, secondTwiddles);
 }
 
 KUV_INLINE bool sharePlane(Planes a, Planes b) { return a.re == b.re || a.im == b.im || a.re == b.im || a.im == b.re; }
@@ -201,9 +201,9 @@ KUV_INLINE void copyPlanes(Planes src, Planes dst, ptrdiff_t count) {
 }
 
 // Passes from `src`, which may be `dst`, to `dst`. `work` may be `src` if that is not `dst`. Of powers of two the last pass can
-// be in place: it takes values from where it puts them. rootsOf(radix) gives the roots of an odd radix above 13.
+// be in place: it takes values from where it puts them. rootsOf(radix) gives the table of a radix that needs one.
 template <class RootsOf>
-KUV_INLINE void runPasses(const Kuv8u* radices, ptrdiff_t length, ptrdiff_t stride, const Kuv32f* factors, Planes src, Planes dst,
+KUV_INLINE void runPasses(const Kuv8u* radices, ptrdiff_t length, ptrdiff_t stride, const Kuv32f* twiddles, Planes src, Planes dst,
                           Planes work, RootsOf rootsOf) {
     const bool endsInPlace = isPowerOfTwo(static_cast<Kuv32s>(length));
     const bool shared = sharePlane(src, dst);
@@ -222,19 +222,19 @@ KUV_INLINE void runPasses(const Kuv8u* radices, ptrdiff_t length, ptrdiff_t stri
         toDst = toDst || radices[paired ? 2 : 1] == 0;
         const Planes to = {toDst ? dst.re : work.re, toDst ? dst.im : work.im};
         count = static_cast<Kuv32u>(count) / static_cast<Kuv32u>(radix);
-        const Kuv32f* const next = factors + 2 * (radix - 1) * count;
+        const Kuv32f* const next = twiddles + 2 * (radix - 1) * count;
         if (paired) {
             const int second = radices[1];
             count /= second == 4 ? 4 : 8;
             (radix == 4    ? runPair<4, 4>
              : second == 4 ? runPair<8, 4>
-                           : runPair<8, 8>)(src.re, src.im, to.re, to.im, count, stride, factors, next);
-            factors = next + 2 * (second - 1) * count;
+                           : runPair<8, 8>)(src.re, src.im, to.re, to.im, count, stride, twiddles, next);
+            twiddles = next + 2 * (second - 1) * count;
             stride *= radix * second;
             radices += 2;
         } else {
-            runPass(radix, src, to, count, stride, factors, rootsOf(radix));
-            factors = next;
+            runPass(radix, src, to, count, stride, twiddles, rootsOf(radix));
+            twiddles = next;
             stride *= radix;
             ++radices;
         }
@@ -244,23 +244,23 @@ KUV_INLINE void runPasses(const Kuv8u* radices, ptrdiff_t length, ptrdiff_t stri
 
 // Passes of a power of two that are known when the code is compiled: for what takes but a few of them. The first goes to `to`.
 template <int length, int stride, int radix, int... others>
-KUV_INLINE void passesOf(Planes src, Planes dst, Planes to, Planes next, const Kuv32f* factors) {
+KUV_INLINE void passesOf(Planes src, Planes dst, Planes to, Planes next, const Kuv32f* twiddles) {
     constexpr int count = length / stride / radix;
     if constexpr (sizeof...(others) == 0) {
-        passOf<radix>(src, dst, 1, stride, factors);
+        passOf<radix>(src, dst, 1, stride, twiddles);
     } else {
-        passOf<radix>(src, to, count, stride, factors);
-        passesOf<length, stride * radix, others...>(to, dst, next, to, factors + 2 * (radix - 1) * count);
+        passOf<radix>(src, to, count, stride, twiddles);
+        passesOf<length, stride * radix, others...>(to, dst, next, to, twiddles + 2 * (radix - 1) * count);
     }
 }
 template <int... radices>
-__attribute__((noinline)) void runShort(const Kuv32f* factors, Kuv32f* srcRe, Kuv32f* srcIm, Kuv32f* dstRe, Kuv32f* dstIm,
+__attribute__((noinline)) void runShort(const Kuv32f* twiddles, Kuv32f* srcRe, Kuv32f* srcIm, Kuv32f* dstRe, Kuv32f* dstIm,
                                         Kuv32f* workRe, Kuv32f* workIm) {
     const Planes src = {srcRe, srcIm}, dst = {dstRe, dstIm};
     const bool shared = sharePlane(src, dst);
     const Planes to = {shared ? workRe : dstRe, shared ? workIm : dstIm},
                  next = {shared ? dstRe : workRe, shared ? dstIm : workIm};
-    passesOf<(radices * ...), 1, radices...>(src, dst, to, next, factors);
+    passesOf<(radices * ...), 1, radices...>(src, dst, to, next, twiddles);
 }
 
 constexpr auto noRoots = [](int) -> const Kuv32f* { return nullptr; };
