@@ -100,7 +100,7 @@ public:
 private:
     template <bool small, class Find, class T>
     __attribute__((noinline)) void takeRows(Find find, const T* src, ptrdiff_t step, ptrdiff_t samples, ptrdiff_t rows) {
-        for (int t = 0; t < tables; ++t) {
+        for (int t = 0; t < (small ? tables : channelCount); ++t) {
             if (small) clearCounts(pool_ + t * stride, bins_[t] + 1);
             else clearCounts(hist_[t], bins_[t]);
         }
