@@ -280,7 +280,7 @@ class SquaredDistances {
 public:
     static constexpr ptrdiff_t blockSamples = 8, blocksToFlush = endless;
 
-    explicit SquaredDistances(Kuv64f mean) : mean_(Doubles::filled(mean)) {}
+    explicit SquaredDistances(Kuv64f mean) : mean_(Doubles::all(mean)) {}
     KUV_INLINE void block(const Kuv32f* from) {
 #pragma GCC unroll 8
         for (int k = 0; k < DoubleSums<8>::registers; ++k) {
