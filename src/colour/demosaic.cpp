@@ -23,7 +23,7 @@ KuvStatus demosaic(const T* src, KuviRect roi, KuviSize imageSize, Kuv32s srcSte
     if constexpr (hasVectors) {
         demosaicVector(source, target);
     } else {
-        demosaicScalar(source, target, tmp, tmpStep);
+        ScalarDemosaic<T>(source, target, tmp, tmpStep).run();
     }
     return kuvStatusOk;
 }
