@@ -14,10 +14,8 @@ constexpr bool hasSingleRowRule = facts.code == Code::h9;
 bool isPlan(const KuviBinPlan* spec) { return wordAt(spec, offsetof(HistogramHeader, identity)) == histogramIdentity; }
 bool isUniform(const KuviBinPlan* spec) { return wordAt(spec, offsetof(HistogramHeader, uniform)) != 0; }
 
-// A buffer of that size is filled and summed in more time than so many divisions take. The product wraps.
-constexpr bool isSmall(KuviSize roi) {
-    return static_cast<Kuv32s>(static_cast<Kuv32u>(roi.width) * static_cast<Kuv32u>(roi.height)) < 65536;
-}
+// The counts of all 65536 values take longer to clear and sum than so many divisions. The product wraps.
+constexpr bool isSmall(KuviSize roi) { return static_cast<Kuv32s>(wrappedPixels(roi)) < 65536; }
 
 template <int channelCount, class T>
 void countByDivision(const EvenBins (&even)[channelCount], const IntegerBins (&channels)[channelCount], const T* src, ptrdiff_t step,

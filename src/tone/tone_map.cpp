@@ -68,9 +68,7 @@ void searchImage(const KuviToneMapSpec* spec, Kuv16u* srcDst, ptrdiff_t step, pt
 }
 
 // A small image must not pull whole tables of 128 KiB through the caches. The product wraps.
-constexpr bool isSmall(KuviSize roi) {
-    return static_cast<Kuv32s>(static_cast<Kuv32u>(roi.width) * static_cast<Kuv32u>(roi.height)) <= 4096;
-}
+constexpr bool isSmall(KuviSize roi) { return static_cast<Kuv32s>(wrappedPixels(roi)) <= 4096; }
 
 template <Kuv32s selector, class T>
 KuvStatus apply(T* srcDst, Kuv32s srcDstStep, KuviSize roi, const KuviToneMapSpec* spec) {
