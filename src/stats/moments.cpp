@@ -21,9 +21,6 @@ Kuv64f sumOf(const Kuv32f* src, Kuv32s srcStep, KuviSize roi, Kuv32s hint) {
     return hint == accurate ? rowSums<WideSum<16>>(src, srcStep, roi) : rowSums<NarrowSum>(src, srcStep, roi);
 }
 
-// Not the C library's square root, which sets errno.
-Kuv64f squareRoot(Kuv64f value) { return _mm_cvtsd_f64(_mm_sqrt_sd(_mm_setzero_pd(), _mm_set_sd(value))); }
-
 struct MeanAndDeviation {
     Kuv64f mean, deviation;
 
