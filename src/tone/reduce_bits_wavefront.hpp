@@ -145,7 +145,7 @@ public:
         const ptrdiff_t rowBytes = width_ * pixelSamples, together = dst_.step < rowBytes && -dst_.step < rowBytes ? 1 : rows;
         const ptrdiff_t all = channels * height_;
         for (ptrdiff_t first = 0; first < all; first += together) {
-            runGroup(first, all - first < together ? all - first : together);
+            runGroup(first, smaller(all - first, together));
         }
     }
 
