@@ -18,7 +18,7 @@ Kuv64f rowSums(const Kuv32f* src, Kuv32s srcStep, KuviSize roi) {
 
 Kuv64f sumOf(const Kuv32f* src, Kuv32s srcStep, KuviSize roi, Kuv32s hint) {
     if constexpr (!hasVectors) return rowSums<WideSum<2>>(src, srcStep, roi);
-    return hint == accurate ? rowSums<WideSum<16>>(src, srcStep, roi) : rowSums<NarrowSum>(src, srcStep, roi);
+    else return hint == accurate ? rowSums<WideSum<16>>(src, srcStep, roi) : rowSums<NarrowSum>(src, srcStep, roi);
 }
 
 struct MeanAndDeviation {
