@@ -171,15 +171,22 @@ Reference arithmetic(Compute compute) {
     };
 }
 
+template <class T>
+using BitsOf = std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t>;
+
 // One of the operands, bit for bit.
-template <class Takes>
-Reference ofTwo(Takes takesFirst) {
+template <class T>
+Reference ofTwo(bool (*takesFirst)(T a, T b)) {
     return [takesFirst](In a, In b, In, int bytes, Out result) {
-        for (int i = 0; i < lanesIn<float>(bytes); ++i) {
-            store(result, i, load<std::uint32_t>(takesFirst(load<float>(a, i), load<float>(b, i)) ? a : b, i));
+        for (int i = 0; i < lanesIn<T>(bytes); ++i) {
+            store(result, i, load<BitsOf<T>>(takesFirst(load<T>(a, i), load<T>(b, i)) ? a : b, i));
         }
     };
 }
+template <class T>
+Reference lesser() { return ofTwo<T>([](T a, T b) { return a < b; }); }
+template <class T>
+Reference greater() { return ofTwo<T>([](T a, T b) { return a > b; }); }
 
 template <class Holds>
 Reference comparison(Holds holds) {
@@ -188,12 +195,14 @@ Reference comparison(Holds holds) {
     };
 }
 
+template <class T>
 Reference root() {
     return [](In a, In, In, int bytes, Out result) {
-        for (int i = 0; i < lanesIn<float>(bytes); ++i) {
-            const float x = load<float>(a, i);
-            if (std::isnan(x)) store(result, i, load<std::uint32_t>(a, i) | 0x00400000);
-            else if (x < 0) store(result, i, 0xFFC00000u);
+        constexpr int quietBit = std::numeric_limits<T>::digits - 2;
+        for (int i = 0; i < lanesIn<T>(bytes); ++i) {
+            const T x = load<T>(a, i);
+            if (std::isnan(x)) store(result, i, load<BitsOf<T>>(a, i) | BitsOf<T>{1} << quietBit);
+            else if (x < 0) store(result, i, ~BitsOf<T>{0} << quietBit);
             else store(result, i, std::sqrt(x));
         }
     };
@@ -325,6 +334,7 @@ const std::map<std::string, Reference>& references() {
         {"shiftLeft<0> Kuv16s", left<Kuv16s>(0)}, {"shiftLeft<8> Kuv16s", left<Kuv16s>(8)}, {"shiftLeft<15> Kuv16s", left<Kuv16s>(15)},
         {"shiftLeft<0> Kuv32s", left<Kuv32s>(0)}, {"shiftLeft<8> Kuv32s", left<Kuv32s>(8)},
         {"shiftLeft<16> Kuv32s", left<Kuv32s>(16)}, {"shiftLeft<31> Kuv32s", left<Kuv32s>(31)},
+        {"shiftLeft<32> Kuv64u", ofLongs([](Kuv64u a, Kuv64u) { return a << 32; })},
         {"shiftRight<0> Kuv16s", right<Kuv16s>(0)}, {"shiftRight<1> Kuv16s", right<Kuv16s>(1)}, {"shiftRight<2> Kuv16s", right<Kuv16s>(2)},
         {"shiftRight<8> Kuv16s", right<Kuv16s>(8)}, {"shiftRight<15> Kuv16s", right<Kuv16s>(15)},
         {"shiftRight<0> Kuv32s", right<Kuv32s>(0)}, {"shiftRight<1> Kuv32s", right<Kuv32s>(1)}, {"shiftRight<2> Kuv32s", right<Kuv32s>(2)},
@@ -395,13 +405,15 @@ const std::map<std::string, Reference>& references() {
         {"unfused plusProduct Kuv32f", unfused<float>(1, 1)}, {"unfused plusProduct Kuv64f", unfused<double>(1, 1)},
         {"unfused productMinus Kuv32f", unfused<float>(1, -1)}, {"unfused productMinus Kuv64f", unfused<double>(1, -1)},
         {"unfused minusProduct Kuv32f", unfused<float>(-1, 1)}, {"unfused minusProduct Kuv64f", unfused<double>(-1, 1)},
+        {"single plusProduct Kuv32f", unfused<float>(1, 1)}, {"single plusProduct Kuv64f", unfused<double>(1, 1)},
+        {"single productMinus Kuv32f", unfused<float>(1, -1)}, {"single minusProduct Kuv32f", unfused<float>(-1, 1)},
         {"transposeFours Kuv32f", [](In a, In b, In c, int bytes, Out result) {
             for (int i = 0; i < lanesIn<float>(4 * bytes); ++i) {
                 const int row = i / lanesIn<float>(bytes), lane = i % lanesIn<float>(bytes);
                 store(result, i, load<std::uint32_t>(std::array{a, b, c, a}[static_cast<std::size_t>(lane % 4)], lane / 4 * 4 + row));
             }
         }},
-        {"squareRoot Kuv32f", root()}, {"single squareRoot Kuv32f", root()},
+        {"squareRoot Kuv32f", root<float>()}, {"single squareRoot Kuv32f", root<float>()}, {"single squareRoot Kuv64f", root<double>()},
         {"absolute Kuv32f", magnitude()}, {"single absolute Kuv32f", magnitude()},
         {"laneBits Kuv32f", [](In a, In, In, int bytes, Out result) {
             std::uint32_t bits = 0;
@@ -412,7 +424,8 @@ const std::map<std::string, Reference>& references() {
         {"equal Kuv32f", comparison(std::equal_to<float>())}, {"unequal Kuv32f", comparison(std::not_equal_to<float>())},
         {"unordered Kuv32f", comparison([](float a, float b) { return std::isnan(a) || std::isnan(b); })},
         {"sub Kuv32f", arithmetic(std::minus<float>())}, {"multiply Kuv32f", arithmetic(std::multiplies<float>())},
-        {"minimum Kuv32f", ofTwo(std::less<float>())}, {"maximum Kuv32f", ofTwo(std::greater<float>())},
+        {"minimum Kuv32f", lesser<float>()}, {"maximum Kuv32f", greater<float>()},
+        {"minimum Kuv64f", lesser<double>()}, {"maximum Kuv64f", greater<double>()},
         {"bitAnd Kuv32f", binary<Kuv32u>(std::bit_and<Kuv32u>())}, {"bitOr Kuv32f", binary<Kuv32u>(std::bit_or<Kuv32u>())},
         {"bitAndNot Kuv32f", binary<Kuv32u>([](Kuv32u a, Kuv32u b) { return ~a & b; })},
         {"greater Kuv32f", comparison(std::greater<float>())}, {"atLeast Kuv32f", comparison(std::greater_equal<float>())},

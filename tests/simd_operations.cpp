@@ -57,14 +57,20 @@ KUV_INLINE void put(unsigned char* to, Kuv32u value) { storeSample(reinterpret_c
     REAL(name " Kuv32f", Kuv32f, const V r = operation(a, b, c); put(result, select(equal(r, r), r, fill<V>(0))))      \
     REAL(name " Kuv64f", Kuv64f, const V r = operation(a, b, c); put(result, whereEqual(r, r, r)))
 
-#define SINGLE(operation, ...)                                                                                                    \
-    {"single " #operation " Kuv32f", 4,                                                                                           \
-     [](const unsigned char* first, const unsigned char* second, const unsigned char*, unsigned char* result) {                   \
-         [[maybe_unused]] const Kuv32f a = single(first), b = single(second);                                                     \
-         storeSample(reinterpret_cast<Kuv32f*>(result), operation(__VA_ARGS__));                                                  \
+#define SINGLE_RUN(operation, T, ...)                                                                                             \
+    {"single " #operation " " #T, sizeof(T),                                                                                      \
+     [](const unsigned char* first, const unsigned char* second, const unsigned char* third, unsigned char* result) {             \
+         [[maybe_unused]] const T a = single<T>(first), b = single<T>(second), c = single<T>(third);                              \
+         const T value = __VA_ARGS__;                                                                                             \
+         storeSample(reinterpret_cast<T*>(result), value);                                                                        \
      }},
+#define SINGLE(operation, T, ...) SINGLE_RUN(operation, T, operation(__VA_ARGS__))
+#define SINGLE_OF_PRODUCT(operation, T) SINGLE_RUN(operation, T, numberOr0(operation(a, b, c)))
 
-KUV_INLINE Kuv32f single(const unsigned char* from) { return loadSample(reinterpret_cast<const Kuv32f*>(from)); }
+template <class T>
+KUV_INLINE T single(const unsigned char* from) { return loadSample(reinterpret_cast<const T*>(from)); }
+template <class T>
+KUV_INLINE T numberOr0(T value) { return __builtin_isnan(value) ? T{0} : value; }
 
 using Doubles = Native<Kuv64f>;
 
@@ -126,6 +132,7 @@ constexpr SimdOperation operations[] = {
 
     SHIFT(shiftLeft, 0, Kuv16s) SHIFT(shiftLeft, 8, Kuv16s) SHIFT(shiftLeft, 15, Kuv16s)
     SHIFT(shiftLeft, 0, Kuv32s) SHIFT(shiftLeft, 8, Kuv32s) SHIFT(shiftLeft, 16, Kuv32s) SHIFT(shiftLeft, 31, Kuv32s)
+    SHIFT(shiftLeft, 32, Kuv64u)
     SHIFT(shiftRight, 0, Kuv16s) SHIFT(shiftRight, 1, Kuv16s) SHIFT(shiftRight, 2, Kuv16s) SHIFT(shiftRight, 8, Kuv16s)
     SHIFT(shiftRight, 15, Kuv16s)
     SHIFT(shiftRight, 0, Kuv32s) SHIFT(shiftRight, 1, Kuv32s) SHIFT(shiftRight, 2, Kuv32s) SHIFT(shiftRight, 8, Kuv32s)
@@ -164,7 +171,7 @@ constexpr SimdOperation operations[] = {
     RUN("storeInterleaved3", Kuv32u, storeInterleaved3(reinterpret_cast<Kuv32u*>(result), a, b, c))
 
     REAL_BINARY(add, Kuv32f) REAL_BINARY(multiply, Kuv32f) REAL_BINARY(sub, Kuv32f)
-    REAL_BINARY(minimum, Kuv32f) REAL_BINARY(maximum, Kuv32f)
+    REAL_BINARY(minimum, Kuv32f) REAL_BINARY(maximum, Kuv32f) REAL_BINARY(minimum, Kuv64f) REAL_BINARY(maximum, Kuv64f)
     REAL_BINARY(bitAnd, Kuv32f) REAL_BINARY(bitOr, Kuv32f) REAL_BINARY(bitAndNot, Kuv32f)
     REAL_BINARY(divide, Kuv32f)
     REAL_BINARY(greater, Kuv32f) REAL_BINARY(atLeast, Kuv32f)
@@ -197,7 +204,10 @@ constexpr SimdOperation operations[] = {
                 return truncated(sub(x, whereEqual(fill<Doubles>(0.5), x, toDoubles<Doubles>(truncated(x)))));
             });
         })))
-    SINGLE(add, a, b) SINGLE(sub, a, b) SINGLE(multiply, a, b) SINGLE(squareRoot, a) SINGLE(absolute, a)
+    SINGLE(add, Kuv32f, a, b) SINGLE(sub, Kuv32f, a, b) SINGLE(multiply, Kuv32f, a, b) SINGLE(absolute, Kuv32f, a)
+    SINGLE(squareRoot, Kuv32f, a) SINGLE(squareRoot, Kuv64f, a)
+    SINGLE_OF_PRODUCT(plusProduct, Kuv32f) SINGLE_OF_PRODUCT(plusProduct, Kuv64f)
+    SINGLE_OF_PRODUCT(productMinus, Kuv32f) SINGLE_OF_PRODUCT(minusProduct, Kuv32f)
 };
 
 constexpr int count = sizeof operations / sizeof operations[0];

@@ -13,9 +13,8 @@ KuvStatus demosaic(const T* src, KuviRect roi, KuviSize imageSize, Kuv32s srcSte
     if (imageSize.width < 5 || imageSize.height < 5) return kuvStatusBadSize;
     if (!isCfaLayout(layout)) return kuvStatusBadArg;
 
-    const ptrdiff_t x = roi.x < 1 ? 0 : roi.x, y = roi.y < 1 ? 0 : roi.y;
-    const ptrdiff_t width = x + roi.width > imageSize.width ? imageSize.width - x : roi.width;
-    const ptrdiff_t height = y + roi.height > imageSize.height ? imageSize.height - y : roi.height;
+    const ptrdiff_t x = larger(roi.x, 0), y = larger(roi.y, 0);
+    const ptrdiff_t width = smaller(imageSize.width - x, roi.width), height = smaller(imageSize.height - y, roi.height);
     if (width < 1 || height < 1) return kuvStatusOk;
 
     const DemosaicSource<T> source = {src, srcStep, imageSize.width - 1, imageSize.height - 1, redSiteOf(layout)};
@@ -23,7 +22,7 @@ KuvStatus demosaic(const T* src, KuviRect roi, KuviSize imageSize, Kuv32s srcSte
     if constexpr (hasVectors) {
         demosaicVector(source, target);
     } else {
-        demosaicScalar(source, target, tmp, tmpStep);
+        ScalarDemosaic<T>(source, target, tmp, tmpStep).run();
     }
     return kuvStatusOk;
 }

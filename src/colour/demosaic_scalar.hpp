@@ -10,31 +10,33 @@
 namespace kuv::KUV_VARIANT {
 namespace {
 
-// Phase 0 has red at the region's first sample, 1 below it, 2 diagonally below it, 3 right of it.
-constexpr int phaseOf(RedSite red) { return red.column == 0 ? red.row : 3 - red.row; }
-
-template <class T, int phase>
+template <class T>
 class ScalarDemosaic {
 public:
     ScalarDemosaic(const DemosaicSource<T>& source, const DemosaicTarget<T>& target, T* tmp, ptrdiff_t tmpStep)
-        : source_(source), target_(target), tmp_(tmp), tmpStep_(sizeof(T) == 1 ? tmpStep : tmpStep & ~ptrdiff_t{1}) {}
+        : source_(source),
+          target_(target),
+          red_(redSiteFrom(source.red, target.x - 3, target.y - 3)),
+          tmp_(tmp),
+          tmpStep_(sizeof(T) == 1 ? tmpStep : tmpStep & ~ptrdiff_t{1}) {}
 
     void run() {
         const ptrdiff_t rows = target_.height + 6;
         for (ptrdiff_t q = 0; q < rows; ++q) {
-            q % 2 == redRow ? interpolateGreen<redColumn>(q, red) : interpolateGreen<1 - redColumn>(q, blue);
-            if (q >= 2) q % 2 != redRow ? interpolateColours<redColumn>(q - 1, red) : interpolateColours<1 - redColumn>(q - 1, blue);
+            interpolateGreen(q);
+            if (q >= 2) interpolateColours(q - 1);
             if (q >= 4) compareDirections(q - 2);
             if (q >= 6) decide(q - 3);
         }
     }
 
 private:
-    // Parities of red in terms of q and p: row and column 3 are the region's first.
-    static constexpr int redRow = (phase == 1 || phase == 2) ? 0 : 1;
-    static constexpr int redColumn = phase >= 2 ? 0 : 1;
     static constexpr Kuv32s maximum = static_cast<T>(~T{0});
     enum Colour { red, blue };
+
+    // Which of them has sites in row q, and the parity of their positions.
+    Colour colourOf(ptrdiff_t q) const { return q % 2 == red_.row ? red : blue; }
+    ptrdiff_t colourColumn(ptrdiff_t q) const { return colourOf(q) == red ? red_.column : 1 - red_.column; }
 
     struct Converted {
         Kuv32s y, u, v;
@@ -53,10 +55,9 @@ private:
         return clamped(estimate, smaller(a, b), larger(a, b));
     }
 
-    // colourColumn: the parity of the positions of red or blue in this row.
-    template <int colourColumn>
-    void interpolateGreen(ptrdiff_t q, Colour own) {
-        const ptrdiff_t r = target_.y - 3 + q, end = target_.width + 6;
+    void interpolateGreen(ptrdiff_t q) {
+        const Colour own = colourOf(q);
+        const ptrdiff_t r = target_.y - 3 + q, firstSite = colourColumn(q), end = target_.width + 6;
         const T* const rows[5] = {source_.row(r - 2), source_.row(r - 1), source_.row(r), source_.row(r + 1), source_.row(r + 2)};
         const auto sample = [&](int row, ptrdiff_t p) -> Kuv32s {
             return loadSample(rows[2 + row] + reflect(target_.x - 3 + p, source_.lastColumn));
@@ -65,7 +66,7 @@ private:
         T* const greenV = greenLine(q, alongColumns);
         T* const colourH = colourLine(q, own, alongRows);
         T* const colourV = colourLine(q, own, alongColumns);
-        for (ptrdiff_t p = colourColumn; p < end; p += 2) {
+        for (ptrdiff_t p = firstSite; p < end; p += 2) {
             const Kuv32s site = sample(0, p);
             storeSample(colourH + p, static_cast<T>(site));
             storeSample(colourV + p, static_cast<T>(site));
@@ -74,18 +75,16 @@ private:
             storeSample(greenH + p, static_cast<T>(h));
             storeSample(greenV + p, static_cast<T>(v));
         }
-        for (ptrdiff_t p = 1 - colourColumn; p < end; p += 2) {
+        for (ptrdiff_t p = 1 - firstSite; p < end; p += 2) {
             const T site = static_cast<T>(sample(0, p));
             storeSample(greenH + p, site);
             storeSample(greenV + p, site);
         }
     }
 
-    // own is the colour that has sites in row q, at positions of parity colourColumn.
-    template <int colourColumn>
-    void interpolateColours(ptrdiff_t q, Colour own) {
-        const Colour other = own == red ? blue : red;
-        const ptrdiff_t end = target_.width + 5;
+    void interpolateColours(ptrdiff_t q) {
+        const Colour own = colourOf(q), other = own == red ? blue : red;
+        const ptrdiff_t firstSite = colourColumn(q), end = target_.width + 5;
         for (const Direction d : directions) {
             const T* const green[3] = {greenLine(q - 1, d), greenLine(q, d), greenLine(q + 1, d)};
             const T* const raw[3] = {colourLine(q - 1, other, d), colourLine(q, own, d), colourLine(q + 1, other, d)};
@@ -95,11 +94,11 @@ private:
             const auto put = [](T* to, Kuv32s value) { storeSample(to, static_cast<T>(saturated(value))); };
             T* const ownLine = colourLine(q, own, d);
             T* const otherLine = colourLine(q, other, d);
-            for (ptrdiff_t p = 2 - colourColumn; p < end; p += 2) {
+            for (ptrdiff_t p = 2 - firstSite; p < end; p += 2) {
                 const Kuv32s g = loadSample(green[1] + p);
                 put(otherLine + p, g + ((difference(0, p - 1) + difference(0, p + 1) + difference(2, p - 1) + difference(2, p + 1)) >> 2));
             }
-            for (ptrdiff_t p = 1 + colourColumn; p < end; p += 2) {
+            for (ptrdiff_t p = 1 + firstSite; p < end; p += 2) {
                 const Kuv32s g = loadSample(green[1] + p);
                 put(ownLine + p, g + ((difference(1, p - 1) + difference(1, p + 1)) >> 1));
                 put(otherLine + p, g + ((difference(0, p) + difference(2, p)) >> 1));
@@ -192,19 +191,10 @@ private:
 
     const DemosaicSource<T> source_;
     const DemosaicTarget<T> target_;
+    const RedSite red_;  // in terms of q and p
     T* const tmp_;
     const ptrdiff_t tmpStep_;
 };
-
-template <class T>
-void demosaicScalar(const DemosaicSource<T>& source, const DemosaicTarget<T>& target, T* tmp, ptrdiff_t tmpStep) {
-    switch (phaseOf(redSiteFrom(source.red, target.x, target.y))) {
-        case 0: return ScalarDemosaic<T, 0>(source, target, tmp, tmpStep).run();
-        case 1: return ScalarDemosaic<T, 1>(source, target, tmp, tmpStep).run();
-        case 2: return ScalarDemosaic<T, 2>(source, target, tmp, tmpStep).run();
-        default: return ScalarDemosaic<T, 3>(source, target, tmp, tmpStep).run();
-    }
-}
 
 }  // namespace
 }  // namespace kuv::KUV_VARIANT

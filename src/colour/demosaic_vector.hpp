@@ -73,7 +73,6 @@ class VectorDemosaic {
         alignas(32) T samples_[positions + 2 * padding];
     };
 
-    // One register of Wide values for each register of samples, of one parity each where it is named.
     enum Parity { even, odd };
 
     // Interpolated colours as pairs: green and the other colour at the sites of red or blue, the row's own colour and the other at
@@ -82,6 +81,8 @@ class VectorDemosaic {
         Line atSite, atGreen;
     };
 
+    // A line of Wide values has one register for each register of samples: of the even or of the odd positions, where there are two of
+    // them.
     struct ConvertedLines {
         Line y, u[2], v[2];
     };

@@ -9,11 +9,9 @@
 namespace kuv::KUV_VARIANT {
 namespace {
 
-constexpr Kuv32s borderFlags = kuvBorderHaveTop | kuvBorderHaveBottom | kuvBorderHaveLeft | kuvBorderHaveRight;
-
 constexpr bool isBorder(Kuv32s type) {
-    const Kuv32s rule = type & ~borderFlags;
-    return type == borderFlags || rule == kuvBorderClamp || rule == kuvBorderReflect || rule == kuvBorderFill;
+    const Kuv32s rule = borderRule(type);
+    return type == borderInMemory || rule == kuvBorderClamp || rule == kuvBorderReflect || rule == kuvBorderFill;
 }
 
 Kernel keptKernel(const KuviBorderKernel* spec) {
@@ -40,7 +38,7 @@ void filterWithBorder(const Images& region, Kuv32s borderType, Kuv32f constant, 
 
     Kuv32f* const area = alignedUp(reinterpret_cast<Kuv32f*>(buffer), 32);
     const Continued continued = {region.src, region.srcStep, {hasLeft ? -left : 0, width + (hasRight ? right : 0)},
-                                 {hasTop ? -top : 0, height + (hasBottom ? bottom : 0)}, borderType & ~borderFlags, constant};
+                                 {hasTop ? -top : 0, height + (hasBottom ? bottom : 0)}, borderRule(borderType), constant};
     const ptrdiff_t areaElements = static_cast<ptrdiff_t>(borderedElements(kw, kh, width, height));
     // NOLINTNEXTLINE(clang-analyzer-core.DivideZero): a kernel has a column
     const auto rowsAtOnce = [&](ptrdiff_t columns) { return areaElements / (columns + kw - 1) - (kh - 1); };

@@ -9,9 +9,7 @@
 namespace kuv::KUV_VARIANT {
 namespace {
 
-constexpr Kuv32u allInMemory = kuvBorderHaveTop | kuvBorderHaveBottom | kuvBorderHaveLeft | kuvBorderHaveRight;
-
-constexpr bool isResizeBorder(Kuv32u border) { return border == allInMemory || (border <= 255 && border % 16 == kuvBorderClamp); }
+constexpr bool isResizeBorder(Kuv32s type) { return type == borderInMemory || borderRule(type) == kuvBorderClamp; }
 
 TileAxis tileAxis(const Kuv8u* record, const ResizeAxis& axis, ptrdiff_t offset, ptrdiff_t length, bool hasBefore, bool hasAfter) {
     const ptrdiff_t rest = axis.dstLength - offset, used = smaller(length, rest);
@@ -32,7 +30,7 @@ KuvStatus KUV_VARIANT_FUNCTION(kuviResizeLinear_16s_C3R)(const Kuv16s* src, Kuv3
                                                          KuviPoint dstOffset, KuviSize dstSize, Kuv32u border, const Kuv16s*,
                                                          const Kuv8u* spec, Kuv8u* buffer) {
     using namespace kuv::KUV_VARIANT;
-    if (!isResizeBorder(border)) return kuvStatusBadBorder;
+    if (!isResizeBorder(static_cast<Kuv32s>(border))) return kuvStatusBadBorder;
     if (anyNull(src, dst, spec, buffer)) return kuvStatusNullPtr;
     if (dstSize.width == 0 || dstSize.height == 0) return kuvStatusNoOperation;
     spec = alignedUp(spec);

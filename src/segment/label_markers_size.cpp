@@ -13,8 +13,7 @@ KuvStatus kuviLabelMarkersGetBufferSize_16u_C1R_shared(KuviSize roiSize, Kuv32s*
     if (anyNull(bufferSize)) return kuvStatusNullPtr;
     if (emptyRoi(roiSize)) return kuvStatusBadSize;
     // A size beyond 32 bits wraps around.
-    const Kuv32u pixels = static_cast<Kuv32u>(roiSize.width) * static_cast<Kuv32u>(roiSize.height);
-    const Kuv32u bytes = 6 * pixels + 32;
+    const Kuv32u bytes = 6 * wrappedPixels(roiSize) + 32;
     storeSample(bufferSize, static_cast<Kuv32s>(bytes));
     return kuvStatusOk;
 }

@@ -105,6 +105,7 @@ KUV_BITWISE(bitAndNot, andnot)  // ~a & b
 
 KUV_SHIFT(shiftLeft, Kuv16s, slli_epi16)
 KUV_SHIFT(shiftLeft, Kuv32s, slli_epi32)
+KUV_SHIFT(shiftLeft, Kuv64u, slli_epi64)
 KUV_SHIFT(shiftRight, Kuv16s, srai_epi16)
 KUV_SHIFT(shiftRight, Kuv32s, srai_epi32)
 KUV_SHIFT(shiftRight, Kuv16u, srli_epi16)

@@ -29,7 +29,9 @@ KUV_REAL_BINARY(divide, Kuv32f, div_ps)
 
 // The smaller and the larger one; b if either is a NaN.
 KUV_REAL_BINARY(minimum, Kuv32f, min_ps)
+KUV_REAL_BINARY(minimum, Kuv64f, min_pd)
 KUV_REAL_BINARY(maximum, Kuv32f, max_ps)
+KUV_REAL_BINARY(maximum, Kuv64f, max_pd)
 
 KUV_REAL_BINARY(bitAnd, Kuv32f, and_ps)
 KUV_REAL_BINARY(bitOr, Kuv32f, or_ps)
@@ -61,7 +63,15 @@ KUV_OF_PRODUCT(minusProduct, fnmadd, sub(c, multiply(a, b)))
 #undef KUV_FUSED
 #undef KUV_V
 
+// The same of single samples: rounded twice in every variant, h9 too.
+KUV_INLINE Kuv32f plusProduct(Kuv32f a, Kuv32f b, Kuv32f c) { return a * b + c; }
+KUV_INLINE Kuv64f plusProduct(Kuv64f a, Kuv64f b, Kuv64f c) { return a * b + c; }
+KUV_INLINE Kuv32f productMinus(Kuv32f a, Kuv32f b, Kuv32f c) { return a * b - c; }
+KUV_INLINE Kuv32f minusProduct(Kuv32f a, Kuv32f b, Kuv32f c) { return c - a * b; }
+
+// Not the C library's, which sets errno.
 KUV_INLINE Kuv32f squareRoot(Kuv32f x) { return _mm_cvtss_f32(_mm_sqrt_ss(_mm_set_ss(x))); }
+KUV_INLINE Kuv64f squareRoot(Kuv64f x) { return _mm_cvtsd_f64(_mm_sqrt_sd(_mm_setzero_pd(), _mm_set_sd(x))); }
 KUV_INLINE Vector<Kuv32f, 16> squareRoot(Vector<Kuv32f, 16> v) { return {_mm_sqrt_ps(v.raw)}; }
 KUV_AVX(KUV_INLINE Vector<Kuv32f, 32> squareRoot(Vector<Kuv32f, 32> v) { return {_mm256_sqrt_ps(v.raw)}; })
 

@@ -30,13 +30,13 @@ public:
 
     explicit Range(T first) : first_(first) {
 #pragma GCC unroll 4
-        for (int k = 0; k < registers; ++k) smallest_[k] = largest_[k] = Lanes<T>::filled(first);
+        for (int k = 0; k < registers; ++k) smallest_[k] = largest_[k] = Lanes<T>::all(first);
     }
     KUV_INLINE T padding(ptrdiff_t) const { return first_; }
     KUV_INLINE void block(const T* from) {
 #pragma GCC unroll 4
         for (int k = 0; k < registers; ++k) {
-            const V v = Lanes<T>::loaded(from + k * Lanes<T>::count);
+            const V v = Lanes<T>::from(from + k * Lanes<T>::count);
             smallest_[k] = minimum(v, smallest_[k]);
             largest_[k] = maximum(v, largest_[k]);
         }
@@ -65,12 +65,12 @@ public:
     explicit ThreeLargest(const T* first) {
         for (int i = 0; i < lanes; ++i) first_[i] = loadSample(first + i % 3);
 #pragma GCC unroll 3
-        for (int k = 0; k < 3; ++k) largest_[k] = Lanes<T>::loaded(first_ + k * Lanes<T>::count);
+        for (int k = 0; k < 3; ++k) largest_[k] = Lanes<T>::from(first_ + k * Lanes<T>::count);
     }
     KUV_INLINE T padding(ptrdiff_t k) const { return first_[k]; }
     KUV_INLINE void block(const T* from) {
 #pragma GCC unroll 3
-        for (int k = 0; k < 3; ++k) largest_[k] = maximum(Lanes<T>::loaded(from + k * Lanes<T>::count), largest_[k]);
+        for (int k = 0; k < 3; ++k) largest_[k] = maximum(Lanes<T>::from(from + k * Lanes<T>::count), largest_[k]);
     }
     KUV_INLINE void flush() {}
     // Lane i is of channel i % 3.

@@ -14,10 +14,8 @@ constexpr bool hasSingleRowRule = facts.code == Code::h9;
 bool isPlan(const KuviBinPlan* spec) { return wordAt(spec, offsetof(HistogramHeader, identity)) == histogramIdentity; }
 bool isUniform(const KuviBinPlan* spec) { return wordAt(spec, offsetof(HistogramHeader, uniform)) != 0; }
 
-// A buffer of that size is filled and summed in more time than so many divisions take. The product wraps.
-constexpr bool isSmall(KuviSize roi) {
-    return static_cast<Kuv32s>(static_cast<Kuv32u>(roi.width) * static_cast<Kuv32u>(roi.height)) < 65536;
-}
+// The counts of all 65536 values take longer to clear and sum than so many divisions. The product wraps.
+constexpr bool isSmall(KuviSize roi) { return static_cast<Kuv32s>(wrappedPixels(roi)) < 65536; }
 
 template <int channelCount, class T>
 void countByDivision(const EvenBins (&even)[channelCount], const IntegerBins (&channels)[channelCount], const T* src, ptrdiff_t step,
@@ -25,7 +23,7 @@ void countByDivision(const EvenBins (&even)[channelCount], const IntegerBins (&c
     if constexpr (hasVectors) {
         if (Quotients<channelCount>::suit(even)) {
             BinCounts<channelCount> counts(channels);
-            return counts.take(counts.fit(channels), Quotients<channelCount>(even, channels), src, step, samples, rows);
+            return counts.take(Quotients<channelCount>(even, channels), src, step, samples, rows);
         }
     }
     countSamplesByDivision(even, channels, src, step, samples, rows);
@@ -96,16 +94,15 @@ void measureReals(const RealBins& channel, const KuviBinPlan* spec, const Kuv32f
     joinRows(width, rows, step, sizeof(Kuv32f));
     if constexpr (hasVectors) {
         const RealBins all[1] = {channel};
-        const bool small = BinCounts<1>::fit(all);
         BinCounts<1> counts(all);
         if (isEven) {
             const Kuv32f binWidth = loadSample(placeIn<Kuv32f>(spec, offsetof(HistogramHeader, steps)));
             const Estimate estimate(channel, binWidth);
-            if (estimate.suits()) return counts.take(small, estimate, src, step, width, rows);
+            if (estimate.suits()) return counts.take(estimate, src, step, width, rows);
         }
         if (doRise(channel)) {
-            if (channel.bins <= LevelCount::mostBins) counts.take(small, LevelCount(channel), src, step, width, rows);
-            else counts.take(small, SteadySearch(channel), src, step, width, rows);
+            if (channel.bins <= LevelCount::mostBins) counts.take(LevelCount(channel), src, step, width, rows);
+            else counts.take(SteadySearch(channel), src, step, width, rows);
             return;
         }
     }

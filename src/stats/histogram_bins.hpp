@@ -83,7 +83,7 @@ public:
     }
 
     template <class Level>
-    explicit BinCounts(const ChannelBins<Level> (&channels)[channelCount]) {
+    explicit BinCounts(const ChannelBins<Level> (&channels)[channelCount]) : small_(fit(channels)) {
         for (int t = 0; t < tables; ++t) {
             hist_[t] = channels[t % channelCount].hist;
             bins_[t] = channels[t % channelCount].bins;
@@ -92,15 +92,15 @@ public:
 
     // `find(samples, indices)` tells the bins of eight samples.
     template <class Find, class T>
-    void take(bool small, Find find, const T* src, ptrdiff_t step, ptrdiff_t samples, ptrdiff_t rows) {
-        if (small) takeRows<true>(find, src, step, samples, rows);
+    void take(Find find, const T* src, ptrdiff_t step, ptrdiff_t samples, ptrdiff_t rows) {
+        if (small_) takeRows<true>(find, src, step, samples, rows);
         else takeRows<false>(find, src, step, samples, rows);
     }
 
 private:
     template <bool small, class Find, class T>
     __attribute__((noinline)) void takeRows(Find find, const T* src, ptrdiff_t step, ptrdiff_t samples, ptrdiff_t rows) {
-        for (int t = 0; t < tables; ++t) {
+        for (int t = 0; t < (small ? tables : channelCount); ++t) {
             if (small) clearCounts(pool_ + t * stride, bins_[t] + 1);
             else clearCounts(hist_[t], bins_[t]);
         }
@@ -137,6 +137,7 @@ private:
 
     Kuv32u* hist_[tables];
     Kuv32s bins_[tables];
+    bool small_;
     alignas(64) Kuv32u pool_[tables * stride];
 };
 

@@ -25,7 +25,7 @@ Kuv32s truncated(Kuv64f level) {
     return level < INT32_MAX ? static_cast<Kuv32s>(level) : INT32_MAX;
 }
 
-Kuv32s roundedUp(Kuv64f level) {
+Kuv32s ceiling(Kuv64f level) {
     const Kuv32s whole = truncated(level);
     return whole < INT32_MAX && static_cast<Kuv64f>(whole) < level ? whole + 1 : whole;
 }
@@ -86,10 +86,7 @@ KuvStatus kuviHistogramInit_shared(Kuv32s dataType, const Kuv32f* const* levels,
 
     writePlan({dataType, channels, 0, 0, {}, {}, {}}, nLevels, spec, [&](int c, std::ptrdiff_t k) {
         const Kuv32f level = loadSample(loadSample(levels + c) + k);
-        Kuv32s word;
-        if (dataType == kuvDataType32f) __builtin_memcpy(&word, &level, sizeof word);
-        else word = roundedUp(static_cast<Kuv64f>(level));
-        return word;
+        return dataType == kuvDataType32f ? __builtin_bit_cast(Kuv32s, level) : ceiling(static_cast<Kuv64f>(level));
     });
     return kuvStatusOk;
 }
@@ -118,11 +115,7 @@ KuvStatus kuviHistogramUniformInit_shared(Kuv32s dataType, const Kuv32f* lowerLe
     writePlan(header, nLevels, spec, [&](int c, std::ptrdiff_t k) {
         const Kuv64f product = static_cast<Kuv64f>(k) * step[c];
         const Kuv64f level = k == 0 ? lower[c] : k == loadSample(nLevels + c) - 1 ? upper[c] : product + lower[c];
-        const Kuv32f rounded = static_cast<Kuv32f>(level);
-        Kuv32s word;
-        if (isReal) __builtin_memcpy(&word, &rounded, sizeof word);
-        else word = truncated(level);
-        return word;
+        return isReal ? __builtin_bit_cast(Kuv32s, static_cast<Kuv32f>(level)) : truncated(level);
     });
     return isNarrow ? kuvStatusSizeWarning : kuvStatusOk;
 }

@@ -1,9 +1,11 @@
 // Integer samples: counts of every value, added up for each bin; or bins found by division.
 #pragma once
 
+#include "core/integers.hpp"
 #include "simd/bytes.hpp"
 #include "simd/mask.hpp"
 #include "stats/histogram_bins.hpp"
+#include "stats/lanes.hpp"
 
 namespace kuv::KUV_VARIANT {
 namespace {
@@ -23,9 +25,7 @@ KUV_INLINE Kuv32u sumOfCounts(const Kuv32u* counts, ptrdiff_t n) {
 #pragma GCC unroll 4
                 for (int k = 0; k < 4; ++k) sums[k] = add(sums[k], loadCounts(counts + i + k * lanes));
             }
-            Kuv32u all[lanes];
-            storeCounts(all, add(add(sums[0], sums[1]), add(sums[2], sums[3])));
-            for (const Kuv32u each : all) sum += each;
+            sum = static_cast<Kuv32u>(sumOfLanes<Kuv32u>(add(add(sums[0], sums[1]), add(sums[2], sums[3]))));
         }
     }
     for (; i < n; ++i) sum += loadSample(counts + i);
@@ -35,8 +35,7 @@ KUV_INLINE Kuv32u sumOfCounts(const Kuv32u* counts, ptrdiff_t n) {
 // Where a level lies among the counts of all values.
 template <class T>
 KUV_INLINE ptrdiff_t placeOf(Kuv32s level) {
-    const ptrdiff_t place = ptrdiff_t{level} - lowestValue<T>;
-    return place < 0 ? 0 : place > valueCount<T> ? valueCount<T> : place;
+    return clamped(ptrdiff_t{level} - lowestValue<T>, 0, valueCount<T>);
 }
 
 // Whether the bins from k on, as many as a vector has counts, hold one value each.
@@ -179,8 +178,8 @@ public:
             const EvenBins& each = even[i % channelCount];
             const Kuv64s range = Kuv64s{each.last} - each.first;
             first_[i] = each.first;
-            range_[i] = static_cast<Kuv32s>(range < 0 ? 0 : range < exact ? range : exact);
-            step_[i] = static_cast<Kuv32f>(each.step < exact ? each.step : exact);
+            range_[i] = static_cast<Kuv32s>(clamped(range, 0, exact));
+            step_[i] = static_cast<Kuv32f>(smaller(each.step, exact));
             bins_[i] = channels[i % channelCount].bins;
         }
     }

@@ -1,6 +1,7 @@
 // Single-precision samples: how their bins are found among the levels.
 #pragma once
 
+#include "core/integers.hpp"
 #include "stats/histogram_bins.hpp"
 
 namespace kuv::KUV_VARIANT {
@@ -152,7 +153,7 @@ private:
         for (int i = 0; i < V::lanes; ++i) {
             if ((bits >> i & 1) == 0) continue;
             const Kuv32f x = loadSample(samples + i);
-            const Kuv32s bin = indices[i] < 0 ? 0 : indices[i] > lastBin ? lastBin : indices[i];
+            const Kuv32s bin = clamped(indices[i], 0, lastBin);
             indices[i] = bin + (x >= channel_.level(bin + 1)) - (x < channel_.level(bin));
         }
     }

@@ -54,10 +54,10 @@ KUV_INLINE void runningSums(const Kuv8u* src, Columns (&sums)[stripRegisters]) {
 KUV_INLINE void runningSums(const Kuv8u* src, Columns (&sums)[stripRegisters]) {
     const auto zero = fill<Vector<Kuv16u, 16>>(0);
     auto words = as<Kuv16s>(loadWidened<Vector<Kuv16u, 16>>(src));
-    words = add(words, {_mm_slli_epi64(words.raw, 16)});
-    words = add(words, {_mm_slli_epi64(words.raw, 32)});
+    words = add(words, as<Kuv16s>(shiftLeft<16>(as<Kuv64u>(words))));
+    words = add(words, as<Kuv16s>(shiftLeft<32>(as<Kuv64u>(words))));
     sums[0] = as<Kuv32s>(interleaveLow(as<Kuv16u>(words), zero));
-    sums[1] = add(as<Kuv32s>(interleaveHigh(as<Kuv16u>(words), zero)), {_mm_shuffle_epi32(sums[0].raw, 0xFF)});
+    sums[1] = add(as<Kuv32s>(interleaveHigh(as<Kuv16u>(words), zero)), fillFrom<3>(sums[0]));
 }
 #endif
 

@@ -17,19 +17,9 @@ KUV_INLINE Kuv64u sumOfLanes(V v) {
 }
 
 // What is computed side by side: the lanes of the widest vector, or a single sample where there are no vectors.
-template <class T>
-struct Lanes {
-    using Type = std::conditional_t<hasVectors, Native<T>, T>;
-    static constexpr int count = sizeof(Type) / sizeof(T);  // NOLINT(bugprone-sizeof-expression): in px they are the same
-
-    static KUV_INLINE Type filled(T value) {
-        if constexpr (hasVectors) return fill<Type>(value);
-        else return value;
-    }
-    static KUV_INLINE Type loaded(const T* from) {
-        if constexpr (hasVectors) return load<Type>(from);
-        else return loadSample(from);
-    }
+template <class T, class V = std::conditional_t<hasVectors, Native<T>, T>>
+struct Lanes : LanesOf<V> {
+    using Type = V;
 };
 
 using Doubles = Lanes<Kuv64f>;
@@ -52,7 +42,7 @@ struct DoubleSums {
 
     DoubleSums() {
 #pragma GCC unroll 16
-        for (int k = 0; k < registers; ++k) sums[k] = Doubles::filled(0);
+        for (int k = 0; k < registers; ++k) sums[k] = Doubles::all(0);
     }
     KUV_INLINE void add(int k, typename Doubles::Type value) { sums[k] = KUV_VARIANT::add(sums[k], value); }
     Kuv64f total() const {

@@ -8,8 +8,6 @@ namespace {
 constexpr Kuv32s accurate = 2;
 
 constexpr Kuv64s countOf(KuviSize size) { return Kuv64s{size.width} * size.height; }
-// The same in 32 bits.
-constexpr Kuv32u wrappedCountOf(KuviSize size) { return static_cast<Kuv32u>(size.width) * static_cast<Kuv32u>(size.height); }
 
 template <class Accumulator>
 Kuv64f rowSums(const Kuv32f* src, Kuv32s srcStep, KuviSize roi) {
@@ -20,11 +18,8 @@ Kuv64f rowSums(const Kuv32f* src, Kuv32s srcStep, KuviSize roi) {
 
 Kuv64f sumOf(const Kuv32f* src, Kuv32s srcStep, KuviSize roi, Kuv32s hint) {
     if constexpr (!hasVectors) return rowSums<WideSum<2>>(src, srcStep, roi);
-    return hint == accurate ? rowSums<WideSum<16>>(src, srcStep, roi) : rowSums<NarrowSum>(src, srcStep, roi);
+    else return hint == accurate ? rowSums<WideSum<16>>(src, srcStep, roi) : rowSums<NarrowSum>(src, srcStep, roi);
 }
-
-// Not the C library's square root, which sets errno.
-Kuv64f squareRoot(Kuv64f value) { return _mm_cvtsd_f64(_mm_sqrt_sd(_mm_setzero_pd(), _mm_set_sd(value))); }
 
 struct MeanAndDeviation {
     Kuv64f mean, deviation;
@@ -40,7 +35,7 @@ struct MeanAndDeviation {
 };
 
 MeanAndDeviation measured(Moments moments, KuviSize roi) {
-    const Kuv32u count = wrappedCountOf(roi);
+    const Kuv32u count = wrappedPixels(roi);
     if (count == 0) return {0, 0};
     return {static_cast<Kuv64f>(moments.sum) / count, static_cast<Kuv64f>(moments.squares) / count};
 }
@@ -88,7 +83,7 @@ KuvStatus KUV_VARIANT_FUNCTION(kuviMean_32f_C1R)(const Kuv32f* src, Kuv32s srcSt
     using namespace kuv::KUV_VARIANT;
     if (anyNull(mean, src)) return kuvStatusNullPtr;
     if (emptyRoi(roiSize)) return kuvStatusBadSize;
-    storeSample(mean, sumOf(src, srcStep, roiSize, hint) / static_cast<Kuv32s>(wrappedCountOf(roiSize)));
+    storeSample(mean, sumOf(src, srcStep, roiSize, hint) / static_cast<Kuv32s>(wrappedPixels(roiSize)));
     return kuvStatusOk;
 }
 

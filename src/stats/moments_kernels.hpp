@@ -227,7 +227,7 @@ KUV_INLINE Kuv32f addedByHalves(const V (&sums)[16 / V::lanes]) {
     return _mm_cvtss_f32(_mm_add_ss(two.raw, _mm_shuffle_ps(two.raw, two.raw, 1)));
 }
 
-// The same in single precision within a row.
+// Like WideSum<16>, but in single precision within a row.
 class NarrowSum {
     using V = Native<Kuv32f>;
     static constexpr int registers = 16 / V::lanes;
@@ -280,7 +280,7 @@ class SquaredDistances {
 public:
     static constexpr ptrdiff_t blockSamples = 8, blocksToFlush = endless;
 
-    explicit SquaredDistances(Kuv64f mean) : mean_(Doubles::filled(mean)) {}
+    explicit SquaredDistances(Kuv64f mean) : mean_(Doubles::all(mean)) {}
     KUV_INLINE void block(const Kuv32f* from) {
 #pragma GCC unroll 8
         for (int k = 0; k < DoubleSums<8>::registers; ++k) {

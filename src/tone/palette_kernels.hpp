@@ -63,8 +63,7 @@ public:
 
     KUV_INLINE void operator()(const S* src, Kuv32u* dst) const {
         const Index index = bitAnd(loadWidened<Index>(src), mask_);
-        const __m256i entries = _mm256_i32gather_epi32(reinterpret_cast<const int*>(table_), index.raw, 4);
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst), entries);
+        store<Vector<Kuv32u, 32>>(dst, {_mm256_i32gather_epi32(reinterpret_cast<const int*>(table_), index.raw, 4)});
     }
 
 private:
@@ -91,7 +90,7 @@ public:
         const __m256i entries = _mm256_srlv_epi32(words, shiftLeft<3>(sub(wanted, read)).raw);
         const __m256i closing = _mm256_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1,  //
                                                  0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1);
-        const Vector<Kuv8u, 32> pixels = joinTwelves({_mm256_shuffle_epi8(entries, closing)});
+        const Vector<Kuv8u, 32> pixels = joinTwelves(shuffleBytes({entries}, {closing}));
         __m128i* const to = reinterpret_cast<__m128i*>(dst);
         _mm_storeu_si128(to, _mm256_castsi256_si128(pixels.raw));
         _mm_storel_epi64(to + 1, _mm256_extracti128_si256(pixels.raw, 1));

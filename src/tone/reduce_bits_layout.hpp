@@ -4,6 +4,7 @@
 #include "kuvcv.h"
 
 namespace kuv {
+namespace {
 
 constexpr Kuv32u reduceAlignment = 64;
 
@@ -18,10 +19,11 @@ constexpr int noiseBytes = noiseGeneratorAt + generatorBytes;
 // Generators count for more than they take.
 constexpr Kuv32u noiseBytesCounted = indexGeneratorAt + 2 * 64;
 
-// Lines of errors with as many on both sides as a dither looks beyond a row.
-struct LinesOf {
+// How many lines of errors a dither keeps, and by how many zeros each is continued on both sides.
+struct ErrorLines {
     int count, border;
 };
-constexpr LinesOf floydSteinbergLines = {2, 1}, threeRowLines = {3, 2};
+constexpr ErrorLines floydSteinbergLines = {2, 1}, threeRowLines = {3, 2};
 
+}  // namespace
 }  // namespace kuv

@@ -40,7 +40,7 @@ public:
         seed_ = seed;
         low_ = low;
         high_ = high;
-        scale_ = (Kuv64f{high} - low) * 2.3283064365386963e-10;
+        scale_ = (Kuv64f{high} - low) * 0x1p-32;
         offset_ = (Kuv64f{high} + low) * 0.5;
         a_ = 1131199209;
         b_ = seed;

@@ -63,10 +63,10 @@ void orderScalar(Pixels<const Kuv16u> src, Pixels<Kuv8u> dst, KuviSize roi, Leve
     }
 }
 
-// What reaches pixel x from the rows before and from the pixels before it: `lines` are the errors of its own row, of the row before
-// and of the one before that.
+// What reaches pixel x from the rows before and from the pixels before it. `line[0]` has the errors of its own row, `line[1]` those of
+// the row before, `line[2]` of the one before that.
 struct FloydSteinberg {
-    static constexpr LinesOf lines = floydSteinbergLines;
+    static constexpr ErrorLines lines = floydSteinbergLines;
 
     KUV_INLINE Kuv64f operator()(Kuv32f* const* line, ptrdiff_t x) const {
         // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult): a diffusion has its lines, and they are set
@@ -76,7 +76,7 @@ struct FloydSteinberg {
 };
 
 struct ThreeRows {
-    static constexpr LinesOf lines = threeRowLines;
+    static constexpr ErrorLines lines = threeRowLines;
     Kuv64f near, middle, far, part;
 
     KUV_INLINE Kuv64f operator()(Kuv32f* const* line, ptrdiff_t x) const {
@@ -94,7 +94,7 @@ template <int pixelSamples, class Diffusion>
 void diffuseScalar(Diffusion diffusion, Pixels<const Kuv16u> src, Pixels<Kuv8u> dst, KuviSize roi, LevelSteps steps, Noise noise,
                    Kuv32f* errors) {
     constexpr int lineCount = Diffusion::lines.count, border = Diffusion::lines.border;
-    const ptrdiff_t pitch = roi.width + 2 * border;
+    const ptrdiff_t pitch = ptrdiff_t{roi.width} + 2 * border;
     for (ptrdiff_t i = 0; i < lineCount * pitch; ++i) errors[i] = 0;
     Kuv32f* line[lineCount];
     for (int i = 0; i < lineCount; ++i) line[i] = errors + border + i * pitch;

@@ -9,7 +9,7 @@ namespace {
 using namespace kuv;
 
 // A width whose lines 32 bits cannot count wraps around.
-constexpr Kuv32u bytesOf(LinesOf lines, Kuv32s width) {
+constexpr Kuv32u bytesOf(ErrorLines lines, Kuv32s width) {
     return static_cast<Kuv32u>(sizeof(Kuv32f)) * static_cast<Kuv32u>(lines.count) *
            (static_cast<Kuv32u>(width) + 2 * static_cast<Kuv32u>(lines.border));
 }

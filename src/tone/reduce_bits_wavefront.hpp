@@ -28,7 +28,7 @@ struct Tile {
 };
 
 struct FloydSteinbergLanes {
-    static constexpr LinesOf lines = floydSteinbergLines;
+    static constexpr ErrorLines lines = floydSteinbergLines;
     static constexpr int skew = 4, reach = 1;
     static constexpr bool hasFar = false;
 
@@ -45,7 +45,7 @@ struct FloydSteinbergLanes {
 };
 
 struct ThreeRowsLanes {
-    static constexpr LinesOf lines = threeRowLines;
+    static constexpr ErrorLines lines = threeRowLines;
     static constexpr int skew = 5, reach = 2;
     static constexpr bool hasFar = true;
 
@@ -144,9 +144,7 @@ public:
         // Rows that lie on each other have to be written in their order.
         const ptrdiff_t rowBytes = width_ * pixelSamples, together = dst_.step < rowBytes && -dst_.step < rowBytes ? 1 : rows;
         const ptrdiff_t all = channels * height_;
-        for (ptrdiff_t first = 0; first < all; first += together) {
-            runGroup(first, all - first < together ? all - first : together);
-        }
+        for (ptrdiff_t first = 0; first < all; first += together) runGroup(first, smaller(all - first, together));
     }
 
 private:

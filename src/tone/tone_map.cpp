@@ -68,19 +68,17 @@ void searchImage(const KuviToneMapSpec* spec, Kuv16u* srcDst, ptrdiff_t step, pt
 }
 
 // A small image must not pull whole tables of 128 KiB through the caches. The product wraps.
-constexpr bool isSmall(KuviSize roi) {
-    return static_cast<Kuv32s>(static_cast<Kuv32u>(roi.width) * static_cast<Kuv32u>(roi.height)) <= 4096;
-}
+constexpr bool isSmall(KuviSize roi) { return static_cast<Kuv32s>(wrappedPixels(roi)) <= 4096; }
 
 template <Kuv32s selector, class T>
 KuvStatus apply(T* srcDst, Kuv32s srcDstStep, KuviSize roi, const KuviToneMapSpec* spec) {
     constexpr int channels = selector == kuvChannelsAC4 ? 4 : selector;
-    constexpr Kuv32u step = toneMapIdentity<T>(kuvLutStep, selector);
+    constexpr Kuv32u stepIdentity = toneMapIdentity<T>(kuvLutStep, selector);
     if (anyNull(srcDst, spec)) return kuvStatusNullPtr;
     if (srcDstStep < 1) return kuvStatusBadStep;
     if (emptyRoi(roi)) return kuvStatusBadSize;
     const Kuv32u identity = wordAt(spec, offsetof(ToneMapHeader, identity));
-    if (identity != step && identity != toneMapIdentity<T>(kuvLutLinear, selector) &&
+    if (identity != stepIdentity && identity != toneMapIdentity<T>(kuvLutLinear, selector) &&
         identity != toneMapIdentity<T>(kuvLutCubic, selector)) {
         return kuvStatusBadArg;
     }
@@ -88,7 +86,7 @@ KuvStatus apply(T* srcDst, Kuv32s srcDstStep, KuviSize roi, const KuviToneMapSpe
     ptrdiff_t width = roi.width, rows = roi.height;
     joinRows(width, rows, srcDstStep, channels * static_cast<ptrdiff_t>(sizeof(T)));
     if constexpr (sizeof(T) == 2 && channels != 4) {
-        if (identity == step && isSmall(roi)) {
+        if (identity == stepIdentity && isSmall(roi)) {
             searchImage<channels>(spec, srcDst, srcDstStep, width, rows);
             return kuvStatusOk;
         }

@@ -22,18 +22,10 @@ struct TonePoints {
     KUV_INLINE Kuv32s level(ptrdiff_t k) const { return loadSample(levels + k); }
 };
 
-// Samples' are rounded twice in all variants.
-KUV_INLINE Kuv64f plusProduct(Kuv64f a, Kuv64f b, Kuv64f c) { return a * b + c; }
-
 // NaN becomes 0.
 template <int bytes>
 KUV_INLINE Vector<Kuv64f, bytes> limitedToWords(Vector<Kuv64f, bytes> v) {
-    const auto zero = fill<Vector<Kuv64f, bytes>>(0), most = fill<Vector<Kuv64f, bytes>>(65535);
-    if constexpr (bytes == 16) {
-        return {_mm_min_pd(_mm_max_pd(v.raw, zero.raw), most.raw)};
-    } else {
-        KUV_AVX(return {_mm256_min_pd(_mm256_max_pd(v.raw, zero.raw), most.raw)};)
-    }
+    return minimum(maximum(v, fill<Vector<Kuv64f, bytes>>(0)), fill<Vector<Kuv64f, bytes>>(65535));
 }
 
 // A straight line between two control points, of the sample.

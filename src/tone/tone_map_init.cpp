@@ -18,10 +18,7 @@ struct ToneChannels {
 
 KuvStatus checkByKind(const ToneChannels& source, int used) {
     for (int c = 0; c < used; ++c) {
-        if (source[c].values == nullptr) return kuvStatusNullPtr;
-    }
-    for (int c = 0; c < used; ++c) {
-        if (source[c].levels == nullptr) return kuvStatusNullPtr;
+        if (anyNull(source[c].values, source[c].levels)) return kuvStatusNullPtr;
     }
     for (int c = 0; c < used; ++c) {
         if (source[c].count < 2) return kuvStatusBadLutLevels;
@@ -52,7 +49,7 @@ ptrdiff_t keepPoints(KuviToneMapSpec* spec, int c, const TonePoints& points, ptr
 template <class T>
 KuvStatus makeMap(Kuv32s interpolation, Kuv32s channels, KuviSize roi, const ToneChannels& source, KuviToneMapSpec* spec) {
     constexpr ptrdiff_t tableBytes = toneEntries<T> * sizeof(T);
-    const bool keepsPoints = sizeof(T) == 2 && interpolation == kuvLutStep;
+    const bool isWordStep = sizeof(T) == 2 && interpolation == kuvLutStep;
 
     if (!isToneCurve(interpolation)) return kuvStatusBadInterpolation;
     if (emptyRoi(roi)) return kuvStatusBadSize;
@@ -64,7 +61,7 @@ KuvStatus makeMap(Kuv32s interpolation, Kuv32s channels, KuviSize roi, const Ton
     const auto fill = [&](int c) { fillTable(placeIn<T>(spec, tables + tableBytes * c), source[c], curve); };
     const int used = toneChannels(channels);
     if (used == 0) return kuvStatusBadChannels;
-    if (!keepsPoints) {
+    if (!isWordStep) {
         const KuvStatus status = checkByKind(source, used);
         if (status != kuvStatusOk) return status;
     } else {
@@ -81,13 +78,13 @@ KuvStatus makeMap(Kuv32s interpolation, Kuv32s channels, KuviSize roi, const Ton
             if (source[c].count < 4) curve = kuvLutLinear;
         }
     }
-    if (keepsPoints && channels == kuvChannelsC1) keepPoints(spec, 0, source[0], tables + tableBytes);
-    if (keepsPoints && channels == kuvChannelsC3) {
+    if (isWordStep && channels == kuvChannelsC1) keepPoints(spec, 0, source[0], tables + tableBytes);
+    if (isWordStep && channels == kuvChannelsC3) {
         for (int c = 0; c < used; ++c) tables = keepPoints(spec, c, source[c], tables);
         tables = alignedOffset(spec, tables);
         setWord(spec, offsetof(ToneMapHeader, table), tables);
     }
-    if (!keepsPoints || channels != kuvChannelsC4) {
+    if (!isWordStep || channels != kuvChannelsC4) {
         for (int c = 0; c < used; ++c) fill(c);
     }
     setWord(spec, offsetof(ToneMapHeader, identity), toneMapIdentity<T>(interpolation, channels));

@@ -1,4 +1,5 @@
-// The layout of a tone map's block: a header, one to four tables behind it, and of 16-bit step maps the control points.
+// The layout of a tone map's block: a header, one to four tables behind it, and of 16-bit step maps the control points. Programs read the
+// header's words; the counts of cubic maps, which nothing here reads, are kept for them.
 #pragma once
 
 #include <cstddef>

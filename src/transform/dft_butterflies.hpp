@@ -20,11 +20,6 @@ KUV_INLINE Vector<Kuv32f, bytes> operator*(Vector<Kuv32f, bytes> a, Vector<Kuv32
     return multiply(a, b);
 }
 
-// Samples' are rounded twice in all variants.
-KUV_INLINE Kuv32f plusProduct(Kuv32f a, Kuv32f b, Kuv32f c) { return a * b + c; }
-KUV_INLINE Kuv32f productMinus(Kuv32f a, Kuv32f b, Kuv32f c) { return a * b - c; }
-KUV_INLINE Kuv32f minusProduct(Kuv32f a, Kuv32f b, Kuv32f c) { return c - a * b; }
-
 template <class T>
 KUV_INLINE void multiplyBy(T& re, T& im, T factorRe, T factorIm) {
     const T product = productMinus(re, factorRe, im * factorIm);

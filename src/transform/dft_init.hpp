@@ -33,7 +33,7 @@ void setScale(void* record, Kuv32s flag, Kuv32s values) {
     if (flag == kuvDftScaleInverse || flag == kuvDftScaleBoth) setWord(record, plan::scaleInverse, 1);
     if (flag == kuvDftScaleNone) return;
     Kuv32f scale = hasVectors ? 1 / static_cast<Kuv32f>(values) : static_cast<Kuv32f>(1 / static_cast<Kuv64f>(values));
-    if (flag == kuvDftScaleBoth) scale = static_cast<Kuv32f>(1 / _mm_cvtsd_f64(_mm_sqrt_sd(_mm_setzero_pd(), _mm_set_sd(values))));
+    if (flag == kuvDftScaleBoth) scale = static_cast<Kuv32f>(1 / squareRoot(static_cast<Kuv64f>(values)));
     storeSample(placeIn<Kuv32f>(record, plan::scaleValue), scale);
 }
 
