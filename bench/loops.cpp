@@ -217,8 +217,11 @@ KUV_LAYOUT_LOOP(copyC1C3, Kuv8u, 1, 1, 3)
     KuvStatus KUV_LOOP(name)(const Kuv8u* const src[channels], Kuv32s srcStep, Kuv8u* dst, Kuv32s dstStep,           \
                              KuviSize roiSize) {                                                                     \
         for (ptrdiff_t y = 0; y < roiSize.height; ++y) {                                                             \
+            const Kuv8u* from[channels]; /* for all that the compiler knows, dst overlaps the table of pointers */   \
+            for (int c = 0; c < channels; ++c) from[c] = src[c] + y * srcStep;                                       \
+            Kuv8u* to = dst + y * dstStep;                                                                           \
             for (ptrdiff_t x = 0; x < roiSize.width; ++x) {                                                          \
-                for (int c = 0; c < channels; ++c) dst[y * dstStep + channels * x + c] = src[c][y * srcStep + x];    \
+                for (int c = 0; c < channels; ++c) to[channels * x + c] = from[c][x];                                \
             }                                                                                                        \
         }                                                                                                            \
         return kuvStatusOk;                                                                                          \

@@ -155,11 +155,11 @@ def aims(rows):
             found = [r for r in found if r.size in LARGE]
         wanted = f"at least {aim.least}" if aim.most is None else f"at most {aim.most}"
         if not found:
-            lines.append([aim.text, "", wanted, "–", "", "not measured on this processor"])
+            lines.append([aim.text, "", "", wanted, "–", "", "not measured on this processor"])
         for row in found:
             reached = row.median >= aim.least if aim.most is None else row.median <= aim.most
             size = "" if aim.kind == "stub" else row.size
-            lines.append([aim.text, size, wanted, number(row.median), middle_half(row), "yes" if reached else "no"])
+            lines.append([aim.text, row.case, size, wanted, number(row.median), middle_half(row), "yes" if reached else "no"])
             if reached:
                 continue
             if aim.kind == "threads":
@@ -167,9 +167,9 @@ def aims(rows):
                 reason = f"the control on small separate images gained {number(control.median)} in the same rounds"
             else:
                 reason = "" if aim.kind == "stub" else bound(rows, row)
-            place = f" at {size}" if size else ""
+            place = f" at {size}, {row.case}" if size else ""
             missed.append(f"- {aim.text}{place}: {number(row.median)}, aim {wanted}" + (f"; {reason}." if reason else "."))
-    heads = ["Aim", "Size", "Wanted", "Median", "Middle half", "Reached"]
+    heads = ["Aim", "Case", "Size", "Wanted", "Median", "Middle half", "Reached"]
     text = table(heads, lines)
     if missed:
         text += "\n\nNot reached:\n\n" + "\n".join(missed)
@@ -188,16 +188,22 @@ def by_family(rows):
             yield family, found
 
 
+def told(pattern):
+    """What a family's pattern for cases or peers stands for."""
+    return re.sub(r"[\^$()]", "", pattern).replace("|", ", ") or "all"
+
+
 def families(rows):
     """How many comparisons of a family reach what is aimed at, and the one that is furthest from it."""
     lines = []
     for family, found in by_family(rows):
         last = min(found, key=lambda r: r.median)
         reached = [sum(r.median >= aim for r in found) for aim in (family.least, family.wanted)]
-        lines.append([family.text, len(found), f"{family.least:g}", reached[0], f"{family.wanted:g}", reached[1],
+        lines.append([family.text, told(family.cases), told(family.peers), len(found),
+                      f"{family.least:g}", reached[0], f"{family.wanted:g}", reached[1],
                       number(statistics.median(r.median for r in found)), number(last.median),
                       f"`{last.function}`, {last.case}, {last.size}, {last.other}"])
-    return table(["Family", "Comparisons", "Least", "Reached", "Wanted", "Reached", "Median", "Smallest", "Where"], lines)
+    return table(["Family", "Cases", "Peers", "Comparisons", "Least", "Reached", "Wanted", "Reached", "Median", "Smallest", "Where"], lines)
 
 
 def is_signal(row):

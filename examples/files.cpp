@@ -23,6 +23,7 @@ Picture<Kuv16u> readPgm(std::ifstream& file, const std::string& path) {
     const PgmHeader header = readPgmHeader(file, path);
     const auto [width, height, maximum] = header;
     checkSize(path, width, height);
+    checkPgmSamples(file, path, header);
     Picture<Kuv16u> picture(width, height);
     picture.maximum = Kuv16u(maximum);
     const int sampleBytes = header.sampleBytes();

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdint>
+#include <filesystem>
 
 #include "program.hpp"
 
@@ -41,6 +42,15 @@ PgmHeader readPgmHeader(std::istream& file, const std::string& path) {
     if (header.maximum < 1 || header.maximum > 65535)
         throw FileError(path, "its maximum value is " + std::to_string(header.maximum) + ", not 1 to 65535");
     return header;
+}
+
+void checkPgmSamples(std::istream& file, const std::string& path, const PgmHeader& header) {
+    if (!std::filesystem::is_regular_file(path)) return;
+    const std::int64_t needed = std::int64_t(header.width) * header.height * header.sampleBytes();
+    const std::int64_t present = file ? std::int64_t(std::filesystem::file_size(path)) - file.tellg() : 0;
+    if (present < needed)
+        throw FileError(path, "is truncated: " + std::to_string(header.width) + " x " + std::to_string(header.height) + " samples need " +
+                                  std::to_string(needed) + " bytes, it has " + std::to_string(present));
 }
 
 }  // namespace examples

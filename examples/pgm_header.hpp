@@ -17,4 +17,8 @@ struct PgmHeader {
 // Behind the magic number P5. Throws FileError.
 PgmHeader readPgmHeader(std::istream& file, const std::string& path);
 
+// Behind the header: throws FileError if the file holds fewer samples than it claims, so that memory is taken only for those that are
+// there. Of what is no regular file nobody knows.
+void checkPgmSamples(std::istream& file, const std::string& path, const PgmHeader& header);
+
 }  // namespace examples

@@ -1,11 +1,15 @@
 // How the examples begin and end.
 #pragma once
 
+#include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <filesystem>
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <system_error>
+#include <vector>
 
 #include "kuvcv.h"
 
@@ -40,6 +44,26 @@ void parseArguments(int argc, char** argv, std::string* picture, Take take) {
         if (argument.starts_with('-') || picture == nullptr) throw UsageError("there is no option " + argument);
         if (!picture->empty()) throw UsageError("more than one picture");
         *picture = argument;
+    }
+}
+
+// Outputs are neither the input nor one another; an empty name is none. A device takes whatever comes.
+inline void refuseToOverwrite(const std::string& input, const std::vector<std::string>& outputs) {
+    // What does not exist yet is told by its name.
+    const auto placeOf = [](const std::string& name) {
+        std::error_code missing;
+        return std::filesystem::weakly_canonical(std::filesystem::absolute(name, missing), missing);
+    };
+    const auto same = [&](const std::string& one, const std::string& other) {
+        std::error_code missing;
+        return std::filesystem::equivalent(one, other, missing) || placeOf(one) == placeOf(other);
+    };
+    for (auto output = outputs.begin(); output != outputs.end(); ++output) {
+        std::error_code missing;
+        if (output->empty() || std::filesystem::is_character_file(*output, missing)) continue;
+        if (same(input, *output)) throw UsageError(*output + ": is the input itself and would be overwritten");
+        if (std::any_of(outputs.begin(), output, [&](const std::string& other) { return same(other, *output); }))
+            throw UsageError(*output + ": is named for two outputs");
     }
 }
 

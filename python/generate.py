@@ -103,8 +103,10 @@ def module(contract):
 
 
 def main():
+    if sys.argv[1:] not in ([], ["--check"]):
+        sys.exit(__doc__)
     wanted = read(HEADER.read_text())
-    if "--check" not in sys.argv[1:]:
+    if not sys.argv[1:]:
         MODULE.write_text(module(wanted))
         return
     found = {}

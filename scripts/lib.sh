@@ -25,7 +25,8 @@ need_packages() {
     fi
     local package missing=()
     for package in "$@"; do
-        [[ $(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null) == installed ]] || missing+=("$package")
+        # A line for each architecture that it is known of.
+        dpkg-query -W -f '${db:Status-Status}\n' "$package" 2>/dev/null | grep -x installed >/dev/null || missing+=("$package")
     done
     ((${#missing[@]})) || return 0
 

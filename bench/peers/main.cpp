@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "peers/measure.hpp"
+#include "support/images.hpp"
 
 using namespace kuvbench;
 
@@ -109,9 +110,12 @@ void compareVariants(const Case& measured, const Plan& plan) {
     for (std::size_t i = 1; i < times.size(); ++i) print("step", measured, times[i], times[i - 1], ratio);
 
     const auto half = static_cast<std::size_t>(measured.bytes / 2);
-    const Run copy = {repeating([from = std::vector<char>(half, 1), to = std::vector<char>(half)]() mutable {
-        std::memcpy(to.data(), from.data(), from.size());
-        asm volatile("" : : "r"(to.data()) : "memory");  // the copy is used
+    Image<Kuv8u> from({static_cast<Kuv32s>(half), 1}), to({static_cast<Kuv32s>(half), 1});
+    std::memset(from.row(), 1, half);
+    std::memset(to.row(), 0, half);
+    const Run copy = {repeating([src = from.row(), dst = to.row(), half] {
+        std::memcpy(dst, src, half);
+        asm volatile("" : : "r"(dst) : "memory");  // the copy is used
     })};
     const auto pair = measure({runs.back(), {"memcpy", copy}}, Clock::processor, plan);
     print("copy", measured, pair[0], pair[1], ratio);

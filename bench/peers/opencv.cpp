@@ -115,22 +115,31 @@ bool addCopy(const char* function) {
                                         addCopy<Kuv32f, 1>("kuviCopy_32f_C1R"), addCopy<Kuv8u, 3>("kuviCopy_8u_C3R"),
                                         addCopy<Kuv16u, 3>("kuviCopy_16u_C3R"), addCopy<Kuv8u, 4>("kuviCopy_8u_C4R")};
 
-// Channels go where the pairs tell.
-auto mixing(cv::Mat src, cv::Mat dst, std::vector<int> pairs) {
-    return [src, dst, pairs]() mutable { cv::mixChannels(&src, 1, &dst, 1, pairs.data(), pairs.size() / 2); };
+// Channels go where the pairs tell, and what is in others stays: what it has of its own for changing layouts writes them all.
+template <class Form, int srcChannels, int dstChannels>
+bool addMixing(const char* function, std::vector<int> pairs) {
+    return addOpenCV<Form>(function, [pairs](auto& form) {
+        return [src = matrixOf(form.src, form.size, srcChannels), dst = matrixOf(form.dst, form.size, dstChannels), pairs]() mutable {
+            cv::mixChannels(&src, 1, &dst, 1, pairs.data(), pairs.size() / 2);
+        };
+    });
 }
 
 template <class T, int srcChannels, int dstChannels>
 bool addLayout(const char* function) {
-    return addOpenCV<FromTo<T, srcChannels, dstChannels>>(function, [](auto& form) {
-        const auto pairs = srcChannels == 1 ? std::vector<int>{0, 0} : std::vector<int>{0, 0, 1, 1, 2, 2};
-        return mixing(matrixOf(form.src, form.size, srcChannels), matrixOf(form.dst, form.size, dstChannels), pairs);
-    });
+    const auto pairs = srcChannels == 1 ? std::vector<int>{0, 0} : std::vector<int>{0, 0, 1, 1, 2, 2};
+    return addMixing<FromTo<T, srcChannels, dstChannels>, srcChannels, dstChannels>(function, pairs);
 }
 [[maybe_unused]] const bool layouts[] = {addLayout<Kuv8u, 4, 4>("kuviCopy_8u_AC4R"),   addLayout<Kuv16u, 4, 4>("kuviCopy_16u_AC4R"),
                                          addLayout<Kuv8u, 3, 4>("kuviCopy_8u_C3AC4R"), addLayout<Kuv16u, 3, 4>("kuviCopy_16u_C3AC4R"),
-                                         addLayout<Kuv8u, 4, 3>("kuviCopy_8u_AC4C3R"), addLayout<Kuv16u, 4, 3>("kuviCopy_16u_AC4C3R"),
-                                         addLayout<Kuv8u, 1, 3>("kuviCopy_8u_C1C3R")};
+                                        addLayout<Kuv8u, 1, 3>("kuviCopy_8u_C1C3R")};
+
+template <class T>
+bool addReversal(const char* function) {
+    return addMixing<Reversed<T, 4>, 4, 4>(function, {2, 0, 1, 1, 0, 2});
+}
+[[maybe_unused]] const bool reversals[] = {addReversal<Kuv8u>("kuviSwapChannels_8u_AC4R"),
+                                           addReversal<Kuv16u>("kuviSwapChannels_16u_AC4R")};
 
 template <int channels>
 bool addPlanes(const char* function) {
@@ -177,27 +186,6 @@ bool addConversion(const char* function) {
                                              addConversion<Rounded<1>, 3>("kuviConvert_32f8u_C3R"),
                                              addConversion<Scaled<Kuv8u, Kuv32f>, 3>("kuviScale_8u32f_C3R"),
                                              addConversion<Scaled<Kuv32f, Kuv8u>, 3>("kuviScale_32f8u_C3R")};
-
-// It has no such operation in place: a second image takes the result.
-template <class Form, int channels>
-bool addReversal(const char* function) {
-    return addOpenCV<Form>(function, [](auto& form) {
-        const std::vector<int> pairs = {2, 0, 1, 1, 0, 2, 3, 3};
-        if constexpr (requires { form.srcDst; }) {
-            const cv::Mat src = matrixOf(form.srcDst, form.size, channels);
-            return mixing(src, src.clone(), std::vector<int>(pairs.begin(), pairs.begin() + 2 * channels));
-        } else {
-            return mixing(matrixOf(form.src, form.size, channels), matrixOf(form.dst, form.size, channels),
-                          std::vector<int>(pairs.begin(), pairs.begin() + 6));
-        }
-    });
-}
-[[maybe_unused]] const bool reversals[] = {addReversal<Reversed<Kuv8u, 3>, 3>("kuviSwapChannels_8u_C3R"),
-                                           addReversal<Reversed<Kuv16u, 3>, 3>("kuviSwapChannels_16u_C3R"),
-                                           addReversal<Reversed<Kuv8u, 4>, 4>("kuviSwapChannels_8u_AC4R"),
-                                           addReversal<Reversed<Kuv16u, 4>, 4>("kuviSwapChannels_16u_AC4R"),
-                                           addReversal<ReversedInPlace<3>, 3>("kuviSwapChannels_8u_C3IR"),
-                                           addReversal<ReversedInPlace<4>, 4>("kuviSwapChannels_8u_C4IR")};
 
 // About the axes, in place too, and about the main diagonal.
 template <class T, int channels, Kuv32s axis, class Form>
@@ -306,21 +294,36 @@ bool addFilter() {
 [[maybe_unused]] const bool filters[] = {addFilter<3, 3>(),   addFilter<5, 5>(), addFilter<7, 7>(),
                                          addFilter<11, 11>(), addFilter<9, 1>(), addFilter<1, 9>()};
 
-template <int channels, bool aligned>
+template <class Form, int srcChannels, int dstChannels>
 bool addColourSpace(const char* function, int code) {
-    return addOpenCV<FromTo<Kuv8u, channels, 3, aligned>>(function, [code](auto& form) {
-        return [src = matrixOf(form.src, form.size, channels), dst = matrixOf(form.dst, form.size, 3), code]() mutable {
-            cv::cvtColor(src, dst, code);
-        };
+    return addOpenCV<Form>(function, [code](auto& form) {
+        cv::Mat src, dst;
+        if constexpr (requires { form.srcDst; }) {
+            // It has no such operation in place: a second image takes the result.
+            src = matrixOf(form.srcDst, form.size, srcChannels);
+            dst = src.clone();
+        } else {
+            src = matrixOf(form.src, form.size, srcChannels);
+            dst = matrixOf(form.dst, form.size, dstChannels);
+        }
+        return [src, dst, code]() mutable { cv::cvtColor(src, dst, code); };
     });
 }
 
 template <int channels>
 bool addColourSpaces(const char* function, int code) {
-    return addColourSpace<channels, true>(function, code) && addColourSpace<channels, false>(function, code);
+    return addColourSpace<FromTo<Kuv8u, channels, 3>, channels, 3>(function, code) &&
+           addColourSpace<FromTo<Kuv8u, channels, 3, false>, channels, 3>(function, code);
 }
 [[maybe_unused]] const bool colourSpaces[] = {addColourSpaces<2>("kuviCbYCr422ToRGB_8u_C2C3R", cv::COLOR_YUV2RGB_UYVY),
                                               addColourSpaces<1>("kuviGrayToRGB_8u_C1C3R", cv::COLOR_GRAY2RGB)};
+[[maybe_unused]] const bool orders[] = {
+    addColourSpace<FromTo<Kuv8u, 4, 3>, 4, 3>("kuviCopy_8u_AC4C3R", cv::COLOR_BGRA2BGR),
+    addColourSpace<FromTo<Kuv16u, 4, 3>, 4, 3>("kuviCopy_16u_AC4C3R", cv::COLOR_BGRA2BGR),
+    addColourSpace<Reversed<Kuv8u, 3>, 3, 3>("kuviSwapChannels_8u_C3R", cv::COLOR_BGR2RGB),
+    addColourSpace<Reversed<Kuv16u, 3>, 3, 3>("kuviSwapChannels_16u_C3R", cv::COLOR_BGR2RGB),
+    addColourSpace<ReversedInPlace<3>, 3, 3>("kuviSwapChannels_8u_C3IR", cv::COLOR_BGR2RGB),
+    addColourSpace<ReversedInPlace<4>, 4, 4>("kuviSwapChannels_8u_C4IR", cv::COLOR_BGRA2RGBA)};
 
 // Channel by channel: it has no other histograms of single channels.
 template <class T, int channels, int bins, bool even = true, Content content = Content::noise>

@@ -19,7 +19,7 @@ constexpr char help[] =
     "Without PICTURE it draws one.\n"
     "  -o FILE          the picture in colours; blobs.png unless told\n"
     "  --threshold N    samples from N on belong to blobs, 1 to 65535; unless told, the mean and half the deviation\n"
-    "  --dark           samples below the threshold belong to blobs\n"
+    "  --dark           samples below the threshold belong to blobs; unless told, it is the mean less half the deviation\n"
     "  --four           pixels that share a corner only are not connected\n"
     "  --help           this text\n";
 
@@ -72,10 +72,10 @@ Picture<Kuv16u> drawnPicture() {
     return picture;
 }
 
-Kuv32s thresholdOf(const Picture<Kuv16u>& picture) {
+Kuv32s thresholdOf(const Picture<Kuv16u>& picture, bool dark) {
     Kuv64f mean = 0, deviation = 0;
     check(kuviMean_StdDev_16u_C1R(picture.samples.data(), picture.step, picture.size, &mean, &deviation));
-    return std::clamp(Kuv32s(std::lround(mean + deviation / 2)), 1, 65535);
+    return std::clamp(Kuv32s(std::lround(mean + (dark ? -deviation : deviation) / 2)), 1, 65535);
 }
 
 // What belongs to blobs becomes 65535, all else 0: a tone map of two steps.
@@ -114,8 +114,9 @@ std::vector<Kuv8u> palette() {
 }
 
 void run(const Options& options) {
+    refuseToOverwrite(options.picture, {options.output});
     Picture<Kuv16u> picture = options.picture.empty() ? drawnPicture() : readPicture(options.picture);
-    const Kuv32s threshold = options.threshold != 0 ? options.threshold : thresholdOf(picture);
+    const Kuv32s threshold = options.threshold != 0 ? options.threshold : thresholdOf(picture, options.dark);
     mark(picture, threshold, options.dark);
     const int count = label(picture, options.four ? kuvLabelNeighbours4 : kuvLabelNeighbours8);
 

@@ -28,6 +28,11 @@ finds 3 --four -o out.png small.pgm
 finds 1 --threshold 255 -o out.png small.pgm
 finds 1 --dark --threshold 2 -o out.png small.pgm
 finds 0 --threshold 256 -o out.png small.pgm
+# The same upside down: dark on bright.
+printf 'P5\n5 3\n255\n\067\376\376\376\376\376\067\376\376\376\376\376\376\376\000' >dark.pgm
+finds 2 --dark -o out.png dark.pgm
+finds 3 --dark --four -o out.png dark.pgm
+finds 1 -o out.png dark.pgm
 printf 'P5 3 1 65535\n\001\000\000\377\001\001' >deep.pgm
 finds 2 --threshold 256 -o out.png deep.pgm
 finds 1 --threshold 257 -o out.png deep.pgm
@@ -43,6 +48,13 @@ echo plain >plain.txt
 refuses 1 'neither' plain.txt
 printf 'P5 3 2 255\nabc' >short.pgm
 refuses 1 'truncated' short.pgm
+printf 'P5 17320 17320 255\nabc' >claims.pgm
+refuses 1 'truncated: 17320 x 17320 samples need 299982400 bytes, it has 3' claims.pgm
+mkfifo pipe.pgm
+cat small.pgm >pipe.pgm &
+finds 2 -o out.png pipe.pgm
+head -c 30 small.pgm >pipe.pgm &
+refuses 1 'pipe.pgm: is truncated' pipe.pgm
 printf 'P5 3 x 255\nabc' >header.pgm
 refuses 1 'height is not a number' header.pgm
 printf 'P5 3 0 255\n' >none.pgm
@@ -54,5 +66,9 @@ refuses 1 'maximum' maximum.pgm
 printf '\211PNG\r\n' >short.png
 refuses 1 'short.png' short.png
 refuses 1 'no/such' -o no/such/file.png small.pgm
+cp blobs.png kept.png
+refuses 2 'would be overwritten' blobs.png
+refuses 2 'would be overwritten' -o ./blobs.png "$PWD/blobs.png"
+cmp blobs.png kept.png || fail "the picture was overwritten"
 
 [ $failures -eq 0 ]

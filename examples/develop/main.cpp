@@ -246,18 +246,15 @@ void runVideo(const Options& options) {
     writeResult(options, picture);
 }
 
-void refuseToOverwriteInput(const Options& options) {
+std::vector<std::string> outputsOf(const Options& options) {
     std::vector<std::string> outputs = {options.output, options.saveMosaic, options.colourMosaic, options.compare};
     if (options.stats) outputs.push_back(besideOutput(options, "-histogram"));
-    for (const std::string& output : outputs) {
-        std::error_code missing;
-        if (std::filesystem::equivalent(options.input, output, missing))
-            throw UsageError(output + ": is the input itself and would be overwritten");
-    }
+    if (options.input.empty()) outputs.push_back(besideOutput(options, "-scene"));
+    return outputs;
 }
 
 void run(const Options& options) {
-    refuseToOverwriteInput(options);
+    refuseToOverwrite(options.input, outputsOf(options));
     selectVariant(options.variant);
     if (options.video) return runVideo(options);
     runMosaic(options);

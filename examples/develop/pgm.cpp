@@ -1,7 +1,6 @@
 #include "pgm.hpp"
 
 #include <algorithm>
-#include <filesystem>
 #include <fstream>
 
 #include "../pgm_header.hpp"
@@ -18,18 +17,12 @@ Mosaic readPgm(const std::string& path) {
     file.ignore(2);  // the magic number
     const PgmHeader header = readPgmHeader(file, path);
     const auto [width, height, maximum] = header;
-    const std::string size = std::to_string(width) + " x " + std::to_string(height);
     if (width > largestSide || height > largestSide)
-        throw FileError(path, "claims " + size + " samples; " + std::to_string(largestSide) + " a side are the limit");
+        throw FileError(path, "claims " + std::to_string(width) + " x " + std::to_string(height) + " samples; " +
+                                  std::to_string(largestSide) + " a side are the limit");
+    checkPgmSamples(file, path, header);
 
-    // Memory is taken only for what the file really holds.
     const int sampleBytes = header.sampleBytes();
-    const std::int64_t needed = std::int64_t(width) * height * sampleBytes;
-    const std::int64_t present = file ? std::int64_t(std::filesystem::file_size(path)) - file.tellg() : 0;
-    if (present < needed)
-        throw FileError(path, "is truncated: " + size + " samples need " + std::to_string(needed) + " bytes, it has " +
-                                  std::to_string(present));
-
     Mosaic mosaic(width, height);
     mosaic.white = maximum;
     Progress progress("read", height);

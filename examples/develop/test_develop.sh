@@ -452,6 +452,10 @@ cp five.pgm kept.pgm
 refuses 2 'would be overwritten' -o ./five.pgm five.pgm
 refuses 2 'would be overwritten' --save-mosaic five.pgm five.pgm
 same five.pgm kept.pgm "the mosaic was overwritten"
+refuses 2 'named for two outputs' -o new.png --compare ./new.png five.pgm
+refuses 2 'named for two outputs' -o new.png --stats --colour-mosaic new-histogram.png five.pgm
+refuses 2 'named for two outputs' -o new.png --save-mosaic new-scene.png
+[ ! -e new.png ] || fail "something was written"
 
 # Options that make no sense.
 refuses 2 "'q9' is none of px" --variant q9

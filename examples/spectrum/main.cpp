@@ -233,6 +233,7 @@ double millisecondsOf(Function function) {
 }
 
 void run(const Options& options) {
+    refuseToOverwrite(options.picture, {options.output, options.spectrum});
     const Picture<Kuv16u> picture = options.picture.empty() ? drawnPicture() : readPicture(options.picture);
     const auto [width, height] = picture.size;
     for (const auto& wave : options.notches) {

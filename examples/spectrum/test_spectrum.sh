@@ -183,5 +183,13 @@ printf 'P5 3 2 255\nabc' >short.pgm
 refuses 1 'truncated' short.pgm
 refuses 1 'no/such' -o no/such/file.png flat.pgm
 refuses 1 'no/such' --spectrum no/such/file.png flat.pgm
+cp flat.pgm kept.pgm
+refuses 2 'would be overwritten' -o ./flat.pgm flat.pgm
+refuses 2 'would be overwritten' --spectrum flat.pgm flat.pgm
+cmp flat.pgm kept.pgm || fail "the picture was overwritten"
+refuses 2 'named for two outputs' -o new.png --spectrum ./new.png flat.pgm
+refuses 2 'named for two outputs' -o spectrum.png flat.pgm
+[ ! -e new.png ] || fail "something was written"
+runs -o /dev/null --spectrum /dev/null flat.pgm
 
 [ $failures -eq 0 ]

@@ -3,7 +3,7 @@
 # Draws what a camera's sensor would see of a test scene, 14 bits behind a Bayer filter, and develops it step by step. The cells can be
 # run one by one in an editor that knows `# %%`, or all at once:
 #
-#     KUVCV_LIBRARY=build/release/libkuvcv.so PYTHONPATH=python python3 python/examples/develop_mosaic.py picture.png
+#     KUVCV_LIBRARY=build/install/libkuvcv.so PYTHONPATH=python python3 python/examples/develop_mosaic.py picture.png
 
 # %%
 import sys

@@ -6,6 +6,12 @@ import numpy
 _LONGEST = 2**31 - 1
 
 
+def array_of(array, name):
+    if not isinstance(array, numpy.ndarray):
+        raise TypeError(f"{name} is no NumPy array")
+    return array
+
+
 class Image:
     """An array as an image: `array`, `step` in bytes, `size` as (width, height).
 
@@ -14,9 +20,7 @@ class Image:
     lie that many bytes apart: one channel of an image of several."""
 
     def __init__(self, array, dtype, channels=1, name="the image", writes=False, pixel=None):
-        if not isinstance(array, numpy.ndarray):
-            raise TypeError(f"{name} is no NumPy array")
-        if array.dtype != dtype:
+        if array_of(array, name).dtype != dtype:
             raise TypeError(f"{name} holds {array.dtype} instead of {numpy.dtype(dtype)}")
         if array.ndim != (2 if channels == 1 else 3) or channels > 1 and array.shape[2] != channels:
             wanted = "(height, width)" if channels == 1 else f"(height, width, {channels})"
@@ -38,9 +42,7 @@ class Image:
 
 def row(array, dtype, length=None, name="the array", writes=False):
     """Checks an array whose samples follow one another, of any or of this length."""
-    if not isinstance(array, numpy.ndarray):
-        raise TypeError(f"{name} is no NumPy array")
-    if array.dtype != dtype:
+    if array_of(array, name).dtype != dtype:
         raise TypeError(f"{name} holds {array.dtype} instead of {numpy.dtype(dtype)}")
     if not array.flags.c_contiguous:
         raise ValueError(f"{name} is not contiguous; a copy is up to you")

@@ -161,6 +161,14 @@ class Form:
         return numpy.empty((height, width) if channels == 1 else (height, width, channels), self.dtype(self.makes))
 
     def call(self, given, stacklevel):
+        # Each number as its type has it, whatever type it is given in; the bits of an index may be left to the table.
+        for (_, parameter), argument in zip(self.parameters, self.raw.argtypes):
+            if self.roles[parameter] != "number" or parameter == "nBitSize" and given[parameter] is None:
+                continue
+            try:
+                given[parameter] = argument.from_param(given[parameter]).value
+            except (TypeError, OverflowError) as error:
+                raise type(error)(f"{parameter}: {error}") from None
         found = {}
         for parameter in self.images:
             if parameter == self.makes and given[parameter] is None:
@@ -196,10 +204,7 @@ class Form:
             elif role == "table":
                 arguments.append(self.table(given))
             else:
-                try:
-                    arguments.append(argument.from_param(given[parameter]))
-                except (TypeError, OverflowError) as error:
-                    raise type(error)(f"{parameter}: {error}") from None
+                arguments.append(argument.from_param(given[parameter]))
         # The length of a signal stands behind it in every prototype, and was told by the last one that was checked.
         arguments = [size if self.roles[parameter] == "size" else argument for (_, parameter), argument in zip(self.parameters, arguments)]
         check(self.name, self.raw(*arguments), stacklevel + 1)

@@ -1,6 +1,5 @@
 """Where the shared library is."""
 import ctypes
-import ctypes.util
 import os
 import pathlib
 
@@ -16,10 +15,7 @@ def candidates():
     beside = pathlib.Path(__file__).resolve().parent / NAME
     if beside.exists():
         found.append(str(beside))
-    found.append(NAME)
-    if ctypes.util.find_library("kuvcv"):
-        found.append(ctypes.util.find_library("kuvcv"))
-    return found
+    return [*found, NAME]
 
 
 def load():

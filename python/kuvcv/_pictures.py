@@ -2,7 +2,7 @@
 import numpy
 
 from . import raw
-from ._arrays import Image, block, whole
+from ._arrays import Image, array_of, block, whole
 from ._records import _choice, _output, _sizes, _type_code
 from ._status import check
 
@@ -13,7 +13,7 @@ _DITHERS = {"off": raw.kuvDitherOff, "ordered": raw.kuvDitherOrdered4x4, "floyd-
 
 def _mosaic(mosaic, layout, region, dst, least):
     """What both ways have in common: (code, source, layout, region, destination)."""
-    code = _type_code(mosaic.dtype, ("8u", "16u"))
+    code = _type_code(array_of(mosaic, "mosaic").dtype, ("8u", "16u"))
     source = Image(mosaic, mosaic.dtype, 1, "mosaic")
     width, height = source.size
     if min(width, height) < least:
@@ -52,7 +52,7 @@ def reduce_bits(src, dst=None, levels=256, dither="ordered", noise=0):
     `dither` is "off", "ordered", "floyd-steinberg", "jarvis-judice-ninke" or "stucki"; `noise` disturbs thresholds by up to as many
     percent. Images of four channels need a `dst`, whose fourth channel is left alone."""
     dither = _choice("dither", dither, _DITHERS)
-    channels = src.shape[2] if numpy.ndim(src) == 3 else 1
+    channels = src.shape[2] if array_of(src, "src").ndim == 3 else 1
     if channels not in (1, 3, 4):
         raise ValueError(f"src has {channels} channels")
     if channels == 4 and dst is None:

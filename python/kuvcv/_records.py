@@ -2,7 +2,7 @@
 import numpy
 
 from . import raw
-from ._arrays import Image, block, constants, row, whole
+from ._arrays import Image, array_of, block, constants, row, whole
 from ._processor import variant
 from ._status import check
 
@@ -85,7 +85,11 @@ class Bins:
         if not hasattr(raw, self._name):
             raise ValueError(f"there are no histograms of {channels} channels of {self.dtype}")
         if levels is not None:
+            if range is not None:
+                raise ValueError("levels have no range beside them")
             levels = constants(levels, numpy.float32, name="levels")
+            if levels.ndim != 1:
+                raise ValueError(f"levels have the shape {levels.shape} instead of (bins + 1,)")
             self._make([levels] * channels)
         else:
             if range is None:
@@ -136,7 +140,7 @@ class Bins:
 
 def histogram(image, bins=256, range=None, levels=None):
     """Counts of the samples of an image in bins, and the bins' levels; see Bins."""
-    plan = Bins(image.dtype, image.shape[2] if image.ndim == 3 else 1, levels, bins, range)
+    plan = Bins(array_of(image, "the image").dtype, image.shape[2] if image.ndim == 3 else 1, levels, bins, range)
     return plan.count(image), plan.levels
 
 
@@ -211,7 +215,9 @@ class ResizePlan:
 
 def resize(src, size, dst=None):
     """An image of three channels of int16 in another size, (width, height), by linear interpolation."""
-    return ResizePlan(Image(src, numpy.int16, 3, "src").size, size).render(src, dst)
+    plan = ResizePlan(Image(src, numpy.int16, 3, "src").size, size)
+    width, height = plan.dst_size
+    return plan.render(src, _output(dst, (height, width, 3), numpy.int16, 3).array)
 
 
 class Fourier:

@@ -29,23 +29,6 @@ def _scalar(name):
     return _SCALARS.get(name)
 
 
-def _structure(name, members):
-    fields = []
-    for kind, member in members:
-        array = re.fullmatch(r"(\w+)\[(\d+)\]", kind)
-        fields.append((member, ctypes.c_char_p if kind == "const char*" else _scalar(array[1]) * int(array[2]) if array else _scalar(kind)))
-
-    def from_param(cls, value):
-        return value if isinstance(value, cls) else cls(*value)
-
-    return type(name, (ctypes.Structure,), {"_fields_": fields, "from_param": classmethod(from_param), "__module__": __name__})
-
-
-for _name, _members in _contract.STRUCTS.items():
-    globals()[_name] = _structure(_name, _members)
-globals().update(_contract.CONSTANTS)
-
-
 class _Integer:
     """An argument that must fit its type; ctypes alone would cut it."""
 
@@ -114,6 +97,29 @@ def _argument(kind):
     if depth == 0:
         return element if match[2] in _contract.STRUCTS else (_Real if element in (ctypes.c_float, ctypes.c_double) else _Integer)(element)
     return (_Pointer if depth == 1 else _Pointers)(element, bool(match[1]))
+
+
+def _structure(name, members):
+    fields = []
+    for kind, member in members:
+        array = re.fullmatch(r"(\w+)\[(\d+)\]", kind)
+        fields.append((member, ctypes.c_char_p if kind == "const char*" else _scalar(array[1]) * int(array[2]) if array else _scalar(kind)))
+
+    arguments = [_argument(kind) for kind, _ in members]
+
+    def from_param(cls, value):
+        if isinstance(value, cls):
+            return value
+        if len(value) != len(arguments):
+            raise TypeError(f"{name} has {len(arguments)} members, not {len(value)}")
+        return cls(*(argument.from_param(one) for argument, one in zip(arguments, value)))
+
+    return type(name, (ctypes.Structure,), {"_fields_": fields, "from_param": classmethod(from_param), "__module__": __name__})
+
+
+for _name, _members in _contract.STRUCTS.items():
+    globals()[_name] = _structure(_name, _members)
+globals().update(_contract.CONSTANTS)
 
 
 def _result(kind):

@@ -19,6 +19,12 @@ class Contract(unittest.TestCase):
         checked = subprocess.run([sys.executable, "-B", ROOT / "python" / "generate.py", "--check"], capture_output=True, text=True)
         self.assertEqual(checked.returncode, 0, checked.stderr)
 
+    def test_generator_writes_nothing_when_told_what_it_does_not_know(self):
+        before = generate.MODULE.stat()
+        ran = subprocess.run([sys.executable, "-B", ROOT / "python" / "generate.py", "--chekc"], capture_output=True, text=True)
+        self.assertEqual((ran.returncode, "[--check]" in ran.stderr), (1, True))
+        self.assertEqual(generate.MODULE.stat().st_mtime_ns, before.st_mtime_ns)
+
     def test_has_all_exports(self):
         exports = re.findall(r"^KUV_(?:DIRECT|DISPATCHED)\((\w+)", (ROOT / "src/core/exports.def").read_text(), re.MULTILINE)
         self.assertEqual(len(exports), 160)

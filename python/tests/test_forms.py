@@ -1,4 +1,5 @@
 """The functions on arrays, against NumPy."""
+import ctypes
 import itertools
 import unittest
 import warnings
@@ -298,8 +299,11 @@ class Forms(unittest.TestCase):
         image = numpy.arange(6, dtype=numpy.uint16).reshape(2, 3)
         for axis in (kuvcv.kuvAxisDiagonal, kuvcv.kuvAxisSecondDiagonal):
             numpy.testing.assert_array_equal(kuvcv.mirror(image, axis), mirrored(image, axis))
+            numpy.testing.assert_array_equal(kuvcv.mirror(image, ctypes.c_int32(axis)), mirrored(image, axis))
         with self.assertRaises(ValueError):
             kuvcv.mirror(image, kuvcv.kuvAxisDiagonal, dst=numpy.zeros_like(image))
+        with self.assertRaises(ValueError):
+            kuvcv.mirror(image, ctypes.c_int32(kuvcv.kuvAxisDiagonal), dst=numpy.zeros_like(image))
 
     def test_constants_that_do_not_fit(self):
         image = numpy.zeros((2, 2, 4), numpy.uint8)
@@ -307,6 +311,8 @@ class Forms(unittest.TestCase):
         for wrong in (lambda: kuvcv.kuviSwapChannels_8u_C4IR(image, [0, 1, 2]), lambda: kuvcv.kuviAddC_16s_C3IRSfs([1, 2], colours),
                       lambda: kuvcv.kuviAddC_16s_C3IRSfs([1, 2, 40000], colours), lambda: kuvcv.kuviAddC_16s_C3IRSfs([1, 2, 0.5], colours),
                       lambda: kuvcv.lut_palette(image[:, :, 0].copy(), numpy.zeros((15, 3), numpy.uint8), 4),
+                      lambda: kuvcv.lut_palette(image[:, :, 0].copy(), numpy.zeros((15, 3), numpy.uint8), numpy.uint8(8)),
+                      lambda: kuvcv.lut_palette(image[:, :, 0].copy(), numpy.zeros((15, 3), numpy.uint8), ctypes.c_int32(8)),
                       lambda: kuvcv.lut_palette(image[:, :, 0].copy(), numpy.zeros((16, 4), numpy.uint8), 4)):
             with self.assertRaises((ValueError, TypeError)):
                 wrong()

@@ -37,6 +37,17 @@ class Install(unittest.TestCase):
         self.assertEqual(sorted(path.name for path in (self.directory / "lib" / "kuvcv").iterdir()),
                          sorted(path.name for path in (PACKAGE / "kuvcv").glob("*.py")))
 
+    def test_licence_is_packed(self):
+        self.assertEqual((PACKAGE / "LICENSE").read_bytes(), (PACKAGE.parent / "LICENSE").read_bytes())
+        if not importlib.util.find_spec("setuptools"):
+            self.skipTest("setuptools is missing")
+        shutil.copytree(PACKAGE, self.directory / "source", ignore=shutil.ignore_patterns("__pycache__"))
+        build = ["-c", "import setuptools; setuptools.setup()", "-q", "egg_info", "--egg-base", ".."]
+        built = subprocess.run([sys.executable, "-B", *build],
+                               cwd=self.directory / "source", capture_output=True, text=True)
+        self.assertEqual(built.returncode, 0, built.stderr)
+        self.assertIn("\nLicense-File: LICENSE\n", (self.directory / "kuvcv.egg-info" / "PKG-INFO").read_text())
+
     def test_version_is_that_of_the_library(self):
         self.assertIn(f'version = "{kuvcv.__version__}"\n', (PACKAGE / "pyproject.toml").read_text())
 

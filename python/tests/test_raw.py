@@ -56,7 +56,9 @@ class Raw(unittest.TestCase):
         frozen = image.copy()
         frozen.flags.writeable = False
         for arguments in ((256, image, 2, (2, 2)), (-1, image, 2, (2, 2)), (0, image, 1 << 31, (2, 2)), (0, image.astype("i1"), 2, (2, 2)),
-                          (0, frozen, 2, (2, 2)), (0.5, image, 2, (2, 2)), (0, image, 2, (2, 2, 2)), (0, "text", 2, (2, 2))):
+                          (0, frozen, 2, (2, 2)), (0.5, image, 2, (2, 2)), (0, image, 2, (2, 2, 2)), (0, "text", 2, (2, 2)),
+                          (0, image, 2, ((1 << 32) + 2, 2)), (0, image, 2, (2, -1 << 32)), (0, image, 2, (2,)),
+                          (0, image, 2, (2, 1.5))):
             with self.assertRaises((ctypes.ArgumentError, TypeError)):
                 raw.kuviSet_8u_C1R(*arguments)
 

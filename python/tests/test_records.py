@@ -81,7 +81,8 @@ class Histograms(unittest.TestCase):
     def test_refusals(self):
         for wrong in (lambda: kuvcv.histogram(numpy.zeros((2, 2), numpy.float32)), lambda: kuvcv.Bins(numpy.int16, 3),
                       lambda: kuvcv.Bins(numpy.uint8).count(numpy.zeros((2, 2), numpy.uint16)), lambda: kuvcv.Bins(numpy.uint8, bins=0),
-                      lambda: kuvcv.Bins(numpy.float64)):
+                      lambda: kuvcv.Bins(numpy.float64), lambda: kuvcv.Bins(numpy.uint8, levels=[[0, 5], [7, 9]]),
+                      lambda: kuvcv.Bins(numpy.uint8, levels=[0, 5], range=(0, 9)), lambda: kuvcv.histogram([[1, 2], [3, 4]])):
             with self.assertRaises((TypeError, ValueError)):
                 wrong()
         with self.assertRaises(kuvcv.Error):
@@ -122,6 +123,11 @@ class Resizing(unittest.TestCase):
         rows = source[:, left] * (1 - fx) + source[:, left + 1] * fx
         numpy.testing.assert_allclose(result, rows[top] * (1 - fy) + rows[top + 1] * fy, atol=1)
 
+    def test_destination(self):
+        target = tiles(numpy.zeros((80, 90, 3), numpy.int16))
+        self.assertIs(kuvcv.resize(self.image, (90, 80), target), target)
+        numpy.testing.assert_array_equal(target, kuvcv.resize(self.image, (90, 80)))
+
     def test_tiles_by_threads(self):
         plan = kuvcv.ResizePlan((53, 37), (90, 80))
         whole = plan.render(self.image)
@@ -136,7 +142,7 @@ class Resizing(unittest.TestCase):
         tile = numpy.zeros((20, 30, 3), numpy.int16)
         for wrong in (lambda: plan.render(self.image[:-1]), lambda: plan.render(self.image, tile, (61, 0)),
                       lambda: plan.render(self.image, tile, (-1, 0)), lambda: kuvcv.resize(self.image, (0, 3)),
-                      lambda: kuvcv.resize(self.image.view(numpy.uint16), (3, 3))):
+                      lambda: kuvcv.resize(self.image.view(numpy.uint16), (3, 3)), lambda: kuvcv.resize(self.image, (90, 80), tile)):
             with self.assertRaises((TypeError, ValueError)):
                 wrong()
 
@@ -233,7 +239,9 @@ class Pictures(unittest.TestCase):
         mosaic = numpy.zeros((8, 8), numpy.uint8)
         for wrong in (lambda: kuvcv.demosaic(mosaic[:5]), lambda: kuvcv.cfa_to_rgb(mosaic[:1]), lambda: kuvcv.demosaic(mosaic, "RGBG"),
                       lambda: kuvcv.demosaic(mosaic, region=(0, 0, 9, 8)), lambda: kuvcv.cfa_to_rgb(mosaic, region=(0, 0, 0, 0)),
-                      lambda: kuvcv.demosaic(mosaic, dst=numpy.zeros((8, 8), numpy.uint8)), lambda: kuvcv.demosaic(mosaic.astype("i2"))):
+                      lambda: kuvcv.demosaic(mosaic, dst=numpy.zeros((8, 8), numpy.uint8)), lambda: kuvcv.demosaic(mosaic.astype("i2")),
+                      lambda: kuvcv.demosaic(mosaic.tolist()), lambda: kuvcv.cfa_to_rgb(mosaic.tolist()),
+                      lambda: kuvcv.reduce_bits(numpy.zeros((2, 2, 3), numpy.uint16).tolist())):
             with self.assertRaises((TypeError, ValueError)):
                 wrong()
 
