@@ -101,12 +101,4 @@ TEST_P(Add, SignsOfZero) {
     EXPECT_EQ(add(5.0f, -5.0f), 0u);
 }
 
-// Pointers come before sizes.
-TEST_P(Add, NullWithNoWidth) {
-    Kuv32f value = 1;
-    EXPECT_EQ(kuviAdd_32f_C1IR(nullptr, 4, &value, 4, {0, 0}), kuvStatusNullPtr);
-    EXPECT_EQ(kuviAdd_32f_C1IR(&value, 4, nullptr, 4, {0, 0}), kuvStatusNullPtr);
-    EXPECT_EQ(kuviAdd_32f_C1IR(&value, 4, &value, 4, {0, 1}), kuvStatusBadSize);
-}
-
 }  // namespace

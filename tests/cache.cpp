@@ -325,6 +325,10 @@ TEST_F(Cache, OfThisProcessor) {
     } else if (status == kuvStatusOk) {
         EXPECT_GE(size, 4096);
         EXPECT_GE(line, 0);
+    } else {
+        EXPECT_EQ(status, kuvStatusNoCacheInfo);
+        EXPECT_EQ(size, -1);
+        EXPECT_EQ(line, 0);
     }
 }
 

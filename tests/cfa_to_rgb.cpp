@@ -4,6 +4,7 @@
 #include "support/agreement.hpp"
 #include "support/distant.hpp"
 #include "support/mosaics.hpp"
+#include "support/stack.hpp"
 #include "support/statuses.hpp"
 
 namespace {
@@ -281,6 +282,22 @@ TEST_P(CfaToRgb, RowsFurtherApartThan32BitsTell) {
               }),
               kuvStatusOk);
     for (int r = 0; r < size.height; ++r) EXPECT_EQ(std::memcmp(to.memory() + step * r, wanted.data() + 210 * r, 210), 0);
+}
+
+TEST_P(CfaToRgb, StackUseIsBounded) {
+    if (sanitized) GTEST_SKIP() << "the sanitizer spreads out the stack";
+    const auto expectBound = []<class T>(T value) {
+        constexpr KuviSize size = {3000, 30};
+        const std::vector<T> src(3000 * 30, value);
+        std::vector<T> dst(src.size() * 3);
+        const std::size_t used = stackOf([&] {
+            interpolate(src.data(), {0, 0, 3000, 30}, size, 3000 * sizeof(T), dst.data(), 9000 * sizeof(T), kuvCfaRGGB);
+        });
+        EXPECT_LE(used, 33u << 10) << "32 KiB, and a frame";
+        EXPECT_EQ(dst.back(), value);
+    };
+    expectBound(Kuv8u{9});
+    expectBound(Kuv16u{9});
 }
 
 }  // namespace

@@ -35,16 +35,13 @@ struct ValueRange {
     }
 };
 
-auto badSteps() {
-    return check(kuvStatusBadStep, set<1>(0), set<1>(-1), set<1>(INT32_MIN), set<3>(0), set<3>(-1), set<3>(INT32_MIN));
-}
 auto nullImages() { return check(kuvStatusNullPtr, null<0>(), null<2>()); }
 
 #define IMAGES(S, D, channelCount) \
     Source<S>{.channels = channelCount, .steps = StepClass::A}, Output<D>{.channels = channelCount, .steps = StepClass::A}, RoiSize{}
 #define CONVERSION(function, ...)         \
     KUV_AGREES(function, __VA_ARGS__);    \
-    KUV_CHECKS(function, call(__VA_ARGS__), nullImages(), badSize<4>(), badSteps())
+    KUV_CHECKS(function, call(__VA_ARGS__), nullImages(), badSize<4>(), badStep<1, 3>())
 CONVERSION(kuviConvert_8u32f_C1R, IMAGES(Kuv8u, Kuv32f, 1));
 CONVERSION(kuviConvert_16u32f_C1R, IMAGES(Kuv16u, Kuv32f, 1));
 CONVERSION(kuviConvert_16u8u_C1R, IMAGES(Kuv16u, Kuv8u, 1));
@@ -52,11 +49,11 @@ CONVERSION(kuviConvert_16u8u_C3R, IMAGES(Kuv16u, Kuv8u, 3));
 CONVERSION(kuviConvert_32f8u_C3R, IMAGES(Kuv32f, Kuv8u, 3), RoundMode{});
 
 KUV_AGREES(kuviConvert_8u32f_C3R, IMAGES(Kuv8u, Kuv32f, 3));
-KUV_CHECKS(kuviConvert_8u32f_C3R, call(IMAGES(Kuv8u, Kuv32f, 3)), badWidth<4>(), nullImages(), badHeight<4>(), badSteps());
+KUV_CHECKS(kuviConvert_8u32f_C3R, call(IMAGES(Kuv8u, Kuv32f, 3)), badWidth<4>(), nullImages(), badHeight<4>(), badStep<1, 3>());
 
 #define SCALE(function, ...)              \
     KUV_AGREES(function, __VA_ARGS__);    \
-    KUV_CHECKS(function, call(__VA_ARGS__), check(kuvStatusEmptyRange, emptyRange()), nullImages(), badSize<4>(), badSteps())
+    KUV_CHECKS(function, call(__VA_ARGS__), check(kuvStatusEmptyRange, emptyRange()), nullImages(), badSize<4>(), badStep<1, 3>())
 
 // Both ends at once.
 struct EmptyRange {
@@ -73,11 +70,15 @@ using Function = std::function<KuvStatus(const void* src, Kuv32s srcStep, void* 
 // The sample at src to the one at dst.
 using Single = std::function<void(const void* src, void* dst)>;
 
+// Samples of single precision: mostly in [-20, 280), in [-4, 2) or in steps of 1/800 around 1e6.
+enum class Reals { bytes, fractions, far };
+
 struct Conversion {
     std::string name;
     int srcBytes, dstBytes, channels;
     Function call;
     Single single;
+    Reals reals = Reals::bytes;  // where results are neither 0 nor 255
 };
 
 Kuv8u toByte(Kuv32f x, int roundMode) {
@@ -139,12 +140,12 @@ Conversion fromBytes(Kuv32f vMin, Kuv32f vMax) {
             [=](const void* src, void* dst) { store(dst, 0, byteToRange(load<Kuv8u>(src), vMin, vMax)); }};
 }
 
-Conversion toBytes(Kuv32f vMin, Kuv32f vMax) {
+Conversion toBytes(Kuv32f vMin, Kuv32f vMax, Reals reals = Reals::fractions) {
     return {"kuviScale_32f8u_C3R, " + std::to_string(vMin) + " .. " + std::to_string(vMax), 4, 1, 3,
             [=](const void* src, Kuv32s srcStep, void* dst, Kuv32s dstStep, KuviSize size) {
                 return kuviScale_32f8u_C3R(static_cast<const Kuv32f*>(src), srcStep, static_cast<Kuv8u*>(dst), dstStep, size, vMin, vMax);
             },
-            [=](const void* src, void* dst) { store(dst, 0, rangeToByte(load<Kuv32f>(src), vMin, vMax)); }};
+            [=](const void* src, void* dst) { store(dst, 0, rangeToByte(load<Kuv32f>(src), vMin, vMax)); }, reals};
 }
 
 const std::vector<Conversion>& conversions() {
@@ -158,7 +159,7 @@ const std::vector<Conversion>& conversions() {
                                                 rounding(2),
                                                 fromBytes(-3.5f, 1.25f),
                                                 toBytes(-3.5f, 1.25f),
-                                                toBytes(1e6f, 1e6f + 3.0f)};
+                                                toBytes(1e6f, 1e6f + 3.0f, Reals::far)};
     return all;
 }
 
@@ -173,10 +174,11 @@ protected:
         for (int r = 0; r < size.height && conversion.srcBytes == 4; ++r) {
             for (int i = 0; i < samples; ++i) {
                 if (oneIn(random_, 16)) continue;
-                const bool wide = conversion.name.find("Convert") != std::string::npos,
-                           far = conversion.name.find("1000000") != std::string::npos;
                 const auto tenths = static_cast<Kuv32f>(below(random_, 3000) - 200);
-                store(src.row(r), i, wide ? tenths / 10.0f : far ? 1e6f + tenths / 800.0f : tenths / 500.0f - 3.6f);
+                const Kuv32f each = conversion.reals == Reals::bytes       ? tenths / 10.0f
+                                    : conversion.reals == Reals::fractions ? tenths / 500.0f - 3.6f
+                                                                           : 1e6f + tenths / 800.0f;
+                store(src.row(r), i, each);
             }
         }
         const Bytes before = src.bytes();
@@ -446,23 +448,34 @@ TEST_P(Convert, RowsFurtherApartThan32BitsTell) {
     }
 }
 
-// One run of more samples than 31 bits tell. Each page stands for hundreds.
+// One run of more samples than 31 bits tell, streamed and not.
 TEST_P(Convert, MoreThan2G) {
     if (sanitized) GTEST_SKIP() << "the sanitizer takes minutes for it";
     constexpr KuviSize size = {26880, 26880};
-    constexpr std::size_t samples = std::size_t{3} * size.width * size.height;
+    constexpr std::size_t samples = std::size_t{3} * size.width * size.height, few = LongRun::pageBytes;
     const AliasedMemory bytes(samples), singles(4 * samples);
     KUV_NEEDS(bytes);
     KUV_NEEDS(singles);
-    std::memset(bytes.memory(), 9, AliasedMemory::period);
     auto* const reals = reinterpret_cast<Kuv32f*>(singles.memory());
-    EXPECT_EQ(watched([&] { return kuviConvert_8u32f_C3R(bytes.memory(), 3 * size.width, reals, 12 * size.width, size); }), kuvStatusOk);
-    EXPECT_EQ(reals[samples - 1], 9.0f);
-    EXPECT_EQ(std::count(reals, reals + AliasedMemory::period / 4, 9.0f), static_cast<std::ptrdiff_t>(AliasedMemory::period / 4));
-    std::memset(bytes.memory(), 0, AliasedMemory::period);
-    EXPECT_EQ(watched([&] { return kuviConvert_32f8u_C3R(reals, 12 * size.width, bytes.memory(), 3 * size.width, size, 1); }), kuvStatusOk);
-    EXPECT_EQ(bytes.memory()[samples - 1], 9);
-    EXPECT_EQ(std::count(bytes.memory(), bytes.memory() + AliasedMemory::period, 9), static_cast<std::ptrdiff_t>(AliasedMemory::period));
+    for (const KuvStatus status : {kuvStatusOk, kuvStatusNoCpuid}) {
+        const PresetCache cache(status, 0x1000);
+        {
+            for (const std::size_t from : {std::size_t{0}, samples - few}) {
+                for (std::size_t i = from; i < from + few; ++i) bytes.memory()[i] = static_cast<unsigned char>(i % 251);
+            }
+            LongRun run(singles, size, 12);
+            run.want<Kuv32f>([&](Kuv32f, std::size_t i) { return static_cast<Kuv32f>(bytes.memory()[i]); });
+            EXPECT_EQ(watched([&] { return kuviConvert_8u32f_C3R(bytes.memory(), 3 * size.width, reals, run.step(), size); }), kuvStatusOk);
+            EXPECT_TRUE(run.isAsWanted());
+        }
+        for (const std::size_t from : {std::size_t{0}, samples - few}) {
+            for (std::size_t i = from; i < from + few; ++i) reals[i] = static_cast<Kuv32f>(i % 241);
+        }
+        LongRun run(bytes, size, 3);
+        run.want<Kuv8u>([&](Kuv8u, std::size_t i) { return reals[i]; });
+        EXPECT_EQ(watched([&] { return kuviConvert_32f8u_C3R(reals, 12 * size.width, bytes.memory(), run.step(), size, 1); }), kuvStatusOk);
+        EXPECT_TRUE(run.isAsWanted());
+    }
 }
 
 }  // namespace

@@ -97,16 +97,19 @@ protected:
         EXPECT_EQ(src.difference(before), "");
     }
 
+    // Gaps set the planes apart from each other, too.
     template <int count, class Function>
-    void expectPlanes(Function function, KuviSize size, int padding, Guard guard, int gap) {
+    void expectPlanes(Function function, KuviSize size, std::ptrdiff_t planeStep, std::ptrdiff_t dstStep, Guard guard, int gap) {
         std::vector<std::unique_ptr<Image>> planes;
+        std::vector<Bytes> before;
         const Kuv8u* addresses[count];
         for (int c = 0; c < count; ++c) {
-            planes.push_back(
-                std::make_unique<Image>("plane", Geometry{size.width, size.height, size.width + padding, guard, 0, 1}, ++seed_));
+            const Geometry geometry = {size.width, size.height, planeStep, guard, gap * (c + 1), 1};
+            planes.push_back(std::make_unique<Image>("plane", geometry, ++seed_));
+            before.push_back(planes.back()->bytes());
             addresses[c] = planes.back()->row();
         }
-        const Image dst("dst", {size.width * count, size.height, (size.width + padding) * count, guard, gap, 1}, ++seed_);
+        const Image dst("dst", {size.width * count, size.height, dstStep, guard, gap, 1}, ++seed_);
         Bytes wanted = dst.bytes();
         for (int r = 0; r < size.height; ++r) {
             for (int i = 0; i < size.width * count; ++i) {
@@ -114,38 +117,61 @@ protected:
             }
         }
         SCOPED_TRACE(testing::Message() << GetParam() << ", " << count << " planes, " << size.width << " x " << size.height
-                                        << "\n  dst: " << dst.geometry());
+                                        << "\n  planes: " << planes[0]->geometry() << "\n  dst: " << dst.geometry());
         EXPECT_EQ(watched([&] { return function(addresses, planes[0]->step(), dst.row(), dst.step(), size); }), kuvStatusOk);
         EXPECT_EQ(dst.difference(wanted), "");
         for (int c = 0; c < count; ++c) {
             addresses[c] = nullptr;
             EXPECT_EQ(function(addresses, planes[0]->step(), dst.row(), dst.step(), {0, 0}), kuvStatusNullPtr) << "plane " << c;
             addresses[c] = planes[static_cast<std::size_t>(c)]->row();
+            EXPECT_EQ(planes[static_cast<std::size_t>(c)]->difference(before[static_cast<std::size_t>(c)]), "");
         }
         EXPECT_EQ(dst.difference(wanted), "");
     }
+    void expectBothPlanes(KuviSize size, std::ptrdiff_t planeStep, std::ptrdiff_t threeStep, std::ptrdiff_t fourStep, Guard guard,
+                          int gap = 0) {
+        expectPlanes<3>(kuviCopy_8u_P3C3R, size, planeStep, threeStep, guard, gap);
+        expectPlanes<4>(kuviCopy_8u_P4C4R, size, planeStep, fourStep, guard, gap);
+    }
+    void expectBothPlanesPadded(KuviSize size, int padding, Guard guard, int gap = 0) {
+        const std::ptrdiff_t step = size.width + padding;
+        expectBothPlanes(size, step, 3 * step, 4 * step, guard, gap);
+    }
+
+    struct MaskedPlaces {
+        std::ptrdiff_t srcStep, dstStep, maskStep;
+        Guard guard = Guard::end;
+        int srcGap = 0, dstGap = 0, maskGap = 0;
+    };
 
     template <class T, class Function>
-    void expectMasked(Function function, KuviSize size, int padding, int oneMaskIn, Guard guard) {
+    void expectMasked(Function function, KuviSize size, int oneMaskIn, const MaskedPlaces& places) {
         const int row = size.width * static_cast<int>(sizeof(T));
-        const Image src("src", {row, size.height, row + padding, guard, 0, sizeof(T)}, ++seed_),
-            dst("dst", {row, size.height, row + padding, guard, 0, sizeof(T)}, ++seed_);
-        const Image mask("mask", {size.width, size.height, size.width + padding, guard, 0, 1}, ++seed_);
+        const Image src("src", {row, size.height, places.srcStep, places.guard, places.srcGap, sizeof(T)}, ++seed_),
+            dst("dst", {row, size.height, places.dstStep, places.guard, places.dstGap, sizeof(T)}, ++seed_),
+            mask("mask", {size.width, size.height, places.maskStep, places.guard, places.maskGap, 1}, ++seed_);
         Random random(seed_);
-        Bytes wanted = dst.bytes();
         for (int r = 0; r < size.height; ++r) {
             for (int i = 0; i < size.width; ++i) {
                 // Any bit counts.
-                const unsigned char element =
-                    oneMaskIn > 0 && oneIn(random, oneMaskIn) ? static_cast<unsigned char>(1u << below(random, 8)) : 0;
-                mask.row(r)[i] = element;
-                if (element != 0) store(dst.row(wanted, r), i, load<T>(src.row(r), i));
+                mask.row(r)[i] = oneMaskIn > 0 && oneIn(random, oneMaskIn) ? static_cast<unsigned char>(1u << below(random, 8)) : 0;
             }
         }
-        SCOPED_TRACE(testing::Message() << GetParam() << ", " << sizeof(T) << " bytes, " << size.width << " x " << size.height);
+        const Bytes srcBefore = src.bytes(), maskBefore = mask.bytes();
+        Bytes wanted = dst.bytes();
+        for (int r = 0; r < size.height; ++r) {
+            for (int i = 0; i < size.width; ++i) {
+                if (mask.row(r)[i] != 0) store(dst.row(wanted, r), i, load<T>(src.row(r), i));
+            }
+        }
+        SCOPED_TRACE(testing::Message() << GetParam() << ", " << size.width << " x " << size.height << ", one mask in " << oneMaskIn
+                                        << "\n  src: " << src.geometry() << "\n  dst: " << dst.geometry() << "\n  mask: "
+                                        << mask.geometry());
         EXPECT_EQ(watched([&] { return function(src.row<T>(), src.step(), dst.row<T>(), dst.step(), size, mask.row(), mask.step()); }),
                   kuvStatusOk);
         EXPECT_EQ(dst.difference(wanted), "");
+        EXPECT_EQ(src.difference(srcBefore), "");
+        EXPECT_EQ(mask.difference(maskBefore), "");
     }
 
 private:
@@ -209,19 +235,28 @@ TEST_P(CopyLayout, Planes) {
     for (const auto& [status, bytes] : {std::pair{kuvStatusOk, 0x7FFFFFFF}, {kuvStatusOk, 0x1000}, {kuvStatusNoCpuid, 0x1000}}) {
         const PresetCache cache(status, bytes);
         for (int width = 1; width <= 100; ++width) {
-            for (const int padding : {0, 1}) {
-                expectPlanes<3>(kuviCopy_8u_P3C3R, {width, 2}, padding, width % 2 == 0 ? Guard::end : Guard::begin, 0);
-                expectPlanes<4>(kuviCopy_8u_P4C4R, {width, 2}, padding, width % 2 == 0 ? Guard::end : Guard::begin, 0);
-            }
+            for (const int padding : {0, 1}) expectBothPlanesPadded({width, 2}, padding, width % 2 == 0 ? Guard::end : Guard::begin);
             if (HasFailure()) return;
         }
         for (const int width : {511, 512, 513, 1000}) {
             for (const int gap : {0, 1, 2, 4, 16, 31}) {
-                expectPlanes<3>(kuviCopy_8u_P3C3R, {width, 5}, 0, Guard::begin, gap);
-                expectPlanes<4>(kuviCopy_8u_P4C4R, {width, 5}, 0, Guard::begin, gap);
-                expectPlanes<3>(kuviCopy_8u_P3C3R, {width, 5}, 7, Guard::end, gap);
-                expectPlanes<4>(kuviCopy_8u_P4C4R, {width, 5}, 7, Guard::end, gap);
+                expectBothPlanesPadded({width, 5}, 0, Guard::begin, gap);
+                expectBothPlanesPadded({width, 5}, 7, Guard::end, gap);
                 if (HasFailure()) return;
+            }
+        }
+    }
+}
+
+TEST_P(CopyLayout, PlanesOfAnyStep) {
+    for (const auto& [status, bytes] : {std::pair{kuvStatusOk, 0x7FFFFFFF}, {kuvStatusOk, 0x1000}, {kuvStatusNoCpuid, 0x1000}}) {
+        const PresetCache cache(status, bytes);
+        for (const int width : {1, 7, 40, 513}) {
+            for (const std::ptrdiff_t planeStep : {0, 1, -1, width / 2, -width, -width - 3, width + 2}) {
+                for (const std::ptrdiff_t dstStep : {0, 1, -1, width, -3 * width, -4 * width - 5, 4 * width + 1}) {
+                    expectBothPlanes({width, 4}, planeStep, dstStep, dstStep, dstStep % 2 == 0 ? Guard::end : Guard::begin);
+                    if (HasFailure()) return;
+                }
             }
         }
     }
@@ -232,8 +267,39 @@ TEST_P(CopyLayout, Masks) {
         for (const int oneMaskIn : {0, 1, 2, 10}) {
             for (const int padding : {0, 3}) {
                 const Guard guard = width % 2 == 0 ? Guard::end : Guard::begin;
-                expectMasked<Kuv8u>(kuviCopy_8u_C1MR, {width, 2}, padding, oneMaskIn, guard);
-                expectMasked<Kuv16u>(kuviCopy_16u_C1MR, {width, 2}, padding, oneMaskIn, guard);
+                const MaskedPlaces bytes = {width + padding, width + padding, width + padding, guard};
+                expectMasked<Kuv8u>(kuviCopy_8u_C1MR, {width, 2}, oneMaskIn, bytes);
+                const MaskedPlaces words = {2 * width + padding, 2 * width + padding, width + padding, guard};
+                expectMasked<Kuv16u>(kuviCopy_16u_C1MR, {width, 2}, oneMaskIn, words);
+            }
+        }
+    }
+}
+
+TEST_P(CopyLayout, MasksOfAnyStep) {
+    for (const int width : {1, 7, 40, 100}) {
+        const auto steps = [&](int row) { return std::array<std::ptrdiff_t, 7>{0, 1, -1, row / 2, -row, -row - 3, row + 2}; };
+        for (const std::ptrdiff_t maskStep : steps(width)) {
+            for (const std::ptrdiff_t step : steps(width)) {
+                expectMasked<Kuv8u>(kuviCopy_8u_C1MR, {width, 4}, 2, {step, width + 5, maskStep});
+                expectMasked<Kuv8u>(kuviCopy_8u_C1MR, {width, 4}, 2, {width, step, maskStep, Guard::begin});
+            }
+            for (const std::ptrdiff_t step : steps(2 * width)) {
+                expectMasked<Kuv16u>(kuviCopy_16u_C1MR, {width, 4}, 2, {step, 2 * width + 5, maskStep});
+                expectMasked<Kuv16u>(kuviCopy_16u_C1MR, {width, 4}, 2, {2 * width, step, maskStep, Guard::begin});
+            }
+            if (HasFailure()) return;
+        }
+    }
+}
+
+TEST_P(CopyLayout, MasksAtAnyAddress) {
+    for (int gap = 0; gap < 34 && !HasFailure(); ++gap) {
+        for (const auto& [srcGap, dstGap, maskGap] : {std::array{gap, 0, 0}, {0, gap, 0}, {0, 0, gap}, {gap, gap, gap}}) {
+            for (const int width : {5, 33, 70}) {
+                expectMasked<Kuv8u>(kuviCopy_8u_C1MR, {width, 2}, 2, {width, width, width, Guard::begin, srcGap, dstGap, maskGap});
+                expectMasked<Kuv16u>(kuviCopy_16u_C1MR, {width, 2}, 2,
+                                     {2 * width, 2 * width, width, Guard::begin, srcGap, dstGap, maskGap});
             }
         }
     }
@@ -241,24 +307,78 @@ TEST_P(CopyLayout, Masks) {
 
 TEST_P(CopyLayout, RowsFurtherApartThan32BitsTell) {
     constexpr std::ptrdiff_t step = 0x7FFFFFF1;
-    const DistantMemory from(3 * static_cast<std::size_t>(step)), to(3 * static_cast<std::size_t>(step));
+    constexpr std::size_t bytes = 512;
+    static constexpr KuviSize size = {50, 3};
+    const DistantMemory from(3 * static_cast<std::size_t>(step)), to(3 * static_cast<std::size_t>(step)),
+        masks(3 * static_cast<std::size_t>(step));
     KUV_NEEDS(from);
     KUV_NEEDS(to);
-    constexpr int width = 50;
+    KUV_NEEDS(masks);
+    Random random(1);
+    // `copyRow` does to a row what `call` does to the image.
+    const auto expectRows = [&](const std::string& name, auto call, auto copyRow) {
+        for (const bool upward : {false, true}) {
+            const std::ptrdiff_t signedStep = upward ? -step : step, start = upward ? 2 * step : 0;
+            const auto row = [&](const DistantMemory& memory, int r) {
+                return reinterpret_cast<unsigned char*>(memory.memory()) + start + signedStep * r;
+            };
+            Bytes wanted[3];
+            for (int r = 0; r < size.height; ++r) {
+                for (std::size_t i = 0; i < bytes; ++i) {
+                    row(from, r)[i] = static_cast<unsigned char>(random());
+                    row(to, r)[i] = static_cast<unsigned char>(random());
+                    row(masks, r)[i] = static_cast<unsigned char>(oneIn(random, 2));
+                }
+                wanted[r].assign(row(to, r), row(to, r) + bytes);
+                copyRow(row(from, r), wanted[r].data(), row(masks, r));
+            }
+            EXPECT_EQ(watched([&] { return call(row(from, 0), row(to, 0), static_cast<Kuv32s>(signedStep), row(masks, 0)); }), kuvStatusOk);
+            for (int r = 0; r < size.height; ++r) {
+                EXPECT_EQ(std::memcmp(row(to, r), wanted[r].data(), bytes), 0) << name << ", row " << r << (upward ? ", upward" : "");
+            }
+        }
+    };
+    using In = const unsigned char*;
+    using Out = unsigned char*;
     for (const LayoutCopy& copy : layoutCopies) {
-        const auto pitch = static_cast<std::size_t>(copy.dstSamples * copy.sampleBytes);
-        for (int r = 0; r < 3; ++r) {
-            std::memset(from.memory() + step * r, 'a' + r, 500);
-            std::memset(to.memory() + step * r, 0, 500);
-        }
-        EXPECT_EQ(watched([&] {
-                      return copy.call(from.memory(), static_cast<Kuv32s>(step), to.memory(), static_cast<Kuv32s>(step), {width, 3});
-                  }),
-                  kuvStatusOk);
-        for (int r = 0; r < 3; ++r) {
-            EXPECT_EQ(to.memory()[step * r + static_cast<std::ptrdiff_t>((width - 1) * pitch)], 'a' + r) << copy.name;
-        }
+        expectRows(
+            copy.name, [&](In src, Out dst, Kuv32s distance, In) { return copy.call(src, distance, dst, distance, size); },
+            [&](In src, Out dst, In) {
+                for (int i = 0; i < size.width; ++i) {
+                    std::memcpy(dst + i * copy.dstSamples * copy.sampleBytes, src + i * copy.srcSamples * copy.sampleBytes,
+                                static_cast<std::size_t>(copy.colours * copy.sampleBytes));
+                }
+            });
     }
+    // Planes side by side.
+    const auto expectPlanesApart = [&](const char* name, auto function, int count) {
+        const auto plane = [](In src, int c) { return src + c * size.width; };
+        expectRows(
+            name,
+            [&](In src, Out dst, Kuv32s distance, In) {
+                const Kuv8u* const planes[] = {plane(src, 0), plane(src, 1), plane(src, 2), plane(src, 3)};
+                return function(planes, distance, dst, distance, size);
+            },
+            [&](In src, Out dst, In) {
+                for (int i = 0; i < count * size.width; ++i) dst[i] = plane(src, i % count)[i / count];
+            });
+    };
+    expectPlanesApart("kuviCopy_8u_P3C3R", kuviCopy_8u_P3C3R, 3);
+    expectPlanesApart("kuviCopy_8u_P4C4R", kuviCopy_8u_P4C4R, 4);
+    const auto expectMaskedApart = [&]<class T>(const char* name, T, auto function) {
+        expectRows(
+            name,
+            [&](In src, Out dst, Kuv32s distance, In mask) {
+                return function(reinterpret_cast<const T*>(src), distance, reinterpret_cast<T*>(dst), distance, size, mask, distance);
+            },
+            [&](In src, Out dst, In mask) {
+                for (int i = 0; i < size.width; ++i) {
+                    if (mask[i] != 0) store(dst, i, load<T>(src, i));
+                }
+            });
+    };
+    expectMaskedApart("kuviCopy_8u_C1MR", Kuv8u{}, kuviCopy_8u_C1MR);
+    expectMaskedApart("kuviCopy_16u_C1MR", Kuv16u{}, kuviCopy_16u_C1MR);
 }
 
 }  // namespace

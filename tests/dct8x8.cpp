@@ -58,26 +58,53 @@ std::int64_t shifted(std::int64_t v, int bits) {
     return static_cast<Kuv32s>(static_cast<Kuv32u>(v + (std::int64_t{1} << (bits - 1)))) >> bits;
 }
 
+// c[i] is the cosine of i sixteenths of half a turn.
+struct Factors {
+    std::array<double, 8> c = [] {
+        std::array<double, 8> all;
+        for (std::size_t i = 0; i < 8; ++i) all[i] = std::cos(static_cast<double>(i) * std::numbers::pi / 16);
+        return all;
+    }();
+
+    static std::int64_t fixed(double v, int fractionBits) { return std::llround(std::ldexp(v, fractionBits)); }
+
+    // Of the odd ones: by c7 and what is added to make it c1, by c3 and what is added to make it c5.
+    struct Odd {
+        std::int64_t c7, c1Less7, c1And7, c3, c3Less5, c3And5;
+    };
+    Odd odd(int bits) const {
+        return {fixed(c[7], bits), fixed(c[1] - c[7], bits), fixed(c[1] + c[7], bits),
+                fixed(c[3], bits), fixed(c[3] - c[5], bits), fixed(c[3] + c[5], bits)};
+    }
+    const Odd forward = odd(12), inverse = odd(15);
+
+    const double root = std::numbers::sqrt2;
+    const std::int64_t c6 = fixed(c[6] * root, 15), c2Less6 = fixed((c[2] - c[6]) * root, 15), c2And6 = fixed((c[2] + c[6]) * root, 15);
+    const std::int64_t root2 = fixed(root, 12), eightRoot2 = fixed(8 * root, 12);
+};
+
 std::array<std::int64_t, 8> butterfly(Direction direction, const std::array<std::int64_t, 8>& x, int bits) {
+    static const Factors f;
     const auto r12 = [](std::int64_t v) { return shifted(v, 12); };
     const auto r = [bits](std::int64_t v) { return shifted(v, bits); };
+    const Factors::Odd& k = direction == Direction::forward ? f.forward : f.inverse;
     if (direction == Direction::forward) {
         const auto s07 = x[0] + x[7], s16 = x[1] + x[6], s25 = x[2] + x[5], s34 = x[3] + x[4];
         const auto e0 = s07 + s34, e1 = s07 - s34, e2 = s16 + s25, e3 = s16 - s25;
-        const auto p = r12(46341 * (x[0] - x[7])), q = r12(46341 * (x[3] - x[4]));
+        const auto p = r12(f.eightRoot2 * (x[0] - x[7])), q = r12(f.eightRoot2 * (x[3] - x[4]));
         const auto a = 8 * (x[1] - x[6] + x[2] - x[5]), b = 8 * (x[1] - x[6] - x[2] + x[5]);
-        const auto t = 17734 * (e1 + e3), u1 = p + a, u2 = p - a, v1 = q + b, v2 = q - b;
-        const auto c1 = 799 * (u1 + v1), c2 = 3406 * (u2 + v2);
+        const auto t = f.c6 * (e1 + e3), u1 = p + a, u2 = p - a, v1 = q + b, v2 = q - b;
+        const auto c1 = k.c7 * (u1 + v1), c2 = k.c3 * (u2 + v2);
         const bool first = bits == 12;
-        return {first ? 8 * (e0 + e2) : shifted(e0 + e2, 6), r(c1 + 3218 * u1),    r(25080 * e1 + t),  r(c2 - 5681 * v2),
-                first ? 8 * (e0 - e2) : shifted(e0 - e2, 6), r(c2 - 1130 * u2),    r(t - 60547 * e3),  r(c1 - 4816 * v1)};
+        return {first ? 8 * (e0 + e2) : shifted(e0 + e2, 6), r(c1 + k.c1Less7 * u1),    r(f.c2Less6 * e1 + t),  r(c2 - k.c3And5 * v2),
+                first ? 8 * (e0 - e2) : shifted(e0 - e2, 6), r(c2 - k.c3Less5 * u2),    r(t - f.c2And6 * e3),  r(c1 - k.c1And7 * v1)};
     }
-    const auto A = 27246 * (x[5] + x[3]), B = 6393 * (x[1] + x[7]);
-    const auto m = A - 9041 * x[5], n = A - 45451 * x[3], o = B + 25746 * x[1], w = B - 38531 * x[7];
+    const auto A = k.c3 * (x[5] + x[3]), B = k.c7 * (x[1] + x[7]);
+    const auto m = A - k.c3Less5 * x[5], n = A - k.c3And5 * x[3], o = B + k.c1Less7 * x[1], w = B - k.c1And7 * x[7];
     const auto d1 = o - m, d2 = w - n, g1 = d1 + d2, g2 = d1 - d2;
-    const auto h1 = 5793 * r12(n + w), h2 = 5793 * r12(m + o);
+    const auto h1 = f.root2 * r12(n + w), h2 = f.root2 * r12(m + o);
     const auto z = 32768 * (x[0] + x[4]), zz = 32768 * (x[0] - x[4]);
-    const auto C = 17734 * (x[2] + x[6]), f1 = 25080 * x[2] + C, f2 = C - 60547 * x[6];
+    const auto C = f.c6 * (x[2] + x[6]), f1 = f.c2Less6 * x[2] + C, f2 = C - f.c2And6 * x[6];
     return {r(h2 + z + f1),  r(g1 + zz + f2), r(g2 + zz - f2), r(h1 + z - f1),
             r(z - f1 - h1), r(zz - f2 - g2), r(zz + f2 - g1), r(z + f1 - h2)};
 }
@@ -143,7 +170,7 @@ KUV_FOR_EACH_VARIANT(Dct8x8);
 
 constexpr Direction both[] = {Direction::forward, Direction::inverse};
 
-TEST_P(Dct8x8, ArithmeticIsAsStated) {
+TEST_P(Dct8x8, ArithmeticIsThatOfTheReference) {
     Random random(1);
     for (int round = 0; round < rounds(3000) && !HasFailure(); ++round) {
         const int range = std::array{4, 128, 256, 1000, 4096, 32768}[static_cast<std::size_t>(round % 6)];
@@ -198,7 +225,7 @@ TEST_P(Dct8x8, InverseMeetsIeee1180) {
         const double count = 64.0 * blocks;
         EXPECT_LE(peak, 1);
         EXPECT_LT(squares / count, 0.02);
-        if (!sanitized) {  // of fewer blocks the mean scatters more
+        if (blocks >= 10000) {  // of fewer the mean scatters more
             EXPECT_LT(std::abs(errors) / count, 0.0015);
         }
     }

@@ -1,8 +1,7 @@
 // Adaptive demosaicing: what is read and written at any step and address, with memory of exactly the stated size.
-#include <pthread.h>
-
 #include "support/demosaic_calls.hpp"
 #include "support/distant.hpp"
+#include "support/stack.hpp"
 
 namespace {
 
@@ -176,40 +175,17 @@ TEST_P(DemosaicMemory, RowsFurtherApartThan32BitsTell) {
     });
 }
 
-// Bytes of stack that a thread which runs `body` has touched.
-std::size_t stackOf(const std::function<void()>& body) {
-    constexpr std::size_t bytes = 1 << 20;
-    constexpr unsigned char untouched = 0xB7;
-    const DistantMemory memory(bytes);
-    std::memset(memory.memory(), untouched, bytes);
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    EXPECT_EQ(pthread_attr_setstack(&attributes, memory.memory(), bytes), 0);
-    pthread_t thread;
-    const auto entry = [](void* argument) -> void* {
-        (*static_cast<const std::function<void()>*>(argument))();
-        return nullptr;
-    };
-    EXPECT_EQ(pthread_create(&thread, &attributes, entry, const_cast<std::function<void()>*>(&body)), 0);
-    pthread_join(thread, nullptr);
-    pthread_attr_destroy(&attributes);
-    std::size_t lowest = 0;
-    while (lowest < bytes && static_cast<unsigned char>(memory.memory()[lowest]) == untouched) ++lowest;
-    return bytes - lowest;
-}
-
 // Callers run this in threads of their own, with stacks of their own size.
 TEST_P(DemosaicMemory, StackUseIsBounded) {
     if (sanitized) GTEST_SKIP() << "the sanitizer spreads out the stack";
     forBothDepths([&]<class T>(T) {
         constexpr KuviSize size = {700, 30};
         std::vector<T> src(700 * 30, T{9}), dst(700 * 30 * 3), tmp(30 * 706);
-        const std::size_t idle = stackOf([] {});
-        const std::size_t busy = stackOf([&] {
+        const std::size_t used = stackOf([&] {
             demosaic(src.data(), {0, 0, 700, 30}, size, 700 * sizeof(T), dst.data(), 2100 * sizeof(T), kuvCfaRGGB, tmp.data(),
                      706 * sizeof(T));
         });
-        EXPECT_LE(busy - idle, 33u << 10) << "32 KiB of working space, and a frame";
+        EXPECT_LE(used, 33u << 10) << "32 KiB of working space, and a frame";
         EXPECT_EQ(dst[1000], T{9});
     });
 }

@@ -272,6 +272,7 @@ TEST_P(DFTSize, BadFlags) {
         for (const int length : {1, 100, 1 << 20, 1 << 30, 0x8000001})
             EXPECT_EQ(queried(length, flag), (Sizes{kuvStatusBadFlag, 640, 0, 0}));
     }
+    EXPECT_EQ(queried(0, 3), (Sizes{kuvStatusBadSize, -1, -1, -1})) << "the length comes first";
 }
 
 TEST_P(DFTSize, NeitherFlagNorHintMatters) {
@@ -412,6 +413,15 @@ TEST_P(DFTInit, TooLong) {
     std::vector<unsigned char> spec(1024), init(64);
     EXPECT_EQ(kuvsDFTInit_C_32f(0x4000001, 8, 0, spec.data(), init.data()), kuvStatusBadSize);
     EXPECT_EQ(kuvsDFTInit_C_32f(0x8000001, 8, 0, spec.data(), nullptr), kuvStatusBadSize);
+}
+
+TEST_P(DFTInit, TheOrderOfTheChecks) {
+    Bytes spec(1024, 0x5A), init(64, 0x5A);
+    const Bytes before = spec, initBefore = init;
+    EXPECT_EQ(kuvsDFTInit_C_32f(0, 3, 0, spec.data(), init.data()), kuvStatusBadSize) << "ahead of the flag";
+    EXPECT_EQ(spec, before);
+    EXPECT_EQ(init, initBefore);
+    EXPECT_EQ(kuvsDFTInit_C_32f(0x4000001, 8, 0, spec.data(), nullptr), kuvStatusNullPtr) << "ahead of the length's limit";
 }
 
 TEST_P(DFTInit, WhereTheBufferMayBeNull) {

@@ -144,6 +144,14 @@ TEST_P(FilterBorderSize, PastWhat32BitsHold) {
     if (GetParam().isPx()) expectSizes({11000, 11000}, {1, 1}, kuvDataType32f, kuvDataType32f, 1);
 }
 
+TEST_P(FilterBorderSize, NullComesBeforeWhatDoesNotFit) {
+    constexpr KuviSize most = {INT32_MAX, INT32_MAX};
+    Kuv32s bytes = -1;
+    EXPECT_EQ(kuviFilterBorderGetSize(most, {1, 1}, kuvDataType32f, kuvDataType32f, 1, nullptr, &bytes), kuvStatusNullPtr);
+    EXPECT_EQ(kuviFilterBorderGetSize(most, {1, 1}, kuvDataType32f, kuvDataType32f, 1, &bytes, nullptr), kuvStatusNullPtr);
+    EXPECT_EQ(bytes, -1);
+}
+
 TEST_P(FilterBorderSize, SomeSizesAsNumbers) {
     const bool scalar = GetParam().isPx(), between = !scalar && !GetParam().hasAVX();
     Kuv32s spec = 0, buffer = 0;

@@ -47,6 +47,8 @@ struct PlanBlock {
     }
 };
 
+KUV_AGREES(kuviHistogramGetBufferSize, anyType, Fixed<KuviSize>{{3, 3}}, Fixed<const Kuv32s*>{enough}, four, OneOf<Kuv32s>{{0, 1, 7}},
+           Results<Kuv32s>{}, Results<Kuv32s>{});
 KUV_CHECKS(kuviHistogramGetBufferSize,
            call(anyType, Fixed<KuviSize>{{3, 3}}, Fixed<const Kuv32s*>{enough}, four, OneOf<Kuv32s>{{0, 1, 7}}, Results<Kuv32s>{},
                 Results<Kuv32s>{}),
@@ -54,6 +56,7 @@ KUV_CHECKS(kuviHistogramGetBufferSize,
            check(kuvStatusBadChannelCount, set<3>(0), set<3>(2), set<3>(5), set<3>(9), set<3>(-1), set<3>(INT32_MIN)),
            check(kuvStatusBadHistLevels, set<2>(tooFew[0]), set<2>(tooFew[1]), set<2>(tooFew[2]), set<2>(tooFew[3])));
 
+KUV_AGREES(kuviHistogramInit, anyType, Fixed<const float* const*>{lists}, Fixed<const Kuv32s*>{enough}, four, PlanBlock{});
 KUV_CHECKS(kuviHistogramInit, call(anyType, Fixed<const float* const*>{lists}, Fixed<const Kuv32s*>{enough}, four, PlanBlock{}),
            check(kuvStatusBadDataType, set<0>(0), set<0>(2), set<0>(9), set<0>(14), set<0>(-1), set<0>(INT32_MIN)),
            check(kuvStatusNullPtr, null<1>(), null<2>(), null<4>()),
@@ -65,6 +68,8 @@ KUV_CHECKS(kuviHistogramInit, call(anyType, Fixed<const float* const*>{lists}, F
            check(kuvStatusRangeOrder, set<1>(unsorted[2])), check(kuvStatusNullPtr, set<1>(without[3])),
            check(kuvStatusBadHistLevels, set<2>(tooFew[3])), check(kuvStatusRangeOrder, set<1>(unsorted[3])));
 
+KUV_AGREES(kuviHistogramUniformInit, anyType, Fixed<const float*>{lower}, Fixed<const float*>{upper}, Fixed<const Kuv32s*>{enough}, four,
+           PlanBlock{});
 KUV_CHECKS(kuviHistogramUniformInit,
            call(anyType, Fixed<const float*>{lower}, Fixed<const float*>{upper}, Fixed<const Kuv32s*>{enough}, four, PlanBlock{}),
            check(kuvStatusBadDataType, set<0>(0), set<0>(3), set<0>(6), set<0>(12), set<0>(INT32_MAX)),
@@ -176,6 +181,16 @@ TEST_P(HistogramInit, Sizes) {
             }
         }
     }
+}
+
+// The data type is examined last.
+TEST_P(HistogramInit, LevelsComeBeforeTheType) {
+    Kuv32s plan = -1, buffer = -1;
+    for (const auto& counts : tooFew) {
+        EXPECT_EQ(kuviHistogramGetBufferSize(0, {5, 5}, counts, 4, 0, &plan, &buffer), kuvStatusBadHistLevels);
+    }
+    EXPECT_EQ(plan, -1);
+    EXPECT_EQ(buffer, -1);
 }
 
 TEST_P(HistogramInit, SizesPast32Bits) {

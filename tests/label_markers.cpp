@@ -484,7 +484,7 @@ TEST_P(LabelMarkers, BufferSizes) {
     constexpr KuviSize large[] = {{30000, 20000}, {65536, 65536}, {INT32_MAX, INT32_MAX}, {INT32_MAX, 1}, {46341, 46341}, {3, INT32_MAX}};
     for (const KuviSize size : large) {
         const auto pixels = static_cast<Kuv64u>(size.width) * static_cast<Kuv64u>(size.height);
-        EXPECT_EQ(bufferBytes(size), static_cast<Kuv32s>(static_cast<Kuv32u>((24 * pixels) / 4 + 32)));
+        EXPECT_EQ(bufferBytes(size), static_cast<Kuv32s>(static_cast<Kuv32u>(6 * pixels + 32)));
     }
 }
 

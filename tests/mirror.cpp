@@ -301,31 +301,6 @@ TEST_P(Mirror, InPlaceWithStep0) {
     }
 }
 
-TEST_P(Mirror, OneColumnAboutTheVerticalAndOneRowAboutTheHorizontalChangeNothing) {
-    for (const Form& form : forms) {
-        for (const auto& [size, axis] : {std::pair{KuviSize{1, 9}, kuvAxisVertical}, {KuviSize{37, 1}, kuvAxisHorizontal}}) {
-            const std::ptrdiff_t step = size.width * form.pixelBytes();
-            const Image image("srcDst", {static_cast<int>(step), size.height, step, Guard::end, 0, form.sampleBytes}, 1);
-            const Bytes before = image.bytes();
-            EXPECT_EQ(form.inPlace(image.row(), image.step(), size, axis), kuvStatusOk);
-            EXPECT_EQ(image.difference(before), "") << form.name;
-        }
-    }
-}
-
-TEST_P(Mirror, AnOddWidthKeepsItsMiddlePixel) {
-    for (const int width : {1, 3, 15, 31, 33, 63, 101}) {
-        std::vector<Kuv16u> row(static_cast<std::size_t>(3 * width)), result(row.size());
-        for (std::size_t i = 0; i < row.size(); ++i) row[i] = static_cast<Kuv16u>(7 * i + 1);
-        result = row;
-        EXPECT_EQ(kuviMirror_16u_C3IR(result.data(), 6 * width, {width, 1}, kuvAxisVertical), kuvStatusOk);
-        for (std::size_t c = 0, middle = static_cast<std::size_t>(width / 2 * 3); c < 3; ++c) {
-            EXPECT_EQ(result[middle + c], row[middle + c]);
-            EXPECT_EQ(result[c], row[row.size() - 3 + c]);
-        }
-    }
-}
-
 TEST_P(Mirror, BadAxes) {
     alignas(16) Kuv16u a[32] = {}, b[32] = {};
     Kuv8u* const bytes = reinterpret_cast<Kuv8u*>(a);
@@ -358,19 +333,6 @@ TEST_P(Mirror, NoTranspositionInPlace) {
         EXPECT_EQ(kuviMirror_16u_C1R(image, 0, image, 0, {0, 0}, axis), kuvStatusBadStep) << "ahead of the size";
         EXPECT_EQ(kuviMirror_16u_C1R(image, 127, image, 128, {2, 2}, axis), kuvStatusBadStep);
         EXPECT_EQ(kuviMirror_16u_C1R(image, 128, image, 128, {2, 0}, axis), kuvStatusBadSize);
-    }
-}
-
-TEST_P(Mirror, TransposedTwiceComesBack) {
-    for (const int side : {1, 5, 16, 32, 61, 200}) {
-        const auto step = static_cast<Kuv32s>(2 * side);
-        std::vector<Kuv16u> image(static_cast<std::size_t>(side * side)), transposed(image.size()), back(image.size());
-        for (Kuv16u& each : image) each = static_cast<Kuv16u>(random_());
-        for (const Kuv32s axis : diagonals) {
-            EXPECT_EQ(kuviMirror_16u_C1R(image.data(), step, transposed.data(), step, {side, side}, axis), kuvStatusOk);
-            EXPECT_EQ(kuviMirror_16u_C1R(transposed.data(), step, back.data(), step, {side, side}, axis), kuvStatusOk);
-            EXPECT_EQ(image, back);
-        }
     }
 }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "support/aliased.hpp"
+#include "support/distant.hpp"
 #include "support/results.hpp"
 #include "support/statuses.hpp"
 
@@ -31,8 +32,6 @@ struct ChannelOfInterest {
     std::tuple<Kuv32s> operator()(Draw& draw) const { return {between(draw.random, 1, 3)}; }
 };
 
-auto badSteps() { return check(kuvStatusBadStep, set<1>(0), set<1>(-1), set<1>(-4), set<1>(INT32_MIN)); }
-
 KUV_AGREES_FROM(w7, kuviSum_32f_C1R, Source<Kuv32f>{}, RoiSize{}, Results<Kuv64f>{}, Hint{});
 KUV_CHECKS(kuviSum_32f_C1R, call(Source<Kuv32f>{}, RoiSize{}, Results<Kuv64f>{}, Hint{}), check(kuvStatusNullPtr, null<0>(), null<3>()),
            badSize<2>());
@@ -50,7 +49,7 @@ CHECKS_OF_MEAN(kuviMean_8u_C3R, Kuv8u, 3);
 #define CHECKS_OF_DEVIATION(function, T, ...)                                                                               \
     KUV_AGREES(function, WholeSteps<T, 1>{}, RoiSize{}, OptionalResult<Kuv64f>{}, OptionalResult<Kuv64f>{});                \
     KUV_CHECKS(function, call(WholeSteps<T, 1>{}, RoiSize{}, OptionalResult<Kuv64f>{}, OptionalResult<Kuv64f>{}),           \
-               check(kuvStatusNullPtr, null<0>()), badSize<2>(), badSteps() __VA_OPT__(, ) __VA_ARGS__)
+               check(kuvStatusNullPtr, null<0>()), badSize<2>(), badStep<1>() __VA_OPT__(, ) __VA_ARGS__)
 CHECKS_OF_DEVIATION(kuviMean_StdDev_8u_C1R, Kuv8u);
 CHECKS_OF_DEVIATION(kuviMean_StdDev_16u_C1R, Kuv16u, check(kuvStatusStepNotMultiple, set<1>(100001), set<1>(INT32_MAX)));
 CHECKS_OF_DEVIATION(kuviMean_StdDev_32f_C1R, Kuv32f,
@@ -59,7 +58,7 @@ KUV_AGREES(kuviMean_StdDev_8u_C3CR, WholeSteps<Kuv8u, 3>{}, RoiSize{}, ChannelOf
            OptionalResult<Kuv64f>{});
 KUV_CHECKS(kuviMean_StdDev_8u_C3CR,
            call(WholeSteps<Kuv8u, 3>{}, RoiSize{}, ChannelOfInterest{}, OptionalResult<Kuv64f>{}, OptionalResult<Kuv64f>{}),
-           check(kuvStatusNullPtr, null<0>()), badSize<2>(), badSteps(),
+           check(kuvStatusNullPtr, null<0>()), badSize<2>(), badStep<1>(),
            check(kuvStatusBadChannelOfInterest, set<3>(0), set<3>(4), set<3>(-1), set<3>(INT32_MIN), set<3>(INT32_MAX)));
 
 // The formulae of the header, one sample after the other.
@@ -457,6 +456,36 @@ TEST_P(Moments, MoreSamplesThan32BitsCount) {
     const std::vector<Kuv32f> reals(65536, 0.5f);
     EXPECT_EQ(kuviMean_32f_C1R(reals.data(), 0, {65536, 32768}, &mean, 0), kuvStatusOk);
     EXPECT_EQ(mean, -0.5);
+}
+
+TEST_P(Moments, RowsFurtherApartThan32BitsTell) {
+    constexpr std::ptrdiff_t step = 0x7FFFFFF0;
+    const DistantMemory memory(3 * static_cast<std::size_t>(step));
+    KUV_NEEDS(memory);
+    for (const Form& form : forms) {
+        constexpr KuviSize size = {41, 3};
+        for (const bool upward : {false, true}) {
+            if (upward && form.checksSteps) continue;
+            const std::ptrdiff_t signedStep = upward ? -step : step;
+            unsigned char* const first = reinterpret_cast<unsigned char*>(memory.memory()) + (upward ? 2 * step : 0);
+            const auto sample = anySample(form);
+            for (int r = 0; r < size.height; ++r) {
+                for (int i = 0; i < size.width * form.channels; ++i) {
+                    unsigned char* const row = first + signedStep * r;
+                    if (form.isReal()) store(row, i, static_cast<Kuv32f>(sample(i, r)));
+                    else if (form.sampleBytes == 2) store(row, i, static_cast<Kuv16u>(sample(i, r)));
+                    else store(row, i, static_cast<Kuv8u>(static_cast<int>(sample(i, r))));
+                }
+            }
+            Wanted wanted;
+            form.want({first, signedStep, size}, GetParam(), wanted);
+            Kuv64f got[3];
+            EXPECT_EQ(watched([&] { return form.call(first, static_cast<Kuv32s>(signedStep), size, got); }), kuvStatusOk);
+            for (int i = 0; i < form.results; ++i) {
+                EXPECT_EQ(got[i], wanted[i]) << form.name << ", result " << i << (upward ? ", upward" : "");
+            }
+        }
+    }
 }
 
 TEST_P(Moments, HugeImages) {

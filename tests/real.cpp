@@ -125,8 +125,8 @@ bool usesConstant(const Function& function) { return std::strchr(function.name, 
 class Real : public VariantTest {
 protected:
     // Computes as the library does and as the text says, on the same bytes; rows may lie on each other, and images may be one.
-    // Bits of the step that the function clears are set in what it is given. Where two NaNs meet of which either may come out, nothing
-    // is compared.
+    // Bits of the step that the function clears are set in what it is given. Where two NaNs meet, either may come out; where rows lie on
+    // each other as well, what follows from it is not compared.
     void expectResults(const Function& function, const Image& src1, const Image& src2, const Image& dst, KuviSize size) {
         SCOPED_TRACE(testing::Message() << GetParam() << ", " << function << ", " << size.width << " x " << size.height << ", src1: "
                                         << src1.geometry() << ", src2: " << src2.geometry() << ", dst: " << dst.geometry());
@@ -134,6 +134,11 @@ protected:
         Bytes wanted = dst.bytes();
         KuvStatus status = kuvStatusOk;
         const int samples = size.width * function.channels;
+        struct Pair {
+            int row, sample;
+            Bits a, b;
+        };
+        std::vector<Pair> pairs;
         for (int r = 0; r < size.height; ++r) {
             unsigned char* const row = dst.row(wanted, r);
             const unsigned char* const first = &src1 == &dst ? row : src1.row(r);
@@ -141,7 +146,8 @@ protected:
             for (int i = 0; i < samples; ++i) {
                 const Operands of = {load<Bits>(row, i), load<Bits>(first, function.sources > 0 ? i : 0),
                                      load<Bits>(second, function.sources > 1 ? i : 0), constant(function, i)};
-                if (function.commutes && isNaN(of.dst) && isNaN(function.sources > 0 ? of.src1 : of.value)) return;
+                const Bits other = function.sources > 0 ? of.src1 : of.value;
+                if (function.commutes && isNaN(of.dst) && isNaN(other)) pairs.push_back({r, i, quiet(of.dst), quiet(other)});
                 store(row, i, function.wanted(of, status));
             }
         }
@@ -151,7 +157,15 @@ protected:
                                   dst.step() + extra, size});
         };
         EXPECT_EQ(watched(call), status);
-        EXPECT_EQ(dst.difference(wanted), "");
+        const bool apart = size.height == 1 || std::abs(dst.geometry().step) >= dst.geometry().rowBytes;
+        for (const Pair& each : pairs) {
+            const Bits got = load<Bits>(dst.row(each.row), each.sample);
+            EXPECT_TRUE(!apart || got == each.a || got == each.b) << "row " << each.row << " sample " << each.sample << ": " << got;
+            store(dst.row(wanted, each.row), each.sample, got);
+        }
+        if (apart || pairs.empty()) {
+            EXPECT_EQ(dst.difference(wanted), "");
+        }
         if (&src1 != &dst) {
             EXPECT_EQ(src1.difference(src1Before), "");
         }

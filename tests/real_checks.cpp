@@ -19,11 +19,6 @@ struct Constant {
     }
 };
 
-// (pointer): one for each channel, and nothing around them.
-struct ChannelConstants {
-    std::tuple<const Kuv32f*> operator()(Draw& draw) const { return {draw.image<Kuv32f>(Role::source, 3, 1, 0).row<const Kuv32f>()}; }
-};
-
 // (pointer, step): an image whose step is a multiple of 4.
 template <class T, Role role>
 struct Aligned {
@@ -59,8 +54,8 @@ constexpr StepClass A = StepClass::A, B = StepClass::B;
 
 KUV_AGREES(kuviSub_32f_C1IR, Source<Kuv32f>{}, InOut<Kuv32f>{}, RoiSize{});
 KUV_AGREES(kuviSub_32f_C1R, Source<Kuv32f>{}, Source<Kuv32f>{}, Output<Kuv32f>{}, RoiSize{});
-KUV_AGREES(kuviAddC_32f_C3IR, ChannelConstants{}, InOut<Kuv32f>{.channels = 3, .same = sameRealOrBothNaN}, RoiSize{});
-KUV_AGREES(kuviMulC_32f_C3IR, ChannelConstants{}, InOut<Kuv32f>{.channels = 3, .same = sameRealOrBothNaN}, RoiSize{});
+KUV_AGREES(kuviAddC_32f_C3IR, SourceSignal<Kuv32f>{3}, InOut<Kuv32f>{.channels = 3, .same = sameRealOrBothNaN}, RoiSize{});
+KUV_AGREES(kuviMulC_32f_C3IR, SourceSignal<Kuv32f>{3}, InOut<Kuv32f>{.channels = 3, .same = sameRealOrBothNaN}, RoiSize{});
 KUV_AGREES(kuviSubC_32f_C1IR, Constant{}, InOut<Kuv32f>{}, RoiSize{});
 KUV_AGREES(kuviDivC_32f_C1IR, Constant{}, InOut<Kuv32f>{.steps = A, .same = sameRealOrBothNaN}, RoiSize{});
 KUV_AGREES(kuviDiv_32f_C1IR, Source<Kuv32f>{.steps = A}, InOut<Kuv32f>{.steps = A}, RoiSize{});
@@ -70,30 +65,29 @@ KUV_AGREES(kuviSqr_32f_C1IR, AlignedInOut{}, RoiSize{});
 // px has its own rule for NaNs.
 KUV_AGREES_FROM(w7, kuviSqrt_32f_C1IR, AlignedInOut{}, RoiSize{});
 
-#define BAD_STEP(argument) set<argument>(0), set<argument>(-1), set<argument>(-4), set<argument>(INT32_MIN)
 KUV_CHECKS(kuviSub_32f_C1IR, call(Source<Kuv32f>{}, InOut<Kuv32f>{}, RoiSize{}), check(kuvStatusNullPtr, null<0>(), null<2>()),
            badSize<4>());
 KUV_CHECKS(kuviSub_32f_C1R, call(Source<Kuv32f>{}, Source<Kuv32f>{}, Output<Kuv32f>{}, RoiSize{}),
            check(kuvStatusNullPtr, null<0>(), null<2>(), null<4>()), badSize<6>());
-KUV_CHECKS(kuviAddC_32f_C3IR, call(ChannelConstants{}, InOut<Kuv32f>{.channels = 3}, RoiSize{}),
+KUV_CHECKS(kuviAddC_32f_C3IR, call(SourceSignal<Kuv32f>{3}, InOut<Kuv32f>{.channels = 3}, RoiSize{}),
            check(kuvStatusNullPtr, null<0>(), null<1>()), badSize<3>());
-KUV_CHECKS(kuviMulC_32f_C3IR, call(ChannelConstants{}, InOut<Kuv32f>{.channels = 3}, RoiSize{}),
+KUV_CHECKS(kuviMulC_32f_C3IR, call(SourceSignal<Kuv32f>{3}, InOut<Kuv32f>{.channels = 3}, RoiSize{}),
            check(kuvStatusNullPtr, null<0>(), null<1>()), badSize<3>());
 KUV_CHECKS(kuviSubC_32f_C1IR, call(Constant{}, InOut<Kuv32f>{}, RoiSize{}), check(kuvStatusNullPtr, null<1>()), badSize<3>());
 KUV_CHECKS(kuviDivC_32f_C1IR, call(Constant{.divides = true}, InOut<Kuv32f>{.steps = A}, RoiSize{}),
-           check(kuvStatusNullPtr, null<1>()), badSize<3>(), check(kuvStatusBadStep, BAD_STEP(2)),
+           check(kuvStatusNullPtr, null<1>()), badSize<3>(), badStep<2>(),
            check(kuvStatusDivByZero, set<0>(0.0f), set<0>(-0.0f)));
 KUV_CHECKS(kuviDiv_32f_C1IR, call(Divisors{}, InOut<Kuv32f>{.steps = A}, RoiSize{}), check(kuvStatusNullPtr, null<0>(), null<2>()),
-           badSize<4>(), check(kuvStatusBadStep, BAD_STEP(1), BAD_STEP(3)));
+           badSize<4>(), badStep<1, 3>());
 KUV_CHECKS(kuviAbs_32f_C1IR, call(AlignedInOut{}, RoiSize{}), check(kuvStatusNullPtr, null<0>()), badSize<2>(),
-           check(kuvStatusBadStep, BAD_STEP(1)));
+           badStep<1>());
 KUV_CHECKS(kuviAbsDiff_32f_C1R, call(AlignedSource{B}, AlignedSource{B}, AlignedOutput{B}, RoiSize{}),
            check(kuvStatusNullPtr, null<0>(), null<2>(), null<4>()), badSize<6>(),
-           check(kuvStatusBadStep, BAD_STEP(1), set<1>(3), BAD_STEP(3), set<3>(3), BAD_STEP(5), set<5>(3)),
+           badStep<1, 3, 5>(), check(kuvStatusBadStep, set<1>(3), set<3>(3), set<5>(3)),
            check(kuvStatusStepNotMultiple, set<1>(0x7FFFFFFF), set<1>(0x7FFFFFFE), set<3>(0x7FFFFFFD), set<5>(0x7FFFFFFE)));
 KUV_CHECKS(kuviSqr_32f_C1IR, call(AlignedInOut{}, RoiSize{}), check(kuvStatusNullPtr, null<0>()), badSize<2>(),
-           check(kuvStatusBadStep, BAD_STEP(1)));
+           badStep<1>());
 KUV_CHECKS(kuviSqrt_32f_C1IR, call(AlignedInOut{.positive = true}, RoiSize{}), check(kuvStatusNullPtr, null<0>()), badSize<2>(),
-           check(kuvStatusBadStep, BAD_STEP(1)));
+           badStep<1>());
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include "support/agreement.hpp"
 #include "support/distant.hpp"
 #include "support/reduce_bits_reference.hpp"
+#include "support/stack.hpp"
 #include "support/statuses.hpp"
 
 namespace {
@@ -449,11 +450,43 @@ TEST_P(ReduceBits, BufferSizes) {
     }
 }
 
+// A size beyond 32 bits wraps around.
+TEST_P(ReduceBits, BufferSizesBeyond32Bits) {
+    for (const Kuv32u width : {0x20000000u, 0x7FFFFFFFu}) {
+        const auto bytes = [&](KuvDitherType type) {
+            Kuv32s size = -1;
+            EXPECT_EQ(kuviReduceBitsGetBufferSize(1, {static_cast<Kuv32s>(width), 1}, 0, type, &size), kuvStatusOk);
+            return size;
+        };
+        EXPECT_EQ(bytes(kuvDitherFloydSteinberg), static_cast<Kuv32s>(8 * width + 80));
+        EXPECT_EQ(bytes(kuvDitherStucki), static_cast<Kuv32s>(12 * width + 112));
+    }
+}
+
 TEST_P(ReduceBits, BufferSizeAtAnyAddress) {
     for (int gap = 1; gap < 4; ++gap) {
         unsigned char size[8] = {};
         EXPECT_EQ(kuviReduceBitsGetBufferSize(3, {7, 5}, 0, kuvDitherStucki, reinterpret_cast<Kuv32s*>(size + gap)), kuvStatusOk);
         EXPECT_EQ(load<Kuv32s>(size + gap), 12 * 7 + 112);
+    }
+}
+
+TEST_P(ReduceBits, StackUseIsBounded) {
+    if (sanitized) GTEST_SKIP() << "the sanitizer spreads out the stack";
+    for (const int form : forms) {
+        for (KuvDitherType type = kuvDitherOff; type <= kuvDitherOrdered4x4; ++type) {
+            for (const Kuv32s noise : {0, 20}) {
+                const Reduction r = {form, {1000, 40}, noise, type, 5};
+                const std::vector<Kuv16u> src(r.samples(), Kuv16u{65535});
+                std::vector<Kuv8u> dst(r.samples()), buffer(static_cast<std::size_t>(bufferBytes(r)) + 1);
+                const std::size_t used = stackOf([&] {
+                    functionOf(form)(src.data(), 2 * r.rowSamples(), dst.data(), r.rowSamples(), r.size, noise, type, r.levels,
+                                     buffer.data());
+                });
+                EXPECT_LE(used, 41u << 10) << "40 KiB, and a frame: type " << type << ", noise " << noise << ", " << form << " samples";
+                EXPECT_NE(dst[0], 0);
+            }
+        }
     }
 }
 

@@ -151,6 +151,7 @@ TEST_P(ResizePlan, SizeLimit) {
     EXPECT_EQ(more.init, -1);
     EXPECT_EQ(sizes({2, 2}, {INT32_MAX, INT32_MAX}, 1).status, kuvStatusSizeOverflow);
     EXPECT_EQ(sizes({6, 6}, {INT32_MAX, INT32_MAX}, 16, 1).status, kuvStatusSizeOverflow);
+    EXPECT_EQ(sizes({2, 2}, {INT32_MAX, INT32_MAX}, 1, 1).status, kuvStatusSizeOverflow) << "ahead of the warning";
 }
 
 TEST_P(ResizePlan, ZeroComesBeforeBelowZero) {
@@ -264,6 +265,7 @@ TEST_P(ResizePlan, BufferSizeIsTheFormula) {
     store(plan.start() + 84, 0, wide);
     Kuv32s bytes = -1;
     EXPECT_EQ(kuviResizeGetBufferSize_16s(plan.get(), {100000000, 1}, 3, &bytes), kuvStatusSizeOverflow);
+    EXPECT_EQ(kuviResizeGetBufferSize_16s(plan.get(), {INT32_MAX, 1}, 3, &bytes), kuvStatusSizeOverflow) << "ahead of the warning";
     EXPECT_EQ(bytes, -1);
     EXPECT_EQ(kuviResizeGetBufferSize_16s(plan.get(), {100000000, 1}, 1, &bytes), kuvStatusOk);
     EXPECT_EQ(bytes, 32 + 3 * 400000000 + 64);

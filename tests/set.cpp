@@ -1,8 +1,9 @@
-// Fills with a constant.
+// Fills with a constant, and zeroed signals.
 #include <algorithm>
 
 #include "support/agreement.hpp"
 #include "support/aliased.hpp"
+#include "support/distant.hpp"
 #include "support/statuses.hpp"
 
 namespace {
@@ -18,6 +19,9 @@ CHECKS_OF_SET(kuviSet_32s_C1R, Kuv32s, Output<Kuv32s>{});
 CHECKS_OF_SET(kuviSet_32f_C1R, Kuv32f, Output<Kuv32f>{});
 // The last pixel's other samples may lie on an unmapped page.
 CHECKS_OF_SET(kuviSet_8u_C4CR, Kuv8u, InOut<Kuv8u>{.channels = 4, .omitted = 3});
+
+KUV_AGREES(kuvsZero_8u, OutputSignal<Kuv8u>{}, Length{});
+KUV_CHECKS(kuvsZero_8u, call(OutputSignal<Kuv8u>{}, Length{}), check(kuvStatusNullPtr, null<0>()), badLength<1>());
 
 class Set : public VariantTest {
 protected:
@@ -100,22 +104,67 @@ TEST_P(Set, SignallingNaNKeepsItsBits) {
     }
 }
 
-// More bytes than 31 bits tell, and than 32. Each page stands for hundreds: what is checked is that the fill gets to the end.
+TEST_P(Set, RowsFurtherApartThan32BitsTell) {
+    constexpr std::ptrdiff_t step = 0x7FFFFFF1;
+    const DistantMemory memory(3 * static_cast<std::size_t>(step));
+    KUV_NEEDS(memory);
+    const auto expectRows = [&](auto function, auto value, int pitch) {
+        using T = decltype(value);
+        constexpr KuviSize size = {41, 3};
+        for (const bool upward : {false, true}) {
+            const std::ptrdiff_t signedStep = upward ? -step : step, start = upward ? 2 * step : 0;
+            const auto bytes = static_cast<std::ptrdiff_t>(sizeof(T)) * ((size.width - 1) * pitch + 1);
+            for (int r = 0; r < 3; ++r) std::memset(memory.memory() + start + signedStep * r, 'a' + r, static_cast<std::size_t>(bytes + 1));
+            EXPECT_EQ(watched([&] {
+                          return function(value, reinterpret_cast<T*>(memory.memory() + start), static_cast<Kuv32s>(signedStep), size);
+                      }),
+                      kuvStatusOk);
+            for (int r = 0; r < 3; ++r) {
+                Bytes wanted(static_cast<std::size_t>(bytes + 1), static_cast<unsigned char>('a' + r));
+                for (int i = 0; i < size.width; ++i) store(wanted.data(), i * pitch, value);
+                EXPECT_EQ(std::memcmp(memory.memory() + start + signedStep * r, wanted.data(), wanted.size()), 0)
+                    << sizeof(T) << "-byte samples, row " << r << (upward ? ", upward" : "");
+            }
+        }
+    };
+    expectRows(kuviSet_8u_C1R, Kuv8u{0xA7}, 1);
+    expectRows(kuviSet_16u_C1R, Kuv16u{0xA7C3}, 1);
+    expectRows(kuviSet_32s_C1R, Kuv32s{0x12345678}, 1);
+    expectRows(kuviSet_32f_C1R, -1.7e-9f, 1);
+    expectRows(kuviSet_8u_C4CR, Kuv8u{0xA7}, 4);
+}
+
+// More bytes than 31 bits tell, and than 32.
 TEST_P(Set, MoreThan2GiB) {
     if (sanitized) GTEST_SKIP() << "the sanitizer takes minutes for it";
     const PresetCache cache(kuvStatusOk, 0x10000);
+    const AliasedMemory memory(LongRun::most);
+    KUV_NEEDS(memory);
     for (const KuviSize size : {KuviSize{46352, 46400}, KuviSize{65552, 65600}}) {
-        const std::size_t bytes = static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height);
-        const AliasedMemory memory(bytes);
-        KUV_NEEDS(memory);
-        std::memset(memory.memory(), 0, AliasedMemory::period);
-        EXPECT_EQ(kuviSet_8u_C1R(0x5A, memory.memory(), size.width, size), kuvStatusOk);
-        EXPECT_EQ(memory.memory()[bytes - 1], 0x5A);
-        EXPECT_EQ(std::count(memory.memory(), memory.memory() + AliasedMemory::period, 0x5A),
-                  static_cast<std::ptrdiff_t>(AliasedMemory::period));
-        EXPECT_EQ(kuviSet_32s_C1R(0x01010101, reinterpret_cast<Kuv32s*>(memory.memory()), size.width, {size.width / 4, size.height}),
-                  kuvStatusOk);
-        EXPECT_EQ(memory.memory()[bytes - 1], 1);
+        LongRun bytes(memory, size, 1);
+        bytes.want<Kuv8u>([](Kuv8u, std::size_t) { return 0x5A; });
+        EXPECT_EQ(watched([&] { return kuviSet_8u_C1R(0x5A, memory.memory(), bytes.step(), size); }), kuvStatusOk);
+        EXPECT_TRUE(bytes.isAsWanted()) << size.width << " x " << size.height;
+        const KuviSize quarter = {size.width / 4, size.height};
+        LongRun words(memory, quarter, 4);
+        words.want<Kuv32s>([](Kuv32s, std::size_t) { return 0x01020304; });
+        auto* const dst = reinterpret_cast<Kuv32s*>(memory.memory());
+        EXPECT_EQ(watched([&] { return kuviSet_32s_C1R(0x01020304, dst, words.step(), quarter); }), kuvStatusOk);
+        EXPECT_TRUE(words.isAsWanted()) << quarter.width << " x " << quarter.height;
+    }
+}
+
+TEST_P(Set, ZeroOfSignals) {
+    for (const int length : {1, 2, 15, 16, 17, 31, 32, 33, 63, 64, 65, 100, 1000, 32767, 32768, 32769, 40001, 300000}) {
+        for (const int gap : {0, 1, 17, 63}) {
+            for (const Guard guard : {Guard::end, Guard::begin}) {
+                const Image dst("dst", {length, 1, 0, guard, gap, 1}, 1);
+                Bytes wanted = dst.bytes();
+                std::fill_n(dst.row(wanted, 0), length, 0);
+                EXPECT_EQ(watched([&] { return kuvsZero_8u(dst.row(), length); }), kuvStatusOk);
+                EXPECT_EQ(dst.difference(wanted), "") << GetParam() << ", " << length;
+            }
+        }
     }
 }
 

@@ -48,7 +48,7 @@ struct ChannelCounts {
 #define SHIFT_OF_IMAGES(function, Value, nulls, ...)                                                                   \
     KUV_AGREES(function, Value{}, __VA_ARGS__, RoiSize{});                                                             \
     KUV_CHECKS(function, call(Value{}, __VA_ARGS__, RoiSize{}), nulls,                                                 \
-               check(kuvStatusBadStep, set<2>(0), set<2>(-1), set<2>(INT32_MIN)), badSize<3>())
+               badStep<2>(), badSize<3>())
 #define ONE_COUNT(function) SHIFT_OF_IMAGES(function, Count, check(kuvStatusNullPtr, null<1>()), InOut<Kuv16u>{.steps = StepClass::A})
 ONE_COUNT(kuviLShiftC_16u_C1IR);
 ONE_COUNT(kuviRShiftC_16u_C1IR);
@@ -274,15 +274,12 @@ TEST_P(ShiftC, EveryLengthOfASignal) {
     }
 }
 
-// Whatever the cache may be, a large image that is left as it is or set to 0 is so to its end.
+// A large image that is left as it is or set to 0 is so to its end.
 TEST_P(ShiftC, LargeImagesByCountsThatDoNotShift) {
-    for (const Kuv32s bytes : {0x10000, 0x7FFFFFFF}) {
-        const PresetCache cache(kuvStatusOk, bytes);
-        for (const Shift& shift : shifts) {
-            for (const Kuv32u count : {0u, 16u}) {
-                expectShift(shift, {count, count, count}, {1001, 700}, 1001 * shift.pixelBytes());
-                expectShift(shift, {count, count, count}, {1001, 700}, 1001 * shift.pixelBytes() + 6);
-            }
+    for (const Shift& shift : shifts) {
+        for (const Kuv32u count : {0u, 16u}) {
+            expectShift(shift, {count, count, count}, {1001, 700}, 1001 * shift.pixelBytes());
+            expectShift(shift, {count, count, count}, {1001, 700}, 1001 * shift.pixelBytes() + 6);
         }
     }
 }
@@ -325,30 +322,16 @@ TEST_P(ShiftC, ACountOf16ClearsItsChannel) {
     for (int i = 0; i < 150; ++i) EXPECT_EQ(image[i], i % 3 == 2 ? 0 : (0xF001 + i) >> (i % 3 + 1));
 }
 
-TEST_P(ShiftC, ABadStepComesBeforeABadSize) {
-    constexpr Kuv32u counts[3] = {1, 2, 3};
-    Kuv16u pixel[4] = {1, 2, 3, 4};
-    EXPECT_EQ(kuviLShiftC_16u_C1IR(1, pixel, 0, {0, 0}), kuvStatusBadStep);
-    EXPECT_EQ(kuviRShiftC_16u_C1IR(16, pixel, -2, {-1, 1}), kuvStatusBadStep);
-    EXPECT_EQ(kuviLShiftC_16u_C1IR(0, pixel, 2, {0, 1}), kuvStatusBadSize);
-    EXPECT_EQ(kuviLShiftC_16u_C3IR(counts, pixel, 0, {0, 0}), kuvStatusBadStep);
-    EXPECT_EQ(kuviLShiftC_16u_C3IR(nullptr, pixel, 0, {0, 0}), kuvStatusNullPtr);
-    EXPECT_EQ(kuviRShiftC_16u_AC4IR(counts, nullptr, 0, {0, 0}), kuvStatusNullPtr);
-    EXPECT_EQ(kuviRShiftC_16u_AC4IR(nullptr, pixel, 8, {1, 1}), kuvStatusNullPtr);
-    EXPECT_EQ(pixel[0], 1);
-}
-
+// Also where the samples stay as they are or become 0 without being read.
 TEST_P(ShiftC, ASignalsPointerAndLengthComeBeforeItsCount) {
     Kuv16u sample = 7;
     for (const auto& signal : signalShifts) {
-        EXPECT_EQ(signal.call(16, &sample, 0), kuvStatusBadSize);
-        EXPECT_EQ(signal.call(16, nullptr, 0), kuvStatusNullPtr);
-        EXPECT_EQ(signal.call(-1, &sample, 0), kuvStatusBadSize);
-        EXPECT_EQ(signal.call(-1, nullptr, 0), kuvStatusNullPtr);
-        EXPECT_EQ(signal.call(-1, nullptr, 1), kuvStatusNullPtr);
-        EXPECT_EQ(signal.call(0, nullptr, 1), kuvStatusNullPtr);
-        EXPECT_EQ(signal.call(0, &sample, -1), kuvStatusBadSize);
-        EXPECT_EQ(signal.call(INT32_MIN, &sample, 1), kuvStatusBadShift);
+        for (const Kuv32s count : {0, 16}) {
+            EXPECT_EQ(signal.call(count, nullptr, 0), kuvStatusNullPtr);
+            EXPECT_EQ(signal.call(count, nullptr, 1), kuvStatusNullPtr);
+            EXPECT_EQ(signal.call(count, &sample, 0), kuvStatusBadSize);
+            EXPECT_EQ(signal.call(count, &sample, -1), kuvStatusBadSize);
+        }
     }
     EXPECT_EQ(sample, 7);
 }

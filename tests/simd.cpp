@@ -99,6 +99,16 @@ Reference halfInterleaved(int half) {
 }
 
 template <class T>
+Reference transposedBlock() {
+    return [](In a, In, In, int bytes, Out result) {
+        const int rows = lanesIn<T>(bytes), columns = lanesIn<T>(16);
+        std::array<unsigned char, 16 * 32> block;
+        for (int i = 0; i < 16 * rows; ++i) block[static_cast<std::size_t>(i)] = static_cast<unsigned char>(a[i % bytes] + i / bytes * 37);
+        for (int i = 0; i < rows * columns; ++i) store(result, i, load<T>(block.data(), i % rows * columns + i / rows));
+    };
+}
+
+template <class T>
 Reference interleaved3() {
     return [](In a, In b, In c, int bytes, Out result) {
         for (int i = 0; i < lanesIn<T>(bytes); ++i) {
@@ -396,6 +406,13 @@ const std::map<std::string, Reference>& references() {
         }},
         {"storeInterleaved3 Kuv8u", interleaved3<Kuv8u>()}, {"storeInterleaved3 Kuv16u", interleaved3<Kuv16u>()},
         {"storeInterleaved3 Kuv32u", interleaved3<Kuv32u>()},
+        {"storeInterleaved4 Kuv8u", [](In a, In b, In c, int bytes, Out result) {
+            for (int i = 0; i < bytes; ++i) {
+                const unsigned char pixel[] = {a[i], b[i], c[i], static_cast<unsigned char>(a[i] ^ c[i])};
+                std::memcpy(result + 4 * i, pixel, 4);
+            }
+        }},
+        {"transposeBlock Kuv8u", transposedBlock<Kuv8u>()}, {"transposeBlock Kuv16u", transposedBlock<Kuv16u>()},
         {"add Kuv32f", arithmetic(std::plus<float>())}, {"single add Kuv32f", arithmetic(std::plus<float>())},
         {"single sub Kuv32f", arithmetic(std::minus<float>())}, {"single multiply Kuv32f", arithmetic(std::multiplies<float>())},
         {"divide Kuv32f", arithmetic(std::divides<float>())},
@@ -520,7 +537,8 @@ TEST_P(Simd, OperationsAreThoseOfScalarCode) {
             }
             avoidPairsOfNaNs(a, b);
             // At any address, and nothing else written.
-            std::array<unsigned char, 8 * longest> sources[3], wanted;
+            std::array<unsigned char, 2 * longest> sources[3];
+            std::array<unsigned char, 18 * longest> wanted;
             wanted.fill(0xA5);
             auto got = wanted;
             const int at[] = {below(random, longest), below(random, longest), below(random, longest)}, to = below(random, longest);
@@ -539,7 +557,7 @@ TEST_P(Simd, OperationsAreThoseOfScalarCode) {
     }
 }
 
-// No operation goes untested in a width that the variant has, and no reference is left over.
+// Each reference is tested in each width that the variant has, and no other operation is listed.
 TEST_P(Simd, EveryOperationIsListed) {
     const SimdOperations operations = operationsOf(GetParam());
     for (const int bytes : {16, 32}) {

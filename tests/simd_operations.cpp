@@ -1,4 +1,5 @@
-// Every operation of the vector layer, callable on bytes in memory. A new one is one line here and one in simd.cpp.
+// The operations of the vector layer, callable on bytes in memory. A new one is one line here and one in simd.cpp; nothing tells of one
+// that has neither.
 #include "support/simd_operations.hpp"
 
 #include "core/rows.hpp"
@@ -81,6 +82,15 @@ KUV_INLINE Vector<T, 16> four(const unsigned char* from, int lane) {
 template <int bytes, class Half>
 KUV_INLINE void putReals(unsigned char* to, Half half) {
     put(to, fromHalves<Vector<Kuv32f, bytes>>(half));
+}
+
+// Of a block of rows that differ, made of one register's bytes.
+template <class V>
+KUV_INLINE void transposed(const unsigned char* from, unsigned char* to) {
+    using T = typename V::Lane;
+    Kuv8u block[16 * V::lanes];
+    for (int i = 0; i < 16 * V::lanes; ++i) block[i] = static_cast<Kuv8u>(from[i % V::bytes] + i / V::bytes * 37);
+    transposeBlock<V>(reinterpret_cast<const T*>(block), 16, reinterpret_cast<T*>(to), V::bytes);
 }
 
 constexpr SimdOperation operations[] = {
@@ -169,6 +179,8 @@ constexpr SimdOperation operations[] = {
     RUN("storeInterleaved3", Kuv8u, storeInterleaved3(reinterpret_cast<Kuv8u*>(result), a, b, c))
     RUN("storeInterleaved3", Kuv16u, storeInterleaved3(reinterpret_cast<Kuv16u*>(result), a, b, c))
     RUN("storeInterleaved3", Kuv32u, storeInterleaved3(reinterpret_cast<Kuv32u*>(result), a, b, c))
+    RUN("storeInterleaved4", Kuv8u, storeInterleaved4(reinterpret_cast<Kuv8u*>(result), a, b, c, bitXor(a, c)))
+    RUN("transposeBlock", Kuv8u, transposed<V>(first, result)) RUN("transposeBlock", Kuv16u, transposed<V>(first, result))
 
     REAL_BINARY(add, Kuv32f) REAL_BINARY(multiply, Kuv32f) REAL_BINARY(sub, Kuv32f)
     REAL_BINARY(minimum, Kuv32f) REAL_BINARY(maximum, Kuv32f) REAL_BINARY(minimum, Kuv64f) REAL_BINARY(maximum, Kuv64f)

@@ -33,19 +33,19 @@ constexpr auto badOrders(const Table& bad) {
                  set<argument>(&bad[7][0]));
 }
 
-#define BETWEEN_IMAGES(T, channelCount, omittedSamples)                                       \
+#define BETWEEN_IMAGES(T, Destination, channelCount, omittedSamples)                          \
     Source<T>{.channels = channelCount, .omitted = omittedSamples, .steps = StepClass::D},    \
-        InOut<T>{.channels = channelCount, .omitted = omittedSamples, .steps = StepClass::D}, RoiSize{}, Order<3>{}
+        Destination<T>{.channels = channelCount, .omitted = omittedSamples, .steps = StepClass::D}, RoiSize{}, Order<3>{}
 #define STEPS_BEFORE_SIZE(function, ...)                                                      \
     KUV_AGREES(function, __VA_ARGS__);                                                        \
     KUV_CHECKS(function, call(__VA_ARGS__), check(kuvStatusNullPtr, null<0>(), null<2>()),    \
                check(kuvStatusBadStep, set<1>(0), set<3>(0)), badSize<4>(), check(kuvStatusNullPtr, null<5>()), badOrders<5>(badThree))
-STEPS_BEFORE_SIZE(kuviSwapChannels_16u_C3R, BETWEEN_IMAGES(Kuv16u, 3, 0));
-STEPS_BEFORE_SIZE(kuviSwapChannels_8u_AC4R, BETWEEN_IMAGES(Kuv8u, 4, 1));
-STEPS_BEFORE_SIZE(kuviSwapChannels_16u_AC4R, BETWEEN_IMAGES(Kuv16u, 4, 1));
+STEPS_BEFORE_SIZE(kuviSwapChannels_16u_C3R, BETWEEN_IMAGES(Kuv16u, Output, 3, 0));
+STEPS_BEFORE_SIZE(kuviSwapChannels_8u_AC4R, BETWEEN_IMAGES(Kuv8u, InOut, 4, 1));
+STEPS_BEFORE_SIZE(kuviSwapChannels_16u_AC4R, BETWEEN_IMAGES(Kuv16u, InOut, 4, 1));
 
-KUV_AGREES(kuviSwapChannels_8u_C3R, BETWEEN_IMAGES(Kuv8u, 3, 0));
-KUV_CHECKS(kuviSwapChannels_8u_C3R, call(BETWEEN_IMAGES(Kuv8u, 3, 0)), check(kuvStatusNullPtr, null<0>(), null<2>(), null<5>()),
+KUV_AGREES(kuviSwapChannels_8u_C3R, BETWEEN_IMAGES(Kuv8u, Output, 3, 0));
+KUV_CHECKS(kuviSwapChannels_8u_C3R, call(BETWEEN_IMAGES(Kuv8u, Output, 3, 0)), check(kuvStatusNullPtr, null<0>(), null<2>(), null<5>()),
            badSize<4>(), check(kuvStatusBadStep, set<1>(0), set<3>(0)), badOrders<5>(badThree));
 
 #define THREE_IN_PLACE InOut<Kuv8u>{.channels = 3, .steps = StepClass::D}, RoiSize{}, Order<3>{}
@@ -322,21 +322,18 @@ TEST_P(SwapChannels, RowsFurtherApartThan32BitsTell) {
     }
 }
 
-// One run of more bytes than 31 bits tell. All pages but the last stand for hundreds; the order changes nothing the second time.
+// The order changes nothing the second time.
 TEST_P(SwapChannels, MoreThan2GiBInOneRun) {
+    if (sanitized) GTEST_SKIP() << "the sanitizer takes minutes for it";
     constexpr KuviSize size = {26880, 26880};
-    constexpr std::size_t bytes = std::size_t{3} * size.width * size.height;
-    constexpr std::size_t page = 4096, last = (bytes - 1) / page * page;
-    const AliasedMemory image(bytes);
+    const AliasedMemory image(std::size_t{3} * size.width * size.height);
     KUV_NEEDS(image);
-    void* const lastPage = mmap(image.memory() + last, page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0);
-    ASSERT_NE(lastPage, MAP_FAILED);
     for (std::size_t i = 0; i < AliasedMemory::period; ++i) image.memory()[i] = static_cast<unsigned char>(i % 3);
-    for (std::size_t i = last; i < last + page; ++i) image.memory()[i] = static_cast<unsigned char>(i % 3);
+    LongRun run(image, size, 3);
+    run.want<Kuv8u>([&](Kuv8u, std::size_t i) { return image.memory()[i - i % 3 + 1]; });
     constexpr Kuv32s order[3] = {1, 1, 1};
-    EXPECT_EQ(watched([&] { return kuviSwapChannels_8u_C3IR(image.memory(), 3 * size.width, size, order); }), kuvStatusOk);
-    EXPECT_EQ(std::count(image.memory(), image.memory() + AliasedMemory::period, 1), static_cast<std::ptrdiff_t>(AliasedMemory::period));
-    for (std::size_t i = last; i < last + page; ++i) EXPECT_EQ(image.memory()[i], i < bytes ? 1 : i % 3);
+    EXPECT_EQ(watched([&] { return kuviSwapChannels_8u_C3IR(image.memory(), run.step(), size, order); }), kuvStatusOk);
+    EXPECT_TRUE(run.isAsWanted());
 }
 
 }  // namespace

@@ -58,7 +58,7 @@ struct CurveArguments {
         Kuv32s bytes = 0;
         const Kuv32s type = sizeof(T) == 1 ? kuvDataType8u : kuvDataType16u;
         EXPECT_EQ(kuviLUT_GetSize(interpolation, type, selector, draw.size, counts.data(), &bytes), kuvStatusOk);
-        const bool fused = kuv::variantIndex == 5, large = interpolation == kuvLutCubic && kind != 2;
+        const bool fused = variants[kuv::variantIndex].isH9(), large = interpolation == kuvLutCubic && kind != 2;
         const auto close = large ? anyByte : sizeof(T) == 1 ? withinOneByte : withinOneWord;
         Image& block = draw.image<Kuv8u>(Role::output, bytes, 1, 0, fused ? close : sameBits<Kuv8u>);
         std::memset(block.row(), 0x55, static_cast<std::size_t>(bytes));  // not all of it is written

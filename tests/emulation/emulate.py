@@ -8,6 +8,7 @@ selects. `tests` runs GoogleTest programs on the barest processor of each varian
 emulator refuses all instructions of the sets that a model lacks, so a variant that holds one dies of it."""
 import argparse
 import concurrent.futures
+import fnmatch
 import json
 import os
 import re
@@ -54,7 +55,7 @@ BRIEF = ["Selection.*", "Features.*", "Cache.*", "Version.*", "Memory.*", "*Disp
 BRIEF_OF_SELECTED = [
     "Simd.*", "Statuses.*", "*.EveryWidth", "*.EverySmallSize", "*.EveryOrder", "*.EveryCurveAndLayout", "*.OverlapIsWhatTheCornersTell",
     "DemosaicRegions.AtRandom", "DFT.EveryPath", "DFT.SimpleSignals", "DFTInit.*", "FilterBorderRegions.ACorrelation",
-    "Dct8x8.ArithmeticIsAsStated", "Zigzag8x8.*", "ResizePlan.TablesOfSmallSizes", "Resize.SmallSizes", "HistogramInit.Records",
+    "Dct8x8.ArithmeticIsThatOfTheReference", "Zigzag8x8.*", "ResizePlan.TablesOfSmallSizes", "Resize.SmallSizes", "HistogramInit.Records",
     "Histogram.AroundLevels", "LabelMarkers.Shapes", "Mirror.EveryHeight", "ReduceBits.TwoLevelsSplitAtTheMiddle",
     "ScaledArithmetic.ResultsAtTheLimits", "ToneMap.StepsSearchedAndFromTheTable"]
 # qemu 7.2 reads 16 bytes where a fused product has a single sample in memory, beyond the ends of images, and its gathers ignore indices
@@ -89,6 +90,27 @@ def selection(arguments):
     return not complaints
 
 
+def names(program):
+    """Of all tests of a program."""
+    listed = subprocess.run([program, "--gtest_list_tests"], stdout=subprocess.PIPE, text=True, check=True).stdout
+    suite, found = "", []
+    for line in listed.splitlines():
+        word = line.split("#")[0].rstrip()
+        if word.startswith("  "):
+            found.append(suite + word.strip())
+        elif word.endswith("."):
+            suite = word
+    return found
+
+
+def idle_patterns(arguments):
+    """The patterns that no test of any of the programs fits, as when it has been renamed."""
+    patterns = [each.lstrip("-") for each in BRIEF + LONG + sum(EMULATORS_FAULTS.values(), [])]
+    patterns += [each + "/*" for each in BRIEF_OF_SELECTED]
+    tests = [name for program in arguments.programs for name in names(program)]
+    return [each for each in patterns if not fnmatch.filter(tests, each)]
+
+
 def shard(arguments, model, program, index):
     """Runs one part of a program's tests. Gives their results and what went wrong besides."""
     variant = MODELS[model][1]
@@ -121,7 +143,10 @@ def shard(arguments, model, program, index):
 def run_tests(arguments):
     os.makedirs(arguments.logs, exist_ok=True)
     models = [each for each in BAREST if not arguments.only or MODELS[each][1] == arguments.only]
-    failed = not models
+    idle = [] if arguments.all else idle_patterns(arguments)
+    for each in idle:
+        print(f"no test fits {each}")
+    failed = not models or bool(idle)
     with concurrent.futures.ThreadPoolExecutor(arguments.jobs) as pool:
         shards = {model: [pool.submit(shard, arguments, model, program, index)
                           for program in arguments.programs for index in range(arguments.jobs)] for model in models}

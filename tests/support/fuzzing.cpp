@@ -12,7 +12,7 @@ const std::vector<FuzzFamily> fuzzFamilies = {
     {"arith", {"add", "real_checks", "scaled", "shift"}},
     {"move", {"convert", "copy", "copy_layout", "mirror", "set", "swap_channels"}},
     {"stats", {"extremes", "histogram", "histogram_init", "integral", "moments"}},
-    {"tone", {"palette", "reduce_bits", "tone_map", "tone_map_curves", "tone_map_init"}},
+    {"tone", {"palette", "reduce_bits", "tone_map", "tone_map_curves", "tone_map_init", "tone_map_size"}},
     {"colour", {"cfa_to_rgb", "demosaic", "to_rgb"}},
     {"filter", {"filter_border", "filter_border_init"}},
     {"resize", {"resize", "resize_plan"}},

@@ -12,7 +12,7 @@ namespace {
 
 const std::size_t pageBytes = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
 
-// First byte after the last row, and first byte of the first row in memory, from row 0.
+// The first byte of all rows, and the first one after them, from row 0.
 std::ptrdiff_t lowest(const Geometry& g) { return std::min<std::ptrdiff_t>(0, (g.rows - 1) * g.step); }
 std::ptrdiff_t highest(const Geometry& g) { return std::max<std::ptrdiff_t>(0, (g.rows - 1) * g.step) + g.rowBytes; }
 

@@ -105,6 +105,12 @@ constexpr auto badLength() {
     return check(kuvStatusBadSize, set<argument>(0), set<argument>(-1), set<argument>(INT32_MIN));
 }
 
+// The steps below 1 of one or several images.
+template <int... arguments>
+constexpr auto badStep() {
+    return check(kuvStatusBadStep, set<arguments>(0)..., set<arguments>(-1)..., set<arguments>(INT32_MIN)...);
+}
+
 template <class... Descriptors>
 auto call(Descriptors... descriptors) {
     return [=](Draw& draw) { return drawArguments(draw, descriptors...); };
