@@ -54,18 +54,23 @@ void filterWithBorder(const Images& region, Kuv32s borderType, Kuv32f constant, 
     };
     if (kw >= width || kh >= height) return fromCopy(0, 0, width, height);
 
-    // Strips at the sides are a vector wide where there is room: its other pixels get what the rest of the region gets later on.
+    // Strips at the sides are a vector wide where there is room: its other pixels get what they would get from the source.
+    constexpr ptrdiff_t lanes = hasVectors ? Native<Kuv32f>::lanes : 1;
     const auto widened = [&](ptrdiff_t columns) {
-        constexpr ptrdiff_t lanes = hasVectors ? Native<Kuv32f>::lanes : 1, fewRows = 8;
+        constexpr ptrdiff_t fewRows = 8;
         return columns == 0 || columns >= lanes || width < lanes || rowsAtOnce(lanes) < fewRows ? columns : lanes;
     };
     const ptrdiff_t firstRow = hasTop ? 0 : top, lastRows = hasBottom ? 0 : bottom, rows = height - firstRow - lastRows;
     const ptrdiff_t firstColumn = hasLeft ? 0 : left, lastColumns = hasRight ? 0 : right;
     fromCopy(0, 0, width, firstRow);
     fromCopy(0, height - lastRows, width, lastRows);
-    fromCopy(0, firstRow, widened(firstColumn), rows);
-    fromCopy(width - widened(lastColumns), firstRow, widened(lastColumns), rows);
-    fromSource(firstColumn, firstRow, width - firstColumn - lastColumns, rows);
+    const ptrdiff_t leftStrip = widened(firstColumn), rightStrip = widened(lastColumns);
+    fromCopy(0, firstRow, leftStrip, rows);
+    fromCopy(width - rightStrip, firstRow, rightStrip, rows);
+    // What is left begins on a vector, unless it would be less than one.
+    const bool between = width - leftStrip - rightStrip >= lanes;
+    const ptrdiff_t begin = between ? leftStrip : firstColumn, end = width - (between ? rightStrip : lastColumns);
+    fromSource(begin, firstRow, end - begin, rows);
 }
 
 }  // namespace

@@ -246,23 +246,27 @@ __attribute__((noinline)) void filterBlocks(const Kernel& kernel, const Images& 
     }
 }
 
-// A kernel of a size that many use, in whole blocks of its own: with all offsets known and no loop within, more rows at once pay. Returns
-// how many columns are done.
-template <class V, int kw, int kh, int rows>
-__attribute__((noinline)) ptrdiff_t filterFixed(const Kernel& kernel, const Images& images) {
-    constexpr int vectors = 2, width = vectors * V::lanes;
-    const Kuv32f* const first = kernel.first;
-    const ptrdiff_t columns = images.width / width * width, lastRow = images.height - rows;
+// A kernel of a size that many use, in blocks of its own: with all offsets known and no loop within, its coefficients stay in registers.
+// The last block of a row may lie on the one before it, and so may the last row of blocks. False if the image is smaller than a block.
+template <class V, int kw, int kh, int rows, int vectors>
+__attribute__((noinline)) bool filterFixed(const Kernel& kernel, const Images& images) {
+    constexpr int width = vectors * V::lanes;
+    const ptrdiff_t lastColumn = images.width - width, lastRow = images.height - rows;
+    if (lastColumn < 0 || lastRow < 0) return false;
+    V coefficients[kh * kw];
+#pragma GCC unroll 32
+    for (int k = 0; k < kh * kw; ++k) coefficients[k] = fill<V>(kernel.first[-k]);
     for (ptrdiff_t row = 0;; row += rows) {
         const ptrdiff_t y = smaller(row, lastRow);
         const Kuv32f* const src = rowAt(images.src, images.srcStep, y);
         Kuv32f* const dst = rowAt(images.dst, images.dstStep, y);
-        for (ptrdiff_t x = 0; x < columns; x += width) {
+        for (ptrdiff_t column = 0;; column += width) {
+            const ptrdiff_t x = smaller(column, lastColumn);
             V sums[rows][vectors];
 #pragma GCC unroll 16
             for (int j = 0; j < rows + kh - 1; ++j) {
                 const Kuv32f* const from = rowAt(src, images.srcStep, j) + x;
-#pragma GCC unroll 8
+#pragma GCC unroll 16
                 for (int i = 0; i < kw; ++i) {
                     V samples[vectors];
 #pragma GCC unroll 8
@@ -270,11 +274,15 @@ __attribute__((noinline)) ptrdiff_t filterFixed(const Kernel& kernel, const Imag
 #pragma GCC unroll 8
                     for (int r = 0; r < rows; ++r) {
                         if (r > j || r <= j - kh) continue;
-                        const V coefficient = fill<V>(first[-((j - r) * kw + i)]);
-                        const bool begins = r == j && i == 0;
+                        const V coefficient = coefficients[(j - r) * kw + i];
+                        // What is left behind eight in a row or column.
+                        static_assert(kw <= 8 || kh == 1);
+                        const bool begins = r == j && i == 0, apart = i == 8 || (hasAVX && kw == 1 && j - r == 8);
 #pragma GCC unroll 8
                         for (int v = 0; v < vectors; ++v) {
-                            sums[r][v] = sumWithProduct(begins ? fill<V>(-0.0f) : sums[r][v], coefficient, samples[v]);
+                            V& sum = sums[r][v];
+                            if (apart) sum = add(sum, multiply(coefficient, samples[v]));
+                            else sum = sumWithProduct(begins ? fill<V>(-0.0f) : sum, coefficient, samples[v]);
                         }
                     }
                 }
@@ -284,31 +292,41 @@ __attribute__((noinline)) ptrdiff_t filterFixed(const Kernel& kernel, const Imag
 #pragma GCC unroll 8
                 for (int v = 0; v < vectors; ++v) store(rowAt(dst, images.dstStep, r) + x + v * V::lanes, sums[r][v]);
             }
+            if (x == lastColumn) break;
         }
         if (y == lastRow) break;
     }
-    return columns;
+    return true;
 }
 
-// Returns how many columns are done.
-template <class V, int rows>
-KUV_INLINE ptrdiff_t filterBySize(const Kernel& kernel, const Images& images) {
-    if (images.height < rows || images.width < 2 * V::lanes) return 0;
-    if (kernel.width == 3 && kernel.height == 3) return filterFixed<V, 3, 3, rows>(kernel, images);
-    // Without fused products the larger one lacks registers.
-    if (hasAVX2 && kernel.width == 5 && kernel.height == 5) return filterFixed<V, 5, 5, rows>(kernel, images);
-    return 0;
+template <class V>
+KUV_INLINE bool filterBySize(const Kernel& kernel, const Images& images) {
+    if (kernel.width == 3 && kernel.height == 3) return filterFixed<V, 3, 3, 6, 1>(kernel, images);
+    // Without fused products it lacks registers.
+    if (hasAVX2 && kernel.width == 5 && kernel.height == 5) return filterFixed<V, 5, 5, 6, 2>(kernel, images);
+    switch (kernel.height == 1 ? kernel.width : 0) {
+        case 3: return filterFixed<V, 3, 1, 1, 4>(kernel, images);
+        case 5: return filterFixed<V, 5, 1, 1, 4>(kernel, images);
+        case 7: return filterFixed<V, 7, 1, 1, 4>(kernel, images);
+        case 9: return filterFixed<V, 9, 1, 1, 4>(kernel, images);
+    }
+    switch (kernel.width == 1 ? kernel.height : 0) {
+        case 3: return filterFixed<V, 1, 3, 8, 1>(kernel, images);
+        case 5: return filterFixed<V, 1, 5, 8, 1>(kernel, images);
+        case 7: return filterFixed<V, 1, 7, 8, 1>(kernel, images);
+        case 9: return filterFixed<V, 1, 9, 8, 1>(kernel, images);
+    }
+    return false;
 }
 
 // All columns, in blocks of several vectors and, where these would mostly lie on each other, of one.
 template <class V, int rows, int vectors, Order order>
-KUV_INLINE void filterColumns(const Kernel& kernel, const Images& images, ptrdiff_t begin) {
+KUV_INLINE void filterColumns(const Kernel& kernel, const Images& images) {
     constexpr ptrdiff_t blockWidth = vectors * V::lanes;
-    const ptrdiff_t end = images.width, rest = (end - begin) % blockWidth;
-    const ptrdiff_t inBlocks = end - begin < blockWidth ? begin : rest > V::lanes ? end : end - rest;
-    if (inBlocks > begin) filterBlocks<V, rows, vectors, order>(kernel, images, begin, inBlocks);
-    const ptrdiff_t atEnd = end - V::lanes;
-    if (inBlocks < end) filterBlocks<V, rows, 1, order>(kernel, images, inBlocks > begin ? atEnd : smaller(begin, atEnd), end);
+    const ptrdiff_t end = images.width, rest = end % blockWidth;
+    const ptrdiff_t inBlocks = end < blockWidth ? 0 : rest > V::lanes ? end : end - rest;
+    if (inBlocks > 0) filterBlocks<V, rows, vectors, order>(kernel, images, 0, inBlocks);
+    if (inBlocks < end) filterBlocks<V, rows, 1, order>(kernel, images, inBlocks > 0 ? end - V::lanes : 0, end);
 }
 
 // Blocks' shapes keep as many sums at work as the registers hold, and load few operands for each of them.
@@ -320,10 +338,10 @@ void filterInVectors(const Kernel& kernel, const Images& images) {
     constexpr int flatVectors = order == Order::alternating ? 4 : 8;
     const bool tall = images.height >= rows;
     if (images.width >= V::lanes) {
-        const ptrdiff_t done = order == Order::byEights ? filterBySize<V, 6>(kernel, images) : 0;
-        if (tall && kernel.height > 1) filterColumns<V, rows, vectors, order>(kernel, images, done);
-        else if (images.width >= flatVectors * V::lanes) filterColumns<V, 1, flatVectors, order>(kernel, images, done);
-        else filterColumns<V, 1, 4, order>(kernel, images, done);
+        if (order == Order::byEights && filterBySize<V>(kernel, images)) return;
+        if (tall && kernel.height > 1) filterColumns<V, rows, vectors, order>(kernel, images);
+        else if (images.width >= flatVectors * V::lanes) filterColumns<V, 1, flatVectors, order>(kernel, images);
+        else filterColumns<V, 1, 4, order>(kernel, images);
         return;
     }
     if constexpr (V::lanes > 4) {
