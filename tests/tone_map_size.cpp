@@ -118,9 +118,9 @@ TEST_P(ToneMapSize, CountsComeBeforeTheType) {
     for (const auto& counts : tooFew) {
         EXPECT_EQ(kuviLUT_GetSize(kuvLutStep, 99, kuvChannelsC4, {1, 1}, counts, &bytes), kuvStatusBadLutLevels);
     }
-    constexpr Kuv32s two[] = {0, 1};
+    constexpr Kuv32s none[] = {0, 1, 1};
     for (const Kuv32s channels : {kuvChannelsC1, kuvChannelsC3, kuvChannelsAC4}) {
-        EXPECT_EQ(kuviLUT_GetSize(kuvLutStep, 99, channels, {1, 1}, two, &bytes), kuvStatusBadLutLevels);
+        EXPECT_EQ(kuviLUT_GetSize(kuvLutStep, 99, channels, {1, 1}, none, &bytes), kuvStatusBadLutLevels);
     }
     EXPECT_EQ(bytes, 77);
 }
