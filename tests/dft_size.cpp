@@ -415,6 +415,18 @@ TEST_P(DFTInit, TooLong) {
     EXPECT_EQ(kuvsDFTInit_C_32f(0x8000001, 8, 0, spec.data(), nullptr), kuvStatusBadSize);
 }
 
+// Primes whose chirps px would convolve by 2^27 points: refused before their tables are written.
+TEST_P(DFTInit, ChirpsTooLongForPx) {
+    if (!GetParam().isPx()) GTEST_SKIP() << "the others make them";
+    for (const Kuv32s length : {33554467, 67108859}) {
+        Bytes spec(1024, 0x5A), init(64, 0x5A);
+        const Bytes initBefore = init;
+        EXPECT_EQ(kuvsDFTInit_C_32f(length, 8, 0, spec.data(), nullptr), kuvStatusNullPtr) << length;
+        EXPECT_EQ(kuvsDFTInit_C_32f(length, 8, 0, spec.data(), init.data()), kuvStatusBadOrder) << length;
+        EXPECT_EQ(init, initBefore) << length;
+    }
+}
+
 TEST_P(DFTInit, TheOrderOfTheChecks) {
     Bytes spec(1024, 0x5A), init(64, 0x5A);
     const Bytes before = spec, initBefore = init;

@@ -246,7 +246,8 @@ __attribute__((noinline)) void filterBlocks(const Kernel& kernel, const Images& 
     }
 }
 
-// A kernel of a size that many use, in blocks of its own: with all offsets known and no loop within, its coefficients stay in registers.
+// A kernel of a size that many use, in blocks of its own: with all offsets known and no loop within, up to nine coefficients stay in
+// registers.
 // The last block of a row may lie on the one before it, and so may the last row of blocks. False if the image is smaller than a block.
 template <class V, int kw, int kh, int rows, int vectors>
 __attribute__((noinline)) bool filterFixed(const Kernel& kernel, const Images& images) {
