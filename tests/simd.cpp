@@ -537,7 +537,7 @@ TEST_P(Simd, OperationsAreThoseOfScalarCode) {
             }
             avoidPairsOfNaNs(a, b);
             // At any address, and nothing else written.
-            std::array<unsigned char, 2 * longest> sources[3];
+            std::array<std::array<unsigned char, 2 * longest>, 3> sources;
             std::array<unsigned char, 18 * longest> wanted;
             wanted.fill(0xA5);
             auto got = wanted;

@@ -32,7 +32,7 @@ Rgb stripes(float x, float y) {
     constexpr float periods[] = {9, 6, 4, 3};
     constexpr Rgb dark[] = {ink, {0.10f, 0.25f, 0.55f}, {0.60f, 0.15f, 0.12f}, ink};
     const int column = int(x / cell), row = int(y / cell);
-    const float inX = x - cell * column, inY = y - cell * row;
+    const float inX = x - cell * float(column), inY = y - cell * float(row);
     if (inX < 4 || inY < 4) return paper;
     const float across[] = {x, y, x * 0.8f + y * 0.6f, y * 0.94f - x * 0.34f};
     const float phase = across[row] / periods[column];
@@ -56,7 +56,7 @@ Rgb colourChart(float x, float y) {
     };
     constexpr float cell = 64, gap = 6;
     const int column = int(x / cell), row = int(y / cell);
-    if (x - cell * column < gap || y - cell * row < gap) return ink;
+    if (x - cell * float(column) < gap || y - cell * float(row) < gap) return ink;
     return patches[row][column];
 }
 
@@ -101,8 +101,9 @@ Rgb wires(float x, float y) {
     constexpr Rgb high{0.25f, 0.47f, 0.75f}, low{0.75f, 0.85f, 0.92f};
     constexpr float slopes[] = {0.04f, 0.12f, 0.25f, 0.45f, 0.8f};
     for (int i = 0; i < 5; ++i) {
-        const float distance = std::abs(y - 6 - 11 * i - slopes[i] * x * 0.6f) / std::hypot(1.0f, slopes[i] * 0.6f);
-        if (distance < 0.5f + 0.12f * i) return {0.12f, 0.10f, 0.10f};
+        const float n = float(i);
+        const float distance = std::abs(y - 6 - 11 * n - slopes[i] * x * 0.6f) / std::hypot(1.0f, slopes[i] * 0.6f);
+        if (distance < 0.5f + 0.12f * n) return {0.12f, 0.10f, 0.10f};
     }
     if (y > 108) {
         const float slat = x / 7 + 0.0035f * (x * x) / 7, inSlat = slat - std::floor(slat);

@@ -27,7 +27,7 @@ class Sharpening {
         buffer_.resize(bufferBytes);
         std::vector<Kuv32f> kernel;
         for (const auto& row : parts)
-            for (const int each : row) kernel.push_back(each / 32.0f);
+            for (const int each : row) kernel.push_back(Kuv32f(each) / 32);
         check(kuviFilterBorderInit_32f(kernel.data(), kernelSize, kuvDataType32f, 1, 0, spec()));
     }
 

@@ -1,6 +1,7 @@
 #include "stages.hpp"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdio>
 
 #include "variants.hpp"
@@ -10,7 +11,7 @@ namespace develop {
 namespace {
 
 double median(std::vector<double> values) {
-    const auto middle = values.begin() + values.size() / 2;
+    const auto middle = values.begin() + std::ptrdiff_t(values.size() / 2);
     std::nth_element(values.begin(), middle, values.end());
     return *middle;
 }
@@ -37,6 +38,7 @@ void printTimes(double megapixels, const std::function<void(Stages&)>& work) {
         std::printf("%-10s", variant.c_str());
         for (std::size_t i = 0; i < names.size(); ++i) {
             std::vector<double> times;
+            times.reserve(runs);
             for (const Stages& run : stages) times.push_back(run.done()[i].milliseconds);
             const double time = median(times);
             std::printf("  %9.3f %8.1f", time, 1e3 * megapixels / time);

@@ -39,7 +39,7 @@ void selectVariant(const std::string& name) {
 std::vector<std::string> availableVariants() {
     std::vector<std::string> names;
     for (const Variant& variant : variants)
-        if (kuvSetCpuFeatures(variant.features) == kuvStatusOk) names.push_back(variant.name);
+        if (kuvSetCpuFeatures(variant.features) == kuvStatusOk) names.emplace_back(variant.name);
     selectBest();
     return names;
 }
