@@ -35,15 +35,16 @@ struct Tile {
         }
         const KuviPoint offset = {below(random, dstSize.width), below(random, dstSize.height)};
         const KuviSize size = {between(random, 1, dstSize.width - offset.x), between(random, 1, dstSize.height - offset.y)};
-        // All of the source is there, so flags of sides make no difference beyond which the tile takes nothing but source.
-        const auto isBefore = [](int at, int from, int to) { return (2 * at + 1) * from < to; };  // the first sample
-        const auto isBehind = [](int at, int from, int to) { return (2 * at + 1) * from >= (2 * from - 1) * to; };  // the last one's left
+        // All of the source is there, so flags of sides make no difference beyond which the tile takes nothing but source. The plan says
+        // so: its positions are rounded.
+        const Kuv8u* const record = spec + (0 - reinterpret_cast<std::uintptr_t>(spec)) % 64;
+        const auto rows = load<AxisWords>(record + 40), columns = load<AxisWords>(record + 84);
         const KuviPoint last = {offset.x + size.width - 1, offset.y + size.height - 1};
         Kuv32u border = kuvBorderClamp;
-        if (!isBefore(offset.x, srcSize.width, dstSize.width) && oneIn(random, 2)) border |= kuvBorderHaveLeft;
-        if (!isBefore(offset.y, srcSize.height, dstSize.height) && oneIn(random, 2)) border |= kuvBorderHaveTop;
-        if (!isBehind(last.x, srcSize.width, dstSize.width) && oneIn(random, 2)) border |= kuvBorderHaveRight;
-        if (!isBehind(last.y, srcSize.height, dstSize.height) && oneIn(random, 2)) border |= kuvBorderHaveBottom;
+        if (offset.x >= columns.leadCount && oneIn(random, 2)) border |= kuvBorderHaveLeft;
+        if (offset.y >= rows.leadCount && oneIn(random, 2)) border |= kuvBorderHaveTop;
+        if (last.x < columns.dstLength - columns.tailCount && oneIn(random, 2)) border |= kuvBorderHaveRight;
+        if (last.y < rows.dstLength - rows.tailCount && oneIn(random, 2)) border |= kuvBorderHaveBottom;
         const auto steps = [&](int width) {
             const int bytes = 6 * width + 2 * (oneIn(random, 2) ? below(random, 20) : 0);
             return oneIn(random, 4) ? -bytes : bytes;

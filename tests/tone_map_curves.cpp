@@ -20,7 +20,8 @@ bool withinOneWord(const void* got, const void* wanted) {
 
 bool anyByte(const void*, const void*) { return true; }
 
-// Points of any kind. h9 may be off by 1, but where a cubic's terms are so large that their rounding errors are larger than an entry.
+// Points of any kind. h9 may be off by 1, but where a cubic's terms are so large that their rounding errors are larger than an entry, or
+// infinite.
 template <class T>
 struct CurveArguments {
     using Pointers = const Kuv32s* const*;
@@ -42,6 +43,7 @@ struct CurveArguments {
         const int entries = 1 << 8 * sizeof(T), kind = below(random, 3);
         std::vector<const Kuv32s*> values, levels;
         std::vector<Kuv32s> counts;
+        bool ascend = true;
         for (int c = 0; c < usedChannels(selector); ++c) {
             const int count = between(random, 2, oneIn(random, 4) ? 40 : 8);
             const auto point = [&] {
@@ -51,6 +53,7 @@ struct CurveArguments {
             std::vector<Kuv32s> of[2];
             for (int k = 0; k < 2 * count; ++k) of[k % 2].push_back(point());
             if (kind == 2) std::sort(of[0].begin(), of[0].end());
+            ascend &= std::adjacent_find(of[0].begin(), of[0].end(), std::greater_equal<>()) == of[0].end();
             levels.push_back(numbers(draw, of[0]));
             values.push_back(numbers(draw, of[1]));
             counts.push_back(count);
@@ -58,7 +61,7 @@ struct CurveArguments {
         Kuv32s bytes = 0;
         const Kuv32s type = sizeof(T) == 1 ? kuvDataType8u : kuvDataType16u;
         EXPECT_EQ(kuviLUT_GetSize(interpolation, type, selector, draw.size, counts.data(), &bytes), kuvStatusOk);
-        const bool fused = variants[kuv::variantIndex].isH9(), large = interpolation == kuvLutCubic && kind != 2;
+        const bool fused = variants[kuv::variantIndex].isH9(), large = interpolation == kuvLutCubic && !ascend;
         const auto close = large ? anyByte : sizeof(T) == 1 ? withinOneByte : withinOneWord;
         Image& block = draw.image<Kuv8u>(Role::output, bytes, 1, 0, fused ? close : sameBits<Kuv8u>);
         std::memset(block.row(), 0x55, static_cast<std::size_t>(bytes));  // not all of it is written
