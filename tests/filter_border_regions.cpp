@@ -1,5 +1,6 @@
 // Filters: what stands beyond the border, which parts of an image make the whole, and how little memory they need.
 #include "support/filter_calls.hpp"
+#include "support/process_state.hpp"
 
 namespace {
 
@@ -154,6 +155,21 @@ TEST_P(FilterBorderRegions, TilesMakeTheWhole) {
                                            << size.width << " x " << size.height << ", rule " << rule << ", pixel "
                                            << k % static_cast<std::size_t>(size.width) << ", " << k / static_cast<std::size_t>(size.width);
         }
+    }
+}
+
+// Large images are written past the caches, in whole lines. What is large, the cache tells.
+TEST_P(FilterBorderRegions, PastTheCaches) {
+    const PresetCache cache(kuvStatusOk, 0x1000);
+    constexpr KuviSize sizes[] = {{3, 3}, {5, 5}, {7, 7}, {3, 1}, {5, 1}, {7, 1}, {9, 1}, {1, 3}, {1, 5}, {1, 7}, {1, 9}};
+    for (int i = 0; i < rounds(400) && !HasFailure(); ++i) {
+        const KuviSize kernel = oneIn(random_, 4) ? KuviSize{between(random_, 1, 12), between(random_, 1, 12)} : sizes[below(random_, 11)];
+        const KuviSize size = {between(random_, 1, oneIn(random_, 2) ? 60 : 200), between(random_, 1, 30)};
+        FilterCall call = callOf(kernel, size, anyBorder(random_));
+        const int whole = (4 * size.width + 63) / 64 * 64 + 64 * below(random_, 3);
+        call.dstAt.padding = oneIn(random_, 8) ? below(random_, 70) : whole - 4 * size.width;
+        call.dstAt.gap = oneIn(random_, 4) ? below(random_, 65) : 4 * below(random_, 17);
+        expectFiltered(call);
     }
 }
 

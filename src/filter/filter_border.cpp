@@ -22,6 +22,13 @@ Kernel keptKernel(const KuviBorderKernel* spec) {
     return {reversed + width * height - 1, width, height};
 }
 
+// Large kernels take longer than the memory does.
+bool streams(const Kernel& kernel, ptrdiff_t dstStep, KuviSize size) {
+    constexpr ptrdiff_t mostCoefficients = 49, sample = sizeof(Kuv32f);
+    return hasAVX && dstStep % 64 == 0 && kernel.width <= mostCoefficients / kernel.height &&
+           bypassesCaches(size.height, size.width, 2 * sample, sample * size.width);
+}
+
 void filterWithBorder(const Images& region, Kuv32s borderType, Kuv32f constant, const Kernel& kernel, Kuv8u* buffer) {
     const ptrdiff_t width = region.width, height = region.height, kw = kernel.width, kh = kernel.height;
     const ptrdiff_t left = reachBefore(kw), right = reachBehind(kw), top = reachBefore(kh), bottom = reachBehind(kh);
@@ -32,7 +39,7 @@ void filterWithBorder(const Images& region, Kuv32s borderType, Kuv32f constant, 
 
     const auto fromSource = [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t columns, ptrdiff_t rows) {
         filter(kernel, order, {rowAt(region.src, region.srcStep, y - top) + x - left, region.srcStep,
-                               rowAt(region.dst, region.dstStep, y) + x, region.dstStep, columns, rows});
+                               rowAt(region.dst, region.dstStep, y) + x, region.dstStep, columns, rows, region.streaming});
     };
     if (hasTop && hasBottom && hasLeft && hasRight) return fromSource(0, 0, width, height);
 
@@ -49,27 +56,39 @@ void filterWithBorder(const Images& region, Kuv32s borderType, Kuv32f constant, 
             const ptrdiff_t y = firstRow + done, count = smaller(rows - done, most);
             continued.copy(x - left, y - top, areaWidth, count + kh - 1, area);
             filter(kernel, order, {area, areaWidth * static_cast<ptrdiff_t>(sizeof(Kuv32f)), rowAt(region.dst, region.dstStep, y) + x,
-                                   region.dstStep, columns, count});
+                                   region.dstStep, columns, count, region.streaming});
         }
     };
     if (kw >= width || kh >= height) return fromCopy(0, 0, width, height);
 
-    // Strips at the sides are a vector wide where there is room: its other pixels get what they would get from the source.
+    // Strips at the sides are a vector wide where there is room, or reach up to whole lines that are streamed: their other pixels get what
+    // they would get from the source.
     constexpr ptrdiff_t lanes = hasVectors ? Native<Kuv32f>::lanes : 1;
-    const auto widened = [&](ptrdiff_t columns) {
+    const auto hasRoom = [&](ptrdiff_t columns) {
         constexpr ptrdiff_t fewRows = 8;
-        return columns == 0 || columns >= lanes || width < lanes || rowsAtOnce(lanes) < fewRows ? columns : lanes;
+        return columns == 0 || (columns <= width && rowsAtOnce(columns) >= fewRows);
     };
+    const auto widened = [&](ptrdiff_t columns) { return columns == 0 || columns >= lanes || !hasRoom(lanes) ? columns : lanes; };
     const ptrdiff_t firstRow = hasTop ? 0 : top, lastRows = hasBottom ? 0 : bottom, rows = height - firstRow - lastRows;
     const ptrdiff_t firstColumn = hasLeft ? 0 : left, lastColumns = hasRight ? 0 : right;
     fromCopy(0, 0, width, firstRow);
     fromCopy(0, height - lastRows, width, lastRows);
-    const ptrdiff_t leftStrip = widened(firstColumn), rightStrip = widened(lastColumns);
-    fromCopy(0, firstRow, leftStrip, rows);
-    fromCopy(width - rightStrip, firstRow, rightStrip, rows);
+    ptrdiff_t leftStrip = widened(firstColumn), rightStrip = widened(lastColumns);
+    if (region.streaming) {
+        constexpr ptrdiff_t line = 64 / sizeof(Kuv32f);
+        const ptrdiff_t leftLines = firstColumn == 0 ? 0 : firstColumn + samplesToAlignment(region.dst + firstColumn, 64);
+        const ptrdiff_t beyondLine = (line - samplesToAlignment(region.dst + width - lastColumns, 64)) % line;
+        const ptrdiff_t rightLines = lastColumns == 0 ? 0 : lastColumns + beyondLine;
+        if (hasRoom(leftLines) && hasRoom(rightLines)) {
+            leftStrip = leftLines;
+            rightStrip = rightLines;
+        }
+    }
     // What is left begins on a vector, unless it would be less than one.
     const bool between = width - leftStrip - rightStrip >= lanes;
     const ptrdiff_t begin = between ? leftStrip : firstColumn, end = width - (between ? rightStrip : lastColumns);
+    fromCopy(0, firstRow, leftStrip, rows);
+    fromCopy(width - rightStrip, firstRow, rightStrip, rows);
     fromSource(begin, firstRow, end - begin, rows);
 }
 
@@ -86,7 +105,8 @@ KuvStatus KUV_VARIANT_FUNCTION(kuviFilterBorder_32f_C1R)(const Kuv32f* src, Kuv3
     if (emptyRoi(roiSize)) return kuvStatusBadSize;
     if (srcStep < 1 || ptrdiff_t{4} * roiSize.width > dstStep) return kuvStatusBadStep;
     if (!isBorder(borderType)) return kuvStatusBadBorder;
-    filterWithBorder({src, srcStep, dst, dstStep, roiSize.width, roiSize.height}, borderType, fills ? loadSample(borderValue) : 0,
-                     keptKernel(spec), buffer);
+    const Kernel kernel = keptKernel(spec);
+    filterWithBorder({src, srcStep, dst, dstStep, roiSize.width, roiSize.height, streams(kernel, dstStep, roiSize)}, borderType,
+                     fills ? loadSample(borderValue) : 0, kernel, buffer);
     return kuvStatusOk;
 }

@@ -56,8 +56,7 @@ private:
 
     KUV_INLINE void copyRow(const Kuv32f* row, ptrdiff_t x, ptrdiff_t width, Kuv32f* to) const {
         const ptrdiff_t begin = columns.clamped(x) - x, end = columns.clamped(x + width - 1) + 1 - x;
-        const auto beyond = [&](ptrdiff_t i) { return rule == kuvBorderFill ? constant : loadSample(row + place(columns, x + i)); };
-        for (ptrdiff_t i = 0; i < begin; ++i) to[i] = beyond(i);
+        continueRow(row, x, 0, begin, to);
         if (end - begin < 4) {
             for (ptrdiff_t i = begin; i < end; ++i) to[i] = loadSample(row + x + i);
         } else if (end - begin <= narrow) {
@@ -68,7 +67,18 @@ private:
         } else {
             __builtin_memcpy(to + begin, row + x + begin, static_cast<size_t>(end - begin) * sizeof(Kuv32f));
         }
-        for (ptrdiff_t i = end; i < width; ++i) to[i] = beyond(i);
+        continueRow(row, x, end, width, to);
+    }
+
+    // Pixels beyond one side of what is known.
+    KUV_INLINE void continueRow(const Kuv32f* row, ptrdiff_t x, ptrdiff_t begin, ptrdiff_t end, Kuv32f* to) const {
+        if (begin == end) return;
+        if (rule == kuvBorderReflect) {
+            for (ptrdiff_t i = begin; i < end; ++i) to[i] = loadSample(row + columns.reflected(x + i));
+        } else {
+            const Kuv32f value = rule == kuvBorderFill ? constant : loadSample(row + columns.clamped(x + begin));
+            for (ptrdiff_t i = begin; i < end; ++i) to[i] = value;
+        }
     }
 };
 

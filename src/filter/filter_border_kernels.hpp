@@ -1,6 +1,8 @@
 // Sums of products of a kernel's coefficients and what it covers. Sources have all that kernels reach for.
 #pragma once
 
+#include <utility>
+
 #include "core/integers.hpp"
 #include "simd/real.hpp"
 #include "simd/rows.hpp"
@@ -24,6 +26,7 @@ struct Images {
     Kuv32f* dst;
     ptrdiff_t dstStep;
     ptrdiff_t width, height;
+    bool streaming;  // past the caches, where whole lines are written
 };
 
 // The statement of the arithmetic.
@@ -70,6 +73,19 @@ enum class Order {
     byEights,    // eight columns of the kernel after eight others
     alternating  // in each row the even and the odd columns apart
 };
+
+template <class V, int rows, int vectors>
+KUV_INLINE void putSums(const V (&sums)[rows][vectors], Kuv32f* dst, ptrdiff_t dstStep, bool adding) {
+    using Lanes = LanesOf<V>;
+#pragma GCC unroll 8
+    for (int r = 0; r < rows; ++r) {
+#pragma GCC unroll 8
+        for (int v = 0; v < vectors; ++v) {
+            Kuv32f* const at = rowAt(dst, dstStep, r) + v * Lanes::count;
+            Lanes::to(at, adding ? add(Lanes::from(at), sums[r][v]) : sums[r][v]);
+        }
+    }
+}
 
 // The sums of a block of pixels, `rows` by `vectors`, for a part of the kernel. Each row of the source is read once, for all of the
 // block's rows that it counts in.
@@ -130,17 +146,7 @@ public:
         }
     }
 
-    KUV_INLINE void put(Kuv32f* dst, ptrdiff_t dstStep, bool adding) const {
-#pragma GCC unroll 8
-        for (int r = 0; r < rows; ++r) {
-            Kuv32f* const to = rowAt(dst, dstStep, r);
-#pragma GCC unroll 8
-            for (int v = 0; v < vectors; ++v) {
-                Kuv32f* const at = to + v * lanes;
-                Lanes::to(at, adding ? add(Lanes::from(at), sums_[r][v]) : sums_[r][v]);
-            }
-        }
-    }
+    KUV_INLINE void put(Kuv32f* dst, ptrdiff_t dstStep, bool adding) const { putSums(sums_, dst, dstStep, adding); }
 
 private:
     // A row of the source, for the rows from `first` to `last` of the block: the coefficients of each belong to the row before those of
@@ -188,6 +194,115 @@ private:
 
     V sums_[rows][vectors];
 };
+
+// What is taken for new here the compiler loads once and keeps no longer than it is told to. Left to itself it loads samples again for each
+// use, and keeps coefficients of one row for the next, until sums have no registers.
+template <class V>
+KUV_INLINE V inRegister(V value) {
+    asm("" : "+x"(value.raw));
+    return value;
+}
+KUV_INLINE const Kuv32f* anew(const Kuv32f* address) {
+    asm("" : "+r"(address));
+    return address;
+}
+
+// The sums of a block for a part of so many columns, which has at most a row less than the block.
+template <class V, int columns, int rows, int vectors>
+class PartBlock {
+public:
+    KUV_INLINE void addPart(const Part& part, const Kuv32f* src, ptrdiff_t srcStep) {
+        addFirstRows<0>(part, src, srcStep);
+#pragma GCC unroll 8
+        for (int v = 0; v < vectors; ++v) sums_[rows - 1][v] = fill<V>(-0.0f);
+        for (ptrdiff_t row = rows - 1; row < part.rows; ++row) addRow<0, rows - 1>(part, row, src, srcStep);
+        addLastRows<1>(part, src, srcStep);
+    }
+
+    KUV_INLINE void put(Kuv32f* dst, ptrdiff_t dstStep, bool adding) const { putSums(sums_, dst, dstStep, adding); }
+
+private:
+    // The rows before all of the block's count in, and those behind them.
+    template <int row>
+    KUV_INLINE void addFirstRows(const Part& part, const Kuv32f* src, ptrdiff_t srcStep) {
+        if constexpr (row < rows - 1) {
+            addRow<0, row>(part, row, src, srcStep);
+            addFirstRows<row + 1>(part, src, srcStep);
+        }
+    }
+    template <int first>
+    KUV_INLINE void addLastRows(const Part& part, const Kuv32f* src, ptrdiff_t srcStep) {
+        if constexpr (first < rows) {
+            addRow<first, rows - 1>(part, part.rows + first - 1, src, srcStep);
+            addLastRows<first + 1>(part, src, srcStep);
+        }
+    }
+
+    // A row of the source, for the rows from `first` to `last` of the block.
+    template <int first, int last>
+    KUV_INLINE void addRow(const Part& part, ptrdiff_t row, const Kuv32f* image, ptrdiff_t srcStep) {
+        const Kuv32f* const src = rowAt(image, srcStep, row);
+        const Kuv32f* const coefficients = anew(part.first - row * part.pitch);
+#pragma GCC unroll 8
+        for (int i = 0; i < columns; ++i) {
+            V samples[vectors];
+#pragma GCC unroll 8
+            for (int v = 0; v < vectors; ++v) samples[v] = inRegister(load<V>(src + i + v * V::lanes));
+#pragma GCC unroll 8
+            for (int r = first; r <= last; ++r) {
+                const V coefficient = inRegister(fill<V>(coefficients[r * part.pitch - i]));
+                const bool begins = i == 0 && r == last && last < rows - 1;
+#pragma GCC unroll 8
+                for (int v = 0; v < vectors; ++v) {
+                    V& sum = sums_[r][v];
+                    sum = begins ? multiply(coefficient, samples[v]) : plusProduct(coefficient, samples[v], sum);
+                }
+            }
+        }
+    }
+
+    V sums_[rows][vectors];
+};
+
+// A row of so many blocks.
+template <class V, int rows, int vectors, int columns>
+__attribute__((noinline)) void filterPartOf(const Part& part, const Kuv32f* src, ptrdiff_t srcStep, Kuv32f* dst, ptrdiff_t dstStep,
+                                            ptrdiff_t blocks, bool adding) {
+    constexpr int width = vectors * V::lanes;
+    for (ptrdiff_t block = 0; block < blocks; ++block, src += width, dst += width) {
+        PartBlock<V, columns, rows, vectors> sums;
+        sums.addPart(part, src, srcStep);
+        sums.put(dst, dstStep, adding);
+    }
+}
+
+template <class V, int rows, int vectors, int... fewer, class... Rest>
+KUV_INLINE void filterPart(std::integer_sequence<int, fewer...>, const Part& part, Rest... rest) {
+    ((part.columns == fewer + 1 ? filterPartOf<V, rows, vectors, fewer + 1>(part, rest...) : void()), ...);
+}
+
+// An image that is no smaller than a block. The last block of a row may lie on the one before it, once that is complete, and so may the
+// last row of blocks.
+template <class V, int rows, int vectors>
+void filterRows(const Kernel& kernel, const Images& images) {
+    constexpr ptrdiff_t width = vectors * V::lanes;
+    const ptrdiff_t kw = kernel.width, lastRow = images.height - rows, blocks = images.width / width;
+    for (ptrdiff_t row = 0;; row += rows) {
+        const ptrdiff_t y = smaller(row, lastRow);
+        const Kuv32f* const src = rowAt(images.src, images.srcStep, y);
+        Kuv32f* const dst = rowAt(images.dst, images.dstStep, y);
+        const auto columns = [&](ptrdiff_t x, ptrdiff_t count) {
+            for (ptrdiff_t i = 0; i < kw; i += 8) {
+                const Part part = {kernel.at(0, i), kw, kernel.height, smaller(ptrdiff_t{8}, kw - i)};
+                filterPart<V, rows, vectors>(std::make_integer_sequence<int, 8>(), part, src + x + i, images.srcStep, dst + x,
+                                             images.dstStep, count, i > 0);
+            }
+        };
+        columns(0, blocks);
+        if (images.width > blocks * width) columns(images.width - width, 1);
+        if (y == lastRow) break;
+    }
+}
 
 // The columns from `begin` to `end`, at least a block's width of them, in blocks; the last one of a row may lie on the one before it, and
 // so may the last row of blocks.
@@ -246,76 +361,130 @@ __attribute__((noinline)) void filterBlocks(const Kernel& kernel, const Images& 
     }
 }
 
-// A kernel of a size that many use, in blocks of its own: with all offsets known and no loop within, up to nine coefficients stay in
-// registers.
-// The last block of a row may lie on the one before it, and so may the last row of blocks. False if the image is smaller than a block.
+// Which columns of a row are written past the caches, by blocks that cover whole lines of the destination: those between the two cuts in
+// the middle.
+struct Cuts {
+    ptrdiff_t at[4];
+};
+
+KUV_INLINE Cuts cutRow(const Kuv32f* dst, ptrdiff_t width, ptrdiff_t blockWidth) {
+    constexpr ptrdiff_t line = 64 / sizeof(Kuv32f);
+    ptrdiff_t begin = samplesToAlignment(dst, 64);
+    while (begin > 0 && begin < blockWidth) begin += line;
+    if (begin + blockWidth > width || reinterpret_cast<std::uintptr_t>(dst + begin) % 64 != 0) return {{0, 0, 0, width}};
+    ptrdiff_t end = begin + (width - begin) / blockWidth * blockWidth;
+    if (end < width && width - end < blockWidth) end -= blockWidth;
+    return {{0, begin, end, width}};
+}
+
+// The sums of a block for a kernel of a known size: with all offsets known and no loop, so that up to nine coefficients stay in registers.
 template <class V, int kw, int kh, int rows, int vectors>
+struct FixedBlock {
+    V sums[rows][vectors];
+
+    template <int j = 0>
+    KUV_INLINE void addRows(const V* coefficients, const Kuv32f* src, ptrdiff_t srcStep) {
+        if constexpr (j < rows + kh - 1) {
+            addColumns<j, 0>(coefficients, src);
+            addRows<j + 1>(coefficients, rowAt(src, srcStep, 1), srcStep);
+        }
+    }
+
+private:
+    template <int j, int i>
+    KUV_INLINE void addColumns(const V* coefficients, const Kuv32f* src) {
+        if constexpr (i < kw) {
+            V samples[vectors];
+#pragma GCC unroll 8
+            for (int v = 0; v < vectors; ++v) samples[v] = load<V>(src + i + v * V::lanes);
+#pragma GCC unroll 8
+            for (int r = 0; r < rows; ++r) {
+                if (r > j || r <= j - kh) continue;
+                const V coefficient = coefficients[(j - r) * kw + i];
+                // What is left behind eight in a row or column.
+                static_assert(kw <= 8 || kh == 1);
+                const bool begins = r == j && i == 0, apart = i == 8 || (hasAVX && kw == 1 && j - r == 8);
+#pragma GCC unroll 8
+                for (int v = 0; v < vectors; ++v) {
+                    V& sum = sums[r][v];
+                    if (begins) sum = multiply(coefficient, samples[v]);
+                    else if (apart) sum = add(sum, multiply(coefficient, samples[v]));
+                    else sum = sumWithProduct(sum, coefficient, samples[v]);
+                }
+            }
+            addColumns<j, i + 1>(coefficients, src);
+        }
+    }
+};
+
+// A kernel of a size that many use. The last block of a row may lie on the one before it, and so may the last row of blocks. False if the
+// image is smaller than a block.
+template <class V, int kw, int kh, int rows, int vectors, bool streaming = false>
 __attribute__((noinline)) bool filterFixed(const Kernel& kernel, const Images& images) {
     constexpr int width = vectors * V::lanes;
-    const ptrdiff_t lastColumn = images.width - width, lastRow = images.height - rows;
-    if (lastColumn < 0 || lastRow < 0) return false;
+    static_assert(!streaming || vectors * V::bytes % 64 == 0);
+    const ptrdiff_t srcStep = images.srcStep, dstStep = images.dstStep, imageWidth = images.width, lastRow = images.height - rows;
+    if (imageWidth < width || lastRow < 0) return false;
     V coefficients[kh * kw];
-#pragma GCC unroll 32
     for (int k = 0; k < kh * kw; ++k) coefficients[k] = fill<V>(kernel.first[-k]);
     for (ptrdiff_t row = 0;; row += rows) {
         const ptrdiff_t y = smaller(row, lastRow);
-        const Kuv32f* const src = rowAt(images.src, images.srcStep, y);
-        Kuv32f* const dst = rowAt(images.dst, images.dstStep, y);
-        for (ptrdiff_t column = 0;; column += width) {
-            const ptrdiff_t x = smaller(column, lastColumn);
-            V sums[rows][vectors];
-#pragma GCC unroll 16
-            for (int j = 0; j < rows + kh - 1; ++j) {
-                const Kuv32f* const from = rowAt(src, images.srcStep, j) + x;
-#pragma GCC unroll 16
-                for (int i = 0; i < kw; ++i) {
-                    V samples[vectors];
+        const Kuv32f* const src = rowAt(images.src, srcStep, y);
+        Kuv32f* const dst = rowAt(images.dst, dstStep, y);
+        const auto columns = [&](ptrdiff_t begin, ptrdiff_t end, bool past) __attribute__((always_inline)) {
+            for (ptrdiff_t column = begin; column < end; column += width) {
+                const ptrdiff_t x = smaller(column, end - width);
+                FixedBlock<V, kw, kh, rows, vectors> block;
+                block.addRows(coefficients, src + x, srcStep);
 #pragma GCC unroll 8
-                    for (int v = 0; v < vectors; ++v) samples[v] = load<V>(from + i + v * V::lanes);
+                for (int r = 0; r < rows; ++r) {
+                    Kuv32f* const to = rowAt(dst, dstStep, r) + x;
 #pragma GCC unroll 8
-                    for (int r = 0; r < rows; ++r) {
-                        if (r > j || r <= j - kh) continue;
-                        const V coefficient = coefficients[(j - r) * kw + i];
-                        // What is left behind eight in a row or column.
-                        static_assert(kw <= 8 || kh == 1);
-                        const bool begins = r == j && i == 0, apart = i == 8 || (hasAVX && kw == 1 && j - r == 8);
-#pragma GCC unroll 8
-                        for (int v = 0; v < vectors; ++v) {
-                            V& sum = sums[r][v];
-                            if (apart) sum = add(sum, multiply(coefficient, samples[v]));
-                            else sum = sumWithProduct(begins ? fill<V>(-0.0f) : sum, coefficient, samples[v]);
-                        }
+                    for (int v = 0; v < vectors; ++v) {
+                        if (past) stream(to + v * V::lanes, block.sums[r][v]);
+                        else store(to + v * V::lanes, block.sums[r][v]);
                     }
                 }
             }
-#pragma GCC unroll 8
-            for (int r = 0; r < rows; ++r) {
-#pragma GCC unroll 8
-                for (int v = 0; v < vectors; ++v) store(rowAt(dst, images.dstStep, r) + x + v * V::lanes, sums[r][v]);
-            }
-            if (x == lastColumn) break;
+        };
+        if constexpr (streaming) {
+            const Cuts cuts = cutRow(dst, imageWidth, width);
+            for (int k = 0; k < 3; ++k) columns(cuts.at[k], cuts.at[k + 1], k == 1);
+        } else {
+            columns(0, imageWidth, false);
         }
         if (y == lastRow) break;
     }
+    if constexpr (streaming) streamFence();
     return true;
+}
+
+// In blocks of `rows` by `vectors`, or of others that cover whole lines.
+template <int kw, int kh, int rows, int vectors, int streamedRows, class V>
+KUV_INLINE bool filterSize(const Kernel& kernel, const Images& images) {
+    if constexpr (hasAVX) {
+        if (images.streaming) return filterFixed<V, kw, kh, streamedRows, 2, true>(kernel, images);
+    }
+    return filterFixed<V, kw, kh, rows, vectors>(kernel, images);
 }
 
 template <class V>
 KUV_INLINE bool filterBySize(const Kernel& kernel, const Images& images) {
-    if (kernel.width == 3 && kernel.height == 3) return filterFixed<V, 3, 3, 6, 1>(kernel, images);
-    // Without fused products it lacks registers.
-    if (hasAVX2 && kernel.width == 5 && kernel.height == 5) return filterFixed<V, 5, 5, 6, 2>(kernel, images);
+    if (kernel.width == 3 && kernel.height == 3) return filterSize<3, 3, 6, 1, 3, V>(kernel, images);
+    // Without fused products they lack registers.
+    if (hasAVX2 && kernel.width == 5 && kernel.height == 5) return filterSize<5, 5, 6, 2, 6, V>(kernel, images);
+    if (hasAVX2 && kernel.width == 7 && kernel.height == 7) return filterSize<7, 7, 6, 2, 6, V>(kernel, images);
     switch (kernel.height == 1 ? kernel.width : 0) {
-        case 3: return filterFixed<V, 3, 1, 1, 4>(kernel, images);
-        case 5: return filterFixed<V, 5, 1, 1, 4>(kernel, images);
-        case 7: return filterFixed<V, 7, 1, 1, 4>(kernel, images);
-        case 9: return filterFixed<V, 9, 1, 1, 4>(kernel, images);
+        case 3: return filterSize<3, 1, 1, 4, 4, V>(kernel, images);
+        case 5: return filterSize<5, 1, 1, 4, 4, V>(kernel, images);
+        case 7: return filterSize<7, 1, 1, 4, 4, V>(kernel, images);
+        case 9: return filterSize<9, 1, 1, 4, 4, V>(kernel, images);
     }
     switch (kernel.width == 1 ? kernel.height : 0) {
-        case 3: return filterFixed<V, 1, 3, 8, 1>(kernel, images);
-        case 5: return filterFixed<V, 1, 5, 8, 1>(kernel, images);
-        case 7: return filterFixed<V, 1, 7, 8, 1>(kernel, images);
-        case 9: return filterFixed<V, 1, 9, 8, 1>(kernel, images);
+        case 3: return filterSize<1, 3, 8, 1, 4, V>(kernel, images);
+        case 5: return filterSize<1, 5, 8, 1, 4, V>(kernel, images);
+        case 7: return filterSize<1, 7, 8, 1, 4, V>(kernel, images);
+        case 9: return filterSize<1, 9, 8, 1, 4, V>(kernel, images);
     }
     return false;
 }
@@ -340,6 +509,12 @@ void filterInVectors(const Kernel& kernel, const Images& images) {
     const bool tall = images.height >= rows;
     if (images.width >= V::lanes) {
         if (order == Order::byEights && filterBySize<V>(kernel, images)) return;
+        // With fused products a block of twelve sums leaves registers for what they are made of.
+        if constexpr (hasAVX2) {
+            if (images.width >= 3 * V::lanes && images.height >= 4 && kernel.width > 1 && kernel.height >= 3) {
+                return filterRows<V, 4, 3>(kernel, images);
+            }
+        }
         if (tall && kernel.height > 1) filterColumns<V, rows, vectors, order>(kernel, images);
         else if (images.width >= flatVectors * V::lanes) filterColumns<V, 1, flatVectors, order>(kernel, images);
         else filterColumns<V, 1, 4, order>(kernel, images);
