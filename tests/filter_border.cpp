@@ -102,7 +102,8 @@ TEST_P(FilterBorder, EveryKernelSize) {
 
 // Sizes with code of their own: images smaller than its blocks, and blocks that lie on each other.
 TEST_P(FilterBorder, CommonKernelSizes) {
-    for (const KuviSize kernel : {KuviSize{3, 3}, {5, 5}, {3, 1}, {5, 1}, {7, 1}, {9, 1}, {1, 3}, {1, 5}, {1, 7}, {1, 9}}) {
+    for (const KuviSize kernel : {KuviSize{3, 3}, {5, 5}, {7, 7}, {11, 11}, {3, 1}, {5, 1}, {7, 1}, {9, 1}, {1, 3}, {1, 5}, {1, 7},
+                                  {1, 9}}) {
         for (int width = 1; width <= 80 && !HasFailure(); ++width) {
             expectFiltered(callOf(kernel, {width, between(random_, 1, 30)}, anyBorder(random_)));
         }
