@@ -459,11 +459,14 @@ __attribute__((noinline)) bool filterFixed(const Kernel& kernel, const Images& i
     return true;
 }
 
-// In blocks of `rows` by `vectors`, or of others that cover whole lines.
-template <int kw, int kh, int rows, int vectors, int streamedRows, class V>
+// In blocks of `rows` by `vectors`, or of other rows by what covers whole lines, or by one vector where there is no room for more.
+template <int kw, int kh, int rows, int vectors, int otherRows, class V>
 KUV_INLINE bool filterSize(const Kernel& kernel, const Images& images) {
     if constexpr (hasAVX) {
-        if (images.streaming) return filterFixed<V, kw, kh, streamedRows, 2, true>(kernel, images);
+        if (images.streaming) return filterFixed<V, kw, kh, otherRows, 2, true>(kernel, images);
+    }
+    if constexpr (vectors > 1) {
+        if (images.width < vectors * V::lanes) return filterFixed<V, kw, kh, otherRows, 1>(kernel, images);
     }
     return filterFixed<V, kw, kh, rows, vectors>(kernel, images);
 }
