@@ -207,7 +207,7 @@ KUV_INLINE const Kuv32f* anew(const Kuv32f* address) {
     return address;
 }
 
-// The sums of a block for a part of so many columns, which has at most a row less than the block.
+// The sums of a block for a part of so many columns, and of at least rows - 1 rows.
 template <class V, int columns, int rows, int vectors>
 class PartBlock {
 public:
@@ -361,8 +361,8 @@ __attribute__((noinline)) void filterBlocks(const Kernel& kernel, const Images& 
     }
 }
 
-// Which columns of a row are written past the caches, by blocks that cover whole lines of the destination: those between the two cuts in
-// the middle.
+// Which columns of a row are written past the caches, by blocks of whole lines that begin where a line of the destination does: those
+// between the two cuts in the middle. What is before and behind them has room for a block, or is empty.
 struct Cuts {
     ptrdiff_t at[4];
 };
