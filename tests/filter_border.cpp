@@ -72,7 +72,11 @@ TEST_P(FilterBorder, EveryWidth) {
             expectFiltered(callOf(kernel, {width, between(random_, 1, 9)}, anyBorder(random_)));
         }
     }
-    for (const int width : {191, 256, 300, 1000, 2051}) expectFiltered(callOf({5, 3}, {width, 7}, anyBorder(random_)));
+    for (const int width : {191, 239, 240, 241, 256, 264, 300, 527, 1000, 2051}) {
+        for (const KuviSize kernel : {KuviSize{5, 3}, {6, 4}, {8, 3}, {11, 5}, {17, 3}}) {
+            expectFiltered(callOf(kernel, {width, 7}, anyBorder(random_)));
+        }
+    }
 }
 
 TEST_P(FilterBorder, EveryHeight) {

@@ -24,9 +24,8 @@ Kernel keptKernel(const KuviBorderKernel* spec) {
 
 // Large kernels take longer than the memory does.
 bool streams(const Kernel& kernel, ptrdiff_t dstStep, KuviSize size) {
-    constexpr ptrdiff_t mostCoefficients = 49, sample = sizeof(Kuv32f);
-    return hasAVX && dstStep % 64 == 0 && kernel.width <= mostCoefficients / kernel.height &&
-           bypassesCaches(size.height, size.width, 2 * sample, sample * size.width);
+    constexpr ptrdiff_t sample = sizeof(Kuv32f);
+    return hasAVX && dstStep % 64 == 0 && isCommon(kernel) && bypassesCaches(size.height, size.width, 2 * sample, sample * size.width);
 }
 
 void filterWithBorder(const Images& region, Kuv32s borderType, Kuv32f constant, const Kernel& kernel, Kuv8u* buffer) {
@@ -61,14 +60,19 @@ void filterWithBorder(const Images& region, Kuv32s borderType, Kuv32f constant, 
     };
     if (kw >= width || kh >= height) return fromCopy(0, 0, width, height);
 
-    // Strips at the sides are a vector wide where there is room, or reach up to whole lines that are streamed: their other pixels get what
-    // they would get from the source.
+    // Strips at the sides are as wide as a block or a vector where there is room, or reach up to whole lines that are streamed: their other
+    // pixels get what they would get from the source.
     constexpr ptrdiff_t lanes = hasVectors ? Native<Kuv32f>::lanes : 1;
     const auto hasRoom = [&](ptrdiff_t columns) {
         constexpr ptrdiff_t fewRows = 8;
-        return columns == 0 || (columns <= width && rowsAtOnce(columns) >= fewRows);
+        return columns == 0 || (3 * columns <= width && rowsAtOnce(columns) >= fewRows);
     };
-    const auto widened = [&](ptrdiff_t columns) { return columns == 0 || columns >= lanes || !hasRoom(lanes) ? columns : lanes; };
+    const auto widened = [&](ptrdiff_t columns) {
+        if (columns == 0) return columns;
+        const ptrdiff_t block = hasPartBlocks(kernel) ? partVectors * lanes : lanes;
+        if (columns <= block && hasRoom(block)) return block;
+        return columns <= lanes && hasRoom(lanes) ? lanes : columns;
+    };
     const ptrdiff_t firstRow = hasTop ? 0 : top, lastRows = hasBottom ? 0 : bottom, rows = height - firstRow - lastRows;
     const ptrdiff_t firstColumn = hasLeft ? 0 : left, lastColumns = hasRight ? 0 : right;
     fromCopy(0, 0, width, firstRow);

@@ -74,19 +74,6 @@ enum class Order {
     alternating  // in each row the even and the odd columns apart
 };
 
-template <class V, int rows, int vectors>
-KUV_INLINE void putSums(const V (&sums)[rows][vectors], Kuv32f* dst, ptrdiff_t dstStep, bool adding) {
-    using Lanes = LanesOf<V>;
-#pragma GCC unroll 8
-    for (int r = 0; r < rows; ++r) {
-#pragma GCC unroll 8
-        for (int v = 0; v < vectors; ++v) {
-            Kuv32f* const at = rowAt(dst, dstStep, r) + v * Lanes::count;
-            Lanes::to(at, adding ? add(Lanes::from(at), sums[r][v]) : sums[r][v]);
-        }
-    }
-}
-
 // The sums of a block of pixels, `rows` by `vectors`, for a part of the kernel. Each row of the source is read once, for all of the
 // block's rows that it counts in.
 template <class V, int rows, int vectors, Order order>
@@ -146,7 +133,16 @@ public:
         }
     }
 
-    KUV_INLINE void put(Kuv32f* dst, ptrdiff_t dstStep, bool adding) const { putSums(sums_, dst, dstStep, adding); }
+    KUV_INLINE void put(Kuv32f* dst, ptrdiff_t dstStep, bool adding) const {
+#pragma GCC unroll 8
+        for (int r = 0; r < rows; ++r) {
+#pragma GCC unroll 8
+            for (int v = 0; v < vectors; ++v) {
+                Kuv32f* const to = rowAt(dst, dstStep, r) + v * lanes;
+                Lanes::to(to, adding ? add(Lanes::from(to), sums_[r][v]) : sums_[r][v]);
+            }
+        }
+    }
 
 private:
     // A row of the source, for the rows from `first` to `last` of the block: the coefficients of each belong to the row before those of
@@ -207,78 +203,117 @@ KUV_INLINE const Kuv32f* anew(const Kuv32f* address) {
     return address;
 }
 
-// The sums of a block for a part of so many columns, and of at least rows - 1 rows.
+// The sums of a row of blocks for a part of so many columns, and of at least rows - 1 rows. The part's first rows reach a block's first
+// rows only, its last rows the last ones: as a block's sums are complete, row by row, those of the next block take their place.
 template <class V, int columns, int rows, int vectors>
-class PartBlock {
+class PartBlocks {
 public:
-    KUV_INLINE void addPart(const Part& part, const Kuv32f* src, ptrdiff_t srcStep) {
-        addFirstRows<0>(part, src, srcStep);
-#pragma GCC unroll 8
-        for (int v = 0; v < vectors; ++v) sums_[rows - 1][v] = fill<V>(-0.0f);
-        for (ptrdiff_t row = rows - 1; row < part.rows; ++row) addRow<0, rows - 1>(part, row, src, srcStep);
-        addLastRows<1>(part, src, srcStep);
-    }
+    static constexpr ptrdiff_t width = vectors * V::lanes;
 
-    KUV_INLINE void put(Kuv32f* dst, ptrdiff_t dstStep, bool adding) const { putSums(sums_, dst, dstStep, adding); }
+    KUV_INLINE PartBlocks(const Part& part, const Images& images, bool adding)
+        : part_(part), src_(images.src), srcStep_(images.srcStep), dst_(images.dst), dstStep_(images.dstStep), adding_(adding) {}
+
+    KUV_INLINE void run(ptrdiff_t blocks) {
+        const Row first = {src_, part_.first};
+        turn<false, true>(first, first);
+        for (; blocks > 1; --blocks, dst_ += width) {
+            // What the next row of blocks begins with: each page of it is new to the processor.
+#pragma GCC unroll 8
+            for (int r = 0; r < rows; ++r) {
+                prefetchRow(rowAt(src_, srcStep_, part_.rows + rows - 1 + r), width);
+                prefetchRow(rowAt(dst_, dstStep_, rows + r), width);
+            }
+            const Row last = addRows();
+            src_ += width;
+            turn<true, true>(last, {anew(src_), part_.first});
+        }
+        const Row last = addRows();
+        turn<true, false>(last, last);
+    }
 
 private:
-    // The rows before all of the block's count in, and those behind them.
-    template <int row>
-    KUV_INLINE void addFirstRows(const Part& part, const Kuv32f* src, ptrdiff_t srcStep) {
-        if constexpr (row < rows - 1) {
-            addRow<0, row>(part, row, src, srcStep);
-            addFirstRows<row + 1>(part, src, srcStep);
+    // A row of the source and the part's coefficients for it.
+    struct Row {
+        const Kuv32f* src;
+        const Kuv32f* coefficients;
+    };
+    KUV_INLINE Row below(const Row& row) const { return {anew(rowAt(row.src, srcStep_, 1)), anew(row.coefficients - part_.pitch)}; }
+
+    // The rows that all of a block's sums have a part in. Returns the one below them.
+    KUV_INLINE Row addRows() {
+#pragma GCC unroll 8
+        for (int v = 0; v < vectors; ++v) sums_[rows - 1][v] = fill<V>(-0.0f);
+        Row row = {rowAt(src_, srcStep_, rows - 1), part_.first - (rows - 1) * part_.pitch};
+        for (ptrdiff_t k = rows - 1; k < part_.rows; ++k, row = below(row)) {
+#pragma GCC unroll 8
+            for (int i = 0; i < columns; ++i) addColumn<0, rows - 1>(row, i, false);
         }
+        return row;
     }
-    template <int first>
-    KUV_INLINE void addLastRows(const Part& part, const Kuv32f* src, ptrdiff_t srcStep) {
-        if constexpr (first < rows) {
-            addRow<first, rows - 1>(part, part.rows + first - 1, src, srcStep);
-            addLastRows<first + 1>(part, src, srcStep);
+
+    // From a block's last rows to the next block's first ones.
+    template <bool ends, bool begins>
+    KUV_INLINE void turn(const Row& last, const Row& first) {
+        turnFrom<ends, begins, 1>(last, first);
+        if constexpr (ends) putRow(rows - 1);
+    }
+    template <bool ends, bool begins, int row>
+    KUV_INLINE void turnFrom(const Row& last, const Row& first) {
+        if constexpr (row < rows) {
+            if constexpr (ends) putRow(row - 1);
+#pragma GCC unroll 8
+            for (int i = 0; i < columns; ++i) {
+                if constexpr (ends) addColumn<row, rows - 1>(last, i, false);
+                if constexpr (begins) addColumn<0, row - 1>(first, i, i == 0);
+            }
+            turnFrom<ends, begins, row + 1>(ends ? below(last) : last, begins ? below(first) : first);
         }
     }
 
-    // A row of the source, for the rows from `first` to `last` of the block.
+    // A column of a row, for the block's rows from `first` to `last`, the sums of which it may begin.
     template <int first, int last>
-    KUV_INLINE void addRow(const Part& part, ptrdiff_t row, const Kuv32f* image, ptrdiff_t srcStep) {
-        const Kuv32f* const src = rowAt(image, srcStep, row);
-        const Kuv32f* const coefficients = anew(part.first - row * part.pitch);
+    KUV_INLINE void addColumn(const Row& row, int column, bool beginsLast) {
+        V samples[vectors];
 #pragma GCC unroll 8
-        for (int i = 0; i < columns; ++i) {
-            V samples[vectors];
+        for (int v = 0; v < vectors; ++v) samples[v] = inRegister(load<V>(row.src + column + v * V::lanes));
 #pragma GCC unroll 8
-            for (int v = 0; v < vectors; ++v) samples[v] = inRegister(load<V>(src + i + v * V::lanes));
+        for (int r = first; r <= last; ++r) {
+            const V coefficient = inRegister(fill<V>(row.coefficients[r * part_.pitch - column]));
 #pragma GCC unroll 8
-            for (int r = first; r <= last; ++r) {
-                const V coefficient = inRegister(fill<V>(coefficients[r * part.pitch - i]));
-                const bool begins = i == 0 && r == last && last < rows - 1;
-#pragma GCC unroll 8
-                for (int v = 0; v < vectors; ++v) {
-                    V& sum = sums_[r][v];
-                    sum = begins ? multiply(coefficient, samples[v]) : plusProduct(coefficient, samples[v], sum);
-                }
+            for (int v = 0; v < vectors; ++v) {
+                V& sum = sums_[r][v];
+                sum = beginsLast && r == last ? multiply(coefficient, samples[v]) : plusProduct(coefficient, samples[v], sum);
             }
         }
     }
 
+    KUV_INLINE void putRow(int row) const {
+#pragma GCC unroll 8
+        for (int v = 0; v < vectors; ++v) {
+            Kuv32f* const to = rowAt(dst_, dstStep_, row) + v * V::lanes;
+            store(to, adding_ ? add(load<V>(to), sums_[row][v]) : sums_[row][v]);
+        }
+    }
+
+    const Part part_;
+    const Kuv32f* src_;
+    const ptrdiff_t srcStep_;
+    Kuv32f* dst_;
+    const ptrdiff_t dstStep_;
+    const bool adding_;
     V sums_[rows][vectors];
 };
 
-// A row of so many blocks.
+// A row of blocks.
 template <class V, int rows, int vectors, int columns>
-__attribute__((noinline)) void filterPartOf(const Part& part, const Kuv32f* src, ptrdiff_t srcStep, Kuv32f* dst, ptrdiff_t dstStep,
-                                            ptrdiff_t blocks, bool adding) {
-    constexpr int width = vectors * V::lanes;
-    for (ptrdiff_t block = 0; block < blocks; ++block, src += width, dst += width) {
-        PartBlock<V, columns, rows, vectors> sums;
-        sums.addPart(part, src, srcStep);
-        sums.put(dst, dstStep, adding);
-    }
+__attribute__((noinline)) void filterPartOf(const Part& part, const Images& images, bool adding) {
+    PartBlocks<V, columns, rows, vectors> blocks(part, images, adding);
+    blocks.run(images.width / blocks.width);
 }
 
-template <class V, int rows, int vectors, int... fewer, class... Rest>
-KUV_INLINE void filterPart(std::integer_sequence<int, fewer...>, const Part& part, Rest... rest) {
-    ((part.columns == fewer + 1 ? filterPartOf<V, rows, vectors, fewer + 1>(part, rest...) : void()), ...);
+template <class V, int rows, int vectors, int... fewer>
+KUV_INLINE void filterPart(std::integer_sequence<int, fewer...>, const Part& part, const Images& images, bool adding) {
+    ((part.columns == fewer + 1 ? filterPartOf<V, rows, vectors, fewer + 1>(part, images, adding) : void()), ...);
 }
 
 // An image that is no smaller than a block. The last block of a row may lie on the one before it, once that is complete, and so may the
@@ -286,20 +321,21 @@ KUV_INLINE void filterPart(std::integer_sequence<int, fewer...>, const Part& par
 template <class V, int rows, int vectors>
 void filterRows(const Kernel& kernel, const Images& images) {
     constexpr ptrdiff_t width = vectors * V::lanes;
-    const ptrdiff_t kw = kernel.width, lastRow = images.height - rows, blocks = images.width / width;
+    constexpr ptrdiff_t atOnce = 10 * width;  // what they need stays in the nearest cache for the next part
+    const ptrdiff_t kw = kernel.width, lastRow = images.height - rows, end = images.width, inBlocks = end / width * width;
+    const auto columns = [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t count) {
+        const Kuv32f* const src = rowAt(images.src, images.srcStep, y) + x;
+        Kuv32f* const dst = rowAt(images.dst, images.dstStep, y) + x;
+        for (ptrdiff_t i = 0; i < kw; i += 8) {
+            const Part part = {kernel.at(0, i), kw, kernel.height, smaller(ptrdiff_t{8}, kw - i)};
+            filterPart<V, rows, vectors>(std::make_integer_sequence<int, 8>(), part,
+                                         {src + i, images.srcStep, dst, images.dstStep, count, rows, false}, i > 0);
+        }
+    };
     for (ptrdiff_t row = 0;; row += rows) {
         const ptrdiff_t y = smaller(row, lastRow);
-        const Kuv32f* const src = rowAt(images.src, images.srcStep, y);
-        Kuv32f* const dst = rowAt(images.dst, images.dstStep, y);
-        const auto columns = [&](ptrdiff_t x, ptrdiff_t count) {
-            for (ptrdiff_t i = 0; i < kw; i += 8) {
-                const Part part = {kernel.at(0, i), kw, kernel.height, smaller(ptrdiff_t{8}, kw - i)};
-                filterPart<V, rows, vectors>(std::make_integer_sequence<int, 8>(), part, src + x + i, images.srcStep, dst + x,
-                                             images.dstStep, count, i > 0);
-            }
-        };
-        columns(0, blocks);
-        if (images.width > blocks * width) columns(images.width - width, 1);
+        for (ptrdiff_t x = 0; x < inBlocks; x += atOnce) columns(x, y, smaller(atOnce, inBlocks - x));
+        if (inBlocks < end) columns(end - width, y, width);
         if (y == lastRow) break;
     }
 }
@@ -471,25 +507,37 @@ KUV_INLINE bool filterSize(const Kernel& kernel, const Images& images) {
     return filterFixed<V, kw, kh, rows, vectors>(kernel, images);
 }
 
+// Sizes that have blocks of their own.
+KUV_INLINE bool isCommon(const Kernel& kernel) {
+    const ptrdiff_t longer = larger(kernel.width, kernel.height);
+    // Without fused products 5 by 5 lacks registers.
+    if (kernel.width == kernel.height) return longer == 3 || (hasAVX2 && longer == 5);
+    return smaller(kernel.width, kernel.height) == 1 && longer % 2 == 1 && longer <= 9;
+}
+
 template <class V>
-KUV_INLINE bool filterBySize(const Kernel& kernel, const Images& images) {
+KUV_INLINE bool filterCommon(const Kernel& kernel, const Images& images) {
     if (kernel.width == 3 && kernel.height == 3) return filterSize<3, 3, 6, 1, 3, V>(kernel, images);
-    // Without fused products they lack registers.
     if (hasAVX2 && kernel.width == 5 && kernel.height == 5) return filterSize<5, 5, 6, 2, 6, V>(kernel, images);
-    if (hasAVX2 && kernel.width == 7 && kernel.height == 7) return filterSize<7, 7, 6, 2, 6, V>(kernel, images);
-    switch (kernel.height == 1 ? kernel.width : 0) {
+    switch (kernel.width) {
         case 3: return filterSize<3, 1, 1, 4, 4, V>(kernel, images);
         case 5: return filterSize<5, 1, 1, 4, 4, V>(kernel, images);
         case 7: return filterSize<7, 1, 1, 4, 4, V>(kernel, images);
         case 9: return filterSize<9, 1, 1, 4, 4, V>(kernel, images);
     }
-    switch (kernel.width == 1 ? kernel.height : 0) {
+    switch (kernel.height) {
         case 3: return filterSize<1, 3, 8, 1, 4, V>(kernel, images);
         case 5: return filterSize<1, 5, 8, 1, 4, V>(kernel, images);
         case 7: return filterSize<1, 7, 8, 1, 4, V>(kernel, images);
-        case 9: return filterSize<1, 9, 8, 1, 4, V>(kernel, images);
+        default: return filterSize<1, 9, 8, 1, 4, V>(kernel, images);
     }
-    return false;
+}
+
+// Blocks for other kernels, if these are large and there are fused products: twelve sums at work then leave registers for what they are
+// made of.
+constexpr int partRows = 4, partVectors = 3;
+KUV_INLINE bool hasPartBlocks(const Kernel& kernel) {
+    return hasAVX2 && kernel.width > 1 && kernel.height >= partRows - 1 && !isCommon(kernel);
 }
 
 // All columns, in blocks of several vectors and, where these would mostly lie on each other, of one.
@@ -511,11 +559,10 @@ void filterInVectors(const Kernel& kernel, const Images& images) {
     constexpr int flatVectors = order == Order::alternating ? 4 : 8;
     const bool tall = images.height >= rows;
     if (images.width >= V::lanes) {
-        if (order == Order::byEights && filterBySize<V>(kernel, images)) return;
-        // With fused products a block of twelve sums leaves registers for what they are made of.
+        if (order == Order::byEights && isCommon(kernel) && filterCommon<V>(kernel, images)) return;
         if constexpr (hasAVX2) {
-            if (images.width >= 3 * V::lanes && images.height >= 4 && kernel.width > 1 && kernel.height >= 3) {
-                return filterRows<V, 4, 3>(kernel, images);
+            if (images.width >= partVectors * V::lanes && images.height >= partRows && hasPartBlocks(kernel)) {
+                return filterRows<V, partRows, partVectors>(kernel, images);
             }
         }
         if (tall && kernel.height > 1) filterColumns<V, rows, vectors, order>(kernel, images);
