@@ -321,7 +321,6 @@ KUV_INLINE void filterPart(std::integer_sequence<int, fewer...>, const Part& par
 template <class V, int rows, int vectors>
 void filterRows(const Kernel& kernel, const Images& images) {
     constexpr ptrdiff_t width = vectors * V::lanes;
-    constexpr ptrdiff_t atOnce = 10 * width;  // what they need stays in the nearest cache for the next part
     const ptrdiff_t kw = kernel.width, lastRow = images.height - rows, end = images.width, inBlocks = end / width * width;
     const auto columns = [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t count) {
         const Kuv32f* const src = rowAt(images.src, images.srcStep, y) + x;
@@ -334,7 +333,7 @@ void filterRows(const Kernel& kernel, const Images& images) {
     };
     for (ptrdiff_t row = 0;; row += rows) {
         const ptrdiff_t y = smaller(row, lastRow);
-        for (ptrdiff_t x = 0; x < inBlocks; x += atOnce) columns(x, y, smaller(atOnce, inBlocks - x));
+        columns(0, y, inBlocks);
         if (inBlocks < end) columns(end - width, y, width);
         if (y == lastRow) break;
     }
@@ -470,6 +469,9 @@ __attribute__((noinline)) bool filterFixed(const Kernel& kernel, const Images& i
         const auto columns = [&](ptrdiff_t begin, ptrdiff_t end, bool past) __attribute__((always_inline)) {
             for (ptrdiff_t column = begin; column < end; column += width) {
                 const ptrdiff_t x = smaller(column, end - width);
+                // What the next row of blocks begins with: each page of it is new to the processor.
+#pragma GCC unroll 8
+                for (int r = 0; r < rows; ++r) prefetchRow(rowAt(src, srcStep, kh + rows - 1 + r) + x, width);
                 FixedBlock<V, kw, kh, rows, vectors> block;
                 block.addRows(coefficients, src + x, srcStep);
 #pragma GCC unroll 8
@@ -510,8 +512,8 @@ KUV_INLINE bool filterSize(const Kernel& kernel, const Images& images) {
 // Sizes that have blocks of their own.
 KUV_INLINE bool isCommon(const Kernel& kernel) {
     const ptrdiff_t longer = larger(kernel.width, kernel.height);
-    // Without fused products 5 by 5 lacks registers.
-    if (kernel.width == kernel.height) return longer == 3 || (hasAVX2 && longer == 5);
+    // Without fused products large squares lack registers.
+    if (kernel.width == kernel.height) return longer == 3 || (hasAVX2 && (longer == 5 || longer == 7));
     return smaller(kernel.width, kernel.height) == 1 && longer % 2 == 1 && longer <= 9;
 }
 
@@ -519,6 +521,7 @@ template <class V>
 KUV_INLINE bool filterCommon(const Kernel& kernel, const Images& images) {
     if (kernel.width == 3 && kernel.height == 3) return filterSize<3, 3, 6, 1, 3, V>(kernel, images);
     if (hasAVX2 && kernel.width == 5 && kernel.height == 5) return filterSize<5, 5, 6, 2, 6, V>(kernel, images);
+    if (hasAVX2 && kernel.width == 7 && kernel.height == 7) return filterSize<7, 7, 6, 2, 6, V>(kernel, images);
     switch (kernel.width) {
         case 3: return filterSize<3, 1, 1, 4, 4, V>(kernel, images);
         case 5: return filterSize<5, 1, 1, 4, 4, V>(kernel, images);
