@@ -114,6 +114,13 @@ TEST_P(Resize, Halves) {
     expectTile(PlanBlock({400, 12}, {200, 6}), anyScene(), {{33, 2}, {111, 3}, 240});
 }
 
+// More than the nearest caches hold: rows are asked for ahead.
+TEST_P(Resize, LargeImages) {
+    for (const KuviSize dst : {KuviSize{301, 430}, {320, 240}, {640, 200}, {900, 480}, {30, 20}}) {
+        expectTile(PlanBlock({640, 480}, dst), anyScene(), {{0, 0}, dst});
+    }
+}
+
 TEST_P(Resize, OnePixel) {
     for (const KuviSize src : {KuviSize{2, 2}, {3, 3}, {2, 3}, {101, 77}}) {
         expectTile(PlanBlock(src, {1, 1}), anyScene(), {{0, 0}, {1, 1}});

@@ -209,7 +209,7 @@ class VectorColumns {
 public:
     // Columns `first` to `end` - 1 of the tile, whose positions reach from `low` to `high`.
     VectorColumns(const ResizeTile& tile, ptrdiff_t first, ptrdiff_t end, ptrdiff_t low, ptrdiff_t high, Kuv32f* rows, ptrdiff_t distance)
-        : tile_(tile), first_(first), count_(end - first), low_(low) {
+        : tile_(tile), first_(first), count_(end - first), low_(low), reach_(high - low) {
         const TileAxis& columns = tile.columns;
         Kuv32s* const offsets = reinterpret_cast<Kuv32s*>(rows + 2 * distance);
         safe_ = count_;
@@ -236,14 +236,20 @@ public:
         repeatRow(rows.end(), rows.length);
         if (rows.before >= rows.end()) return;
         const ptrdiff_t direction = rows.descends() ? -1 : 1;
+        // What is near the processor would only be slower for it.
+        constexpr ptrdiff_t near = 0x100000, pixel = 3 * sizeof(Kuv16s);
+        const ptrdiff_t sourceRows = direction * (rows[rows.end() - 1] - rows[rows.before]);
+        const bool looksAhead = pixel * (sourceRows * reach_ + rows.length * count_) >= near;
         ptrdiff_t j = direction > 0 ? rows.before : rows.end() - 1;
         for (ptrdiff_t left = rows.end() - rows.before; left > 0;) {
             ptrdiff_t same = 1;
             while (same < left && rows.positions[j + direction * same] == rows.positions[j]) ++same;
             const bool isNextHeld = left > same && rows.positions[j + direction * same] == rows.positions[j] + 1;
-            betweenRows(rows[j], j, direction, same, isNextHeld);
-            j += direction * same;
+            const ptrdiff_t next = j + direction * same;
             left -= same;
+            ahead_ = looksAhead && left > 0 ? aheadOf(next, left > 1 ? next + direction : next, isNextHeld) : Ahead{};
+            betweenRows(rows[j], j, direction, same, isNextHeld);
+            j = next;
         }
     }
 
@@ -252,6 +258,28 @@ private:
         Kuv32f* blocks;
         Kuv32f* tail;
     };
+
+    // Rows of the source and the destination that come next: each page of them is new to the processor.
+    struct Ahead {
+        const char* src[2];
+        const Kuv16s* dst[2];
+    };
+
+    Ahead aheadOf(ptrdiff_t j, ptrdiff_t following, bool isHeld) const {
+        const ptrdiff_t row = tile_.rows[j];
+        return {{sourceRow(isHeld ? row + 1 : row), sourceRow(row + 1)}, {tile_.target(j, first_), tile_.target(following, first_)}};
+    }
+
+    // What a block will have of them. Between columns that lie far apart most lines would come for nothing.
+    KUV_INLINE void prefetchBlock(ptrdiff_t i) const {
+        constexpr ptrdiff_t most = 64 * blockColumns;
+        const ptrdiff_t first = plan_.offsets[i], last = plan_.offsets[i + blockColumns - 1];
+        const ptrdiff_t begin = smaller(first, last), bytes = larger(first, last) - begin;
+        for (const char* row : ahead_.src) {
+            if (bytes <= most) prefetchRow(row + begin, bytes);
+        }
+        for (const Kuv16s* row : ahead_.dst) prefetchRow(row + 3 * i, blockSamples);
+    }
 
     KUV_INLINE const char* sourceRow(ptrdiff_t row) const { return reinterpret_cast<const char*>(tile_.source(row, low_)); }
     KUV_INLINE BlockTarget targetOf(ptrdiff_t j) const { return {tile_.target(j, first_), tile_.rows.fractions[j]}; }
@@ -303,6 +331,7 @@ private:
             const ptrdiff_t step = isHalved(columns) ? 12 : 0;
             for (; i + blockColumns <= end; i += blockColumns) {
                 const ptrdiff_t at = targets > 0 ? 3 * i : 0;
+                if (ahead_.dst[0]) prefetchBlock(i);
                 const BlockTarget here[2] = {{target[0].to + at, target[0].fraction}, {target[1].to + at, target[1].fraction}};
                 interpolateBlock<columns, isHeld, targets>(upper + step * i, lower + step * i, {plan_.offsets + i, plan_.fractions + i},
                                                            held.blocks + 3 * i, next.blocks + 3 * i, here);
@@ -334,7 +363,7 @@ private:
     }
 
     const ResizeTile& tile_;
-    const ptrdiff_t first_, count_, low_;
+    const ptrdiff_t first_, count_, low_, reach_;
     ptrdiff_t safe_;  // columns before the first whose neighbour is the last pixel that is known
     bool isHalved_ = true;
     ptrdiff_t blocksEnd_;
@@ -342,6 +371,7 @@ private:
     HeldRow held_, next_;
     ptrdiff_t heldRow_ = 0;
     bool holdsRow_ = false;
+    Ahead ahead_ = {};
     Kuv32s tailOffsets_[blockColumns];
     Kuv32f tailFractions_[blockColumns];
     Kuv32f tailRows_[2][blockSamples];
