@@ -60,8 +60,8 @@ void filterWithBorder(const Images& region, Kuv32s borderType, Kuv32f constant, 
     };
     if (kw >= width || kh >= height) return fromCopy(0, 0, width, height);
 
-    // Strips at the sides are as wide as a block or a vector where there is room, or reach up to whole lines that are streamed: their other
-    // pixels get what they would get from the source.
+    // Strips at the sides are as wide as a block or a vector where there is room and as much between them, or reach up to whole lines that
+    // are streamed: their other pixels get what they would get from the source.
     constexpr ptrdiff_t lanes = hasVectors ? Native<Kuv32f>::lanes : 1;
     const auto hasRoom = [&](ptrdiff_t columns) {
         constexpr ptrdiff_t fewRows = 8;

@@ -74,6 +74,13 @@ enum class Order {
     alternating  // in each row the even and the odd columns apart
 };
 
+// For what the next row of blocks begins with: each page of it is new to the processor.
+template <int rows>
+KUV_INLINE void prefetchRows(const Kuv32f* first, ptrdiff_t step, ptrdiff_t samples) {
+#pragma GCC unroll 8
+    for (int r = 0; r < rows; ++r) prefetchRow(rowAt(first, step, r), samples);
+}
+
 // The sums of a block of pixels, `rows` by `vectors`, for a part of the kernel. Each row of the source is read once, for all of the
 // block's rows that it counts in.
 template <class V, int rows, int vectors, Order order>
@@ -217,12 +224,8 @@ public:
         const Row first = {src_, part_.first};
         turn<false, true>(first, first);
         for (; blocks > 1; --blocks, dst_ += width) {
-            // What the next row of blocks begins with: each page of it is new to the processor.
-#pragma GCC unroll 8
-            for (int r = 0; r < rows; ++r) {
-                prefetchRow(rowAt(src_, srcStep_, part_.rows + rows - 1 + r), width);
-                prefetchRow(rowAt(dst_, dstStep_, rows + r), width);
-            }
+            prefetchRows<rows>(rowAt(src_, srcStep_, part_.rows + rows - 1), srcStep_, width);
+            prefetchRows<rows>(rowAt(dst_, dstStep_, rows), dstStep_, width);
             const Row last = addRows();
             src_ += width;
             turn<true, true>(last, {anew(src_), part_.first});
@@ -361,8 +364,7 @@ __attribute__((noinline)) void filterBlocks(const Kernel& kernel, const Images& 
         Kuv32f* const dst = rowAt(images.dst, images.dstStep, y);
         for (ptrdiff_t column = begin;; column += Sums::width) {
             const ptrdiff_t x = smaller(column, lastColumn);
-            // What the next row begins with: each page of it is new to the processor.
-            if constexpr (rows == 1 && vectors > 1) prefetchRow(rowAt(src, srcStep, kh) + x, Sums::width);
+            if constexpr (rows == 1 && vectors > 1) prefetchRows<rows>(rowAt(src, srcStep, kh) + x, srcStep, Sums::width);
             Part part = {kernel.first, kw, partRows, partColumns};
             const Kuv32f* from = src + x;
             for (ptrdiff_t i = 0, j = 0;;) {
@@ -469,9 +471,7 @@ __attribute__((noinline)) bool filterFixed(const Kernel& kernel, const Images& i
         const auto columns = [&](ptrdiff_t begin, ptrdiff_t end, bool past) __attribute__((always_inline)) {
             for (ptrdiff_t column = begin; column < end; column += width) {
                 const ptrdiff_t x = smaller(column, end - width);
-                // What the next row of blocks begins with: each page of it is new to the processor.
-#pragma GCC unroll 8
-                for (int r = 0; r < rows; ++r) prefetchRow(rowAt(src, srcStep, kh + rows - 1 + r) + x, width);
+                prefetchRows<rows>(rowAt(src, srcStep, kh + rows - 1) + x, srcStep, width);
                 FixedBlock<V, kw, kh, rows, vectors> block;
                 block.addRows(coefficients, src + x, srcStep);
 #pragma GCC unroll 8

@@ -247,7 +247,12 @@ public:
             const bool isNextHeld = left > same && rows.positions[j + direction * same] == rows.positions[j] + 1;
             const ptrdiff_t next = j + direction * same;
             left -= same;
-            ahead_ = looksAhead && left > 0 ? aheadOf(next, left > 1 ? next + direction : next, isNextHeld) : Ahead{};
+            ahead_ = {};
+            if (looksAhead && left > 0) {
+                const bool isTwin = left > 1 && rows.positions[next + direction] == rows.positions[next];
+                ahead_ = {{sourceRow(rows[next] + 1), isNextHeld ? nullptr : sourceRow(rows[next])},
+                          {tile_.target(next, first_), isTwin ? tile_.target(next + direction, first_) : nullptr}};
+            }
             betweenRows(rows[j], j, direction, same, isNextHeld);
             j = next;
         }
@@ -259,16 +264,11 @@ private:
         Kuv32f* tail;
     };
 
-    // Rows of the source and the destination that come next: each page of them is new to the processor.
+    // Rows of the source and the destination that come next, or null: each page of them is new to the processor.
     struct Ahead {
         const char* src[2];
         const Kuv16s* dst[2];
     };
-
-    Ahead aheadOf(ptrdiff_t j, ptrdiff_t following, bool isHeld) const {
-        const ptrdiff_t row = tile_.rows[j];
-        return {{sourceRow(isHeld ? row + 1 : row), sourceRow(row + 1)}, {tile_.target(j, first_), tile_.target(following, first_)}};
-    }
 
     // What a block will have of them. Between columns that lie far apart most lines would come for nothing.
     KUV_INLINE void prefetchBlock(ptrdiff_t i) const {
@@ -276,9 +276,11 @@ private:
         const ptrdiff_t first = plan_.offsets[i], last = plan_.offsets[i + blockColumns - 1];
         const ptrdiff_t begin = smaller(first, last), bytes = larger(first, last) - begin;
         for (const char* row : ahead_.src) {
-            if (bytes <= most) prefetchRow(row + begin, bytes);
+            if (row && bytes <= most) prefetchRow(row + begin, bytes);
         }
-        for (const Kuv16s* row : ahead_.dst) prefetchRow(row + 3 * i, blockSamples);
+        for (const Kuv16s* row : ahead_.dst) {
+            if (row) prefetchRow(row + 3 * i, blockSamples);
+        }
     }
 
     KUV_INLINE const char* sourceRow(ptrdiff_t row) const { return reinterpret_cast<const char*>(tile_.source(row, low_)); }
