@@ -25,7 +25,8 @@ Kernel keptKernel(const KuviBorderKernel* spec) {
 // Large kernels take longer than the memory does.
 bool streams(const Kernel& kernel, ptrdiff_t dstStep, KuviSize size) {
     constexpr ptrdiff_t sample = sizeof(Kuv32f);
-    return hasAVX && dstStep % 64 == 0 && isCommon(kernel) && bypassesCaches(size.height, size.width, 2 * sample, sample * size.width);
+    if (!hasAVX || dstStep % 64 != 0 || !CommonSizes::have(kernel)) return false;
+    return bypassesCaches(size.height, size.width, 2 * sample, sample * size.width);
 }
 
 void filterWithBorder(const Images& region, Kuv32s borderType, Kuv32f constant, const Kernel& kernel, Kuv8u* buffer) {
