@@ -60,8 +60,7 @@ struct FourAndThree {
     static constexpr ptrdiff_t margin = sizeof(T) == 1 ? 2 : 1;
 
     // A pixel of four samples as a word.
-    using Word = std::conditional_t<sizeof(T) == 1, Kuv32u, Kuv64u>;
-    static constexpr Word colourBits = static_cast<Word>(~Word{0}) >> (8 * sizeof(T));
+    using Word = std::conditional_t<sizeof(T) == 1, Kuv32s, Kuv64s>;
 };
 
 KUV_INLINE ByteVector repeated(const Kuv8u (&sixteen)[16]) { return loadParts<ByteVector>(sixteen, 0); }
@@ -80,27 +79,24 @@ template <int srcSamples, class T>
 void copyKeepingAlpha(const T* src, T* dst, ptrdiff_t width) {
     using Shape = FourAndThree<T>;
     ptrdiff_t done = 0;
-    if constexpr (hasVectors && (srcSamples == 4 || hasSSSE3)) {
+    if constexpr (hasVectors) {
         const ByteVector alpha = repeated(Shape::tables.alpha);
         [[maybe_unused]] const ByteVector toFour = repeated(Shape::tables.toFour);
         const auto read = [&](ptrdiff_t i, ByteVector& v) {
             const ByteVector kept = bitAnd(alpha, load<ByteVector>(bytesOf(dst + 4 * i)));
+            const T* const from = src + srcSamples * i;
+            if constexpr (srcSamples == 4) {
+                v = bitOr(kept, bitAndNot(alpha, load<ByteVector>(bytesOf(from))));
+            } else {
 #ifdef __SSSE3__
-            if constexpr (srcSamples == 3) {
-                v = bitOr(kept, shuffleBytes(loadParts<ByteVector>(bytesOf(src + 3 * i), 12), toFour));
-                return;
-            }
+                v = bitOr(kept, shuffleBytes(loadParts<ByteVector>(bytesOf(from), 12), toFour));
+#else
+                v = bitOr(kept, bitAndNot(alpha, loadWords<typename Shape::Word>(bytesOf(from), 3 * sizeof(T))));
 #endif
-            v = bitOr(kept, bitAndNot(alpha, load<ByteVector>(bytesOf(src + 4 * i))));
+            }
         };
         const auto write = [&](ptrdiff_t i, ByteVector v) { store(bytesOf(dst + 4 * i), v); };
         done = overlappingBlocks<ByteVector>(width - (srcSamples == 3 ? Shape::margin : 1), Shape::pixels, read, write);
-    } else if constexpr (hasVectors) {
-        using Word = typename Shape::Word;
-        for (; done < width - 1; ++done) {
-            const Word colours = loadWord<Word>(src + 3 * done) & Shape::colourBits;
-            storeWord(dst + 4 * done, colours | (loadWord<Word>(dst + 4 * done) & static_cast<Word>(~Shape::colourBits)));
-        }
     }
     copyPixels<3, srcSamples, 4>(src, dst, done, width);
 }

@@ -30,6 +30,17 @@ KUV_INLINE void storeParts(Kuv8u* to, [[maybe_unused]] ptrdiff_t distance, V v) 
     }
 }
 
+// Words of 4 or 8 bytes, each from a place `distance` bytes after that of the one before.
+template <class Word>
+KUV_INLINE Vector<Kuv8u, 16> loadWords(const Kuv8u* from, ptrdiff_t distance) {
+    const auto word = [&](int k) __attribute__((always_inline)) { return loadSample(reinterpret_cast<const Word*>(from + k * distance)); };
+    if constexpr (sizeof(Word) == 4) {
+        return {_mm_setr_epi32(word(0), word(1), word(2), word(3))};
+    } else {
+        return {_mm_set_epi64x(word(1), word(0))};
+    }
+}
+
 // Within each 16 bytes: lanes of one or two bytes in reverse.
 template <class T, int bytes>
 KUV_INLINE Vector<T, bytes> reverseLanes(Vector<T, bytes> v) {
