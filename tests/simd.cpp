@@ -267,6 +267,21 @@ auto left(int count) { return binary<T>([count](auto a, auto) { return a * (std:
 template <class T>
 auto right(int count) { return binary<T>([count](auto a, auto) { return a >> count; }); }
 
+Reference joinedWords(int wordBytes, int distance) {
+    return [=](In a, In, In, int, Out result) {
+        for (int i = 0; i < 16; ++i) result[i] = a[i / wordBytes * distance + i % wordBytes];
+    };
+}
+
+Reference pairsOf(int first, int second) {
+    return [=](In a, In b, In, int bytes, Out result) {
+        for (int i = 0; i < lanesIn<float>(bytes); ++i) {
+            const int lane = i / 4 * 4 + i % 2;
+            store(result, i, i % 4 < 2 ? load<std::uint32_t>(a, lane + first) : load<std::uint32_t>(b, lane + second));
+        }
+    };
+}
+
 const std::map<std::string, Reference>& references() {
     static const std::map<std::string, Reference> all = {
         {"load Kuv8u", binary<Kuv8u>([](auto a, auto) { return a; })},
@@ -277,6 +292,7 @@ const std::map<std::string, Reference>& references() {
         {"loadParts of one Kuv8u", [](In a, In, In, int bytes, Out result) {
             for (int i = 0; i < bytes; ++i) result[i] = a[i % 16];
         }},
+        {"loadWords of 4 Kuv8u", joinedWords(4, 3)}, {"loadWords of 8 Kuv8u", joinedWords(8, 6)},
         {"loadReversed Kuv8u", reversed<Kuv8u>()}, {"loadReversed Kuv16u", reversed<Kuv16u>()},
         {"reverseLanes Kuv8u", reordered<Kuv8u>([](int i, int) { return i ^ 15; })},
         {"reverseLanes Kuv16u", reordered<Kuv16u>([](int i, int) { return i ^ 7; })},
@@ -424,6 +440,7 @@ const std::map<std::string, Reference>& references() {
         {"unfused minusProduct Kuv32f", unfused<float>(-1, 1)}, {"unfused minusProduct Kuv64f", unfused<double>(-1, 1)},
         {"single plusProduct Kuv32f", unfused<float>(1, 1)}, {"single plusProduct Kuv64f", unfused<double>(1, 1)},
         {"single productMinus Kuv32f", unfused<float>(1, -1)}, {"single minusProduct Kuv32f", unfused<float>(-1, 1)},
+        {"lanePairs<1, 2> Kuv32f", pairsOf(1, 2)}, {"lanePairs<2, 0> Kuv32f", pairsOf(2, 0)},
         {"transposeFours Kuv32f", [](In a, In b, In c, int bytes, Out result) {
             for (int i = 0; i < lanesIn<float>(4 * bytes); ++i) {
                 const int row = i / lanesIn<float>(bytes), lane = i % lanesIn<float>(bytes);

@@ -98,6 +98,8 @@ constexpr SimdOperation operations[] = {
     RUN("stream", Kuv8u, alignas(32) Kuv8u block[V::bytes]; stream(block, a); streamFence(); put(result, load<V>(block)))
     OPERATION("loadParts", Kuv8u, loadParts<V>(first + 16, -16))
     OPERATION("loadParts of one", Kuv8u, loadParts<V>(first, 0))
+    OPERATION("loadWords of 4", Kuv8u, loadWords<Kuv32s>(first, 3))
+    OPERATION("loadWords of 8", Kuv8u, loadWords<Kuv64s>(first, 6))
     OPERATION("loadReversed", Kuv8u, loadReversed<V>(first))
     OPERATION("loadReversed", Kuv16u, loadReversed<V>(reinterpret_cast<const Kuv16u*>(first)))
     OPERATION("reverseLanes", Kuv8u, reverseLanes(a))
@@ -189,6 +191,8 @@ constexpr SimdOperation operations[] = {
     REAL_BINARY(greater, Kuv32f) REAL_BINARY(atLeast, Kuv32f)
     REAL_BINARY(equal, Kuv32f) REAL_BINARY(unequal, Kuv32f) REAL_BINARY(unordered, Kuv32f)
     OF_PRODUCT(plusProduct) OF_PRODUCT(productMinus) OF_PRODUCT(minusProduct)
+    REAL("lanePairs<1, 2> Kuv32f", Kuv32f, put(result, lanePairs<1, 2>(a, b)))
+    REAL("lanePairs<2, 0> Kuv32f", Kuv32f, put(result, lanePairs<2, 0>(a, b)))
     REAL("transposeFours Kuv32f", Kuv32f, V rows[] = {a, b, c, a}; transposeFours(rows);
          for (int i = 0; i < 4; ++i) put(result + static_cast<int>(sizeof(V)) * i, rows[i]))
     REAL("squareRoot Kuv32f", Kuv32f, put(result, squareRoot(a)))

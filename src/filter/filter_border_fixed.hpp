@@ -23,6 +23,31 @@ KUV_INLINE Cuts cutRow(const Kuv32f* dst, ptrdiff_t width, ptrdiff_t blockWidth)
     return {{0, begin, end, width}};
 }
 
+// What the kernel's columns cover, one column after the other. Many wide loads lie in two lines of the cache, which takes as long as two
+// loads: of these only each third column and the last one are loaded, and those between are put together from their neighbours.
+template <class V, int columns>
+class ColumnSamples {
+public:
+    template <int column>
+    KUV_INLINE V take(const Kuv32f* src) {
+        constexpr int before = column / 3 * 3, behind = before + 3 < columns ? before + 3 : columns - 1;
+        if constexpr (!hasAVX) {
+            return load<V>(src + column);
+        } else if constexpr (column == before) {
+            before_ = column == 0 ? load<V>(src) : behind_;
+            if constexpr (column < behind) behind_ = load<V>(src + behind);
+            return before_;
+        } else if constexpr (column == behind) {
+            return behind_;
+        } else {
+            return lanePairs<column - before, column + 2 - behind>(before_, behind_);
+        }
+    }
+
+private:
+    V before_, behind_;
+};
+
 // The sums of a block for a kernel of a known size: with all offsets known and no loop, so that up to nine coefficients stay in registers.
 template <class V, int kw, int kh, int rows, int vectors>
 struct FixedBlock {
@@ -31,18 +56,19 @@ struct FixedBlock {
     template <int j = 0>
     KUV_INLINE void addRows(const V* coefficients, const Kuv32f* src, ptrdiff_t srcStep) {
         if constexpr (j < rows + kh - 1) {
-            addColumns<j, 0>(coefficients, src);
+            ColumnSamples<V, kw> columns[vectors];
+            addColumns<j, 0>(coefficients, src, columns);
             addRows<j + 1>(coefficients, rowAt(src, srcStep, 1), srcStep);
         }
     }
 
 private:
     template <int j, int i>
-    KUV_INLINE void addColumns(const V* coefficients, const Kuv32f* src) {
+    KUV_INLINE void addColumns(const V* coefficients, const Kuv32f* src, ColumnSamples<V, kw> (&columns)[vectors]) {
         if constexpr (i < kw) {
             V samples[vectors];
 #pragma GCC unroll 8
-            for (int v = 0; v < vectors; ++v) samples[v] = load<V>(src + i + v * V::lanes);
+            for (int v = 0; v < vectors; ++v) samples[v] = columns[v].template take<i>(src + v * V::lanes);
 #pragma GCC unroll 8
             for (int r = 0; r < rows; ++r) {
                 if (r > j || r <= j - kh) continue;
@@ -58,7 +84,7 @@ private:
                     else sum = sumWithProduct(sum, coefficient, samples[v]);
                 }
             }
-            addColumns<j, i + 1>(coefficients, src);
+            addColumns<j, i + 1>(coefficients, src, columns);
         }
     }
 };
@@ -142,9 +168,10 @@ struct CommonSizesOf {
     }
 };
 
+constexpr int rowVectors = hasAVX ? 2 : 4;  // samples and coefficients need the registers
 using CommonSizes = CommonSizesOf<
-    CommonSize<3, 3, 6, 1, 3>, CommonSize<5, 5, 6, 2, 6>, CommonSize<7, 7, 6, 2, 6>,
-    CommonSize<3, 1, 1, 4, 4>, CommonSize<5, 1, 1, 4, 4>, CommonSize<7, 1, 1, 4, 4>, CommonSize<9, 1, 1, 4, 4>,
+    CommonSize<3, 3, hasAVX2 ? 5 : 6, 1, 3>, CommonSize<5, 5, 6, 2, 6>, CommonSize<7, 7, 6, 2, 6>,
+    CommonSize<3, 1, 1, 4, 4>, CommonSize<5, 1, 1, rowVectors, 4>, CommonSize<7, 1, 1, rowVectors, 4>, CommonSize<9, 1, 1, rowVectors, 4>,
     CommonSize<1, 3, 8, 1, 4>, CommonSize<1, 5, 8, 1, 4>, CommonSize<1, 7, 8, 1, 4>, CommonSize<1, 9, 8, 1, 4>>;
 
 }  // namespace

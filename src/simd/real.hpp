@@ -176,6 +176,17 @@ KUV_INLINE Vector<Kuv32s, 16> truncated(Vector<Kuv64f, 16> v) { return {_mm_cvtt
 KUV_AVX(KUV_INLINE Vector<Kuv32f, 16> toSingles(Vector<Kuv64f, 32> v) { return {_mm256_cvtpd_ps(v.raw)}; }
         KUV_INLINE Vector<Kuv32s, 16> truncated(Vector<Kuv64f, 32> v) { return {_mm256_cvttpd_epi32(v.raw)}; })
 
+// Of each 16 bytes: two lanes of a from lane `first` on, and two of b from lane `second` on.
+template <int first, int second, int bytes>
+KUV_INLINE Vector<Kuv32f, bytes> lanePairs(Vector<Kuv32f, bytes> a, Vector<Kuv32f, bytes> b) {
+    constexpr int order = _MM_SHUFFLE(second + 1, second, first + 1, first);
+    if constexpr (bytes == 16) {
+        return {_mm_shuffle_ps(a.raw, b.raw, order)};
+    } else {
+        KUV_AVX(return {_mm256_shuffle_ps(a.raw, b.raw, order)};)
+    }
+}
+
 KUV_INLINE Vector<Kuv32f, 16> upperHalf(Vector<Kuv32f, 16> v) { return {_mm_movehl_ps(v.raw, v.raw)}; }
 KUV_INLINE Vector<Kuv32s, 16> upperHalf(Vector<Kuv32s, 16> v) { return {_mm_unpackhi_epi64(v.raw, v.raw)}; }
 KUV_INLINE Vector<Kuv32f, 16> lowerHalves(Vector<Kuv32f, 16> a, Vector<Kuv32f, 16> b) { return {_mm_movelh_ps(a.raw, b.raw)}; }
